@@ -1,0 +1,32 @@
+// Second-order Butterworth low-pass or high-pass by the bilinear transform
+// without pre-warping; one channel, with its own lock (third in lock order).
+#pragma once
+
+#include "CCriticalSection.h"
+
+class CIIRFilter
+{
+public:
+    CIIRFilter();
+    virtual ~CIIRFilter() = default;
+
+    // Under the lock: stores the three values and computes the coefficients.
+    void SetParams(float samplePeriod, float cutoff, bool lowPass);
+    // The same formulas from the stored period and cut-off, without the lock.
+    void CalcLPFCoefficients();
+    void CalcHPFCoefficients();
+    // Filters count samples (count >= 2) under the lock; in and out must differ.
+    void OperateEqualizer(const float* in, float* out, int count);
+    void Reset();
+    bool IsStateBad() const;
+
+    float samplePeriod = 1.f / 44100.f;
+    float cutoff = 1000.f;
+    bool lowPass = true;
+    // fb1, fb2 are the feedback terms already negated (added in the recursion).
+    float fb1 = 0.f, fb2 = 0.f, b0 = 1.f, b1 = 0.f, b2 = 0.f;
+    float y1, y2, x1, x2;
+
+private:
+    CCriticalSection m_Lock;
+};

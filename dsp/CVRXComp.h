@@ -1,0 +1,47 @@
+// Stereo-linked feed-forward compressor with an external or internal key.
+// Levels are linear; the gain computer works in dB with lin2dB/dB2lin (exact
+// 20*log10). Setters and a whole block take the compressor's lock.
+#pragma once
+
+#include "AttRelEnvelope.h"
+
+double lin2dB(double x); // ln(x) * 8.685889638065037, no guard for x <= 0
+double dB2lin(double d); // exp(d * 0.11512925464970228)
+
+class CVRXComp : public AttRelEnvelope
+{
+public:
+    CVRXComp();
+
+    virtual void setThresh(double dB);
+    virtual void setRatio(double ratio);
+    virtual double getThresh() const { return thresholdDb; }
+    virtual double getRatio() const { return ratio; }
+    virtual void initRuntime(); // envelope back to 1e-25
+
+    void set_Activate(float v); // active = v != 0
+    void set_InputLevel(float linear);
+    void set_OutputLevel(float linear);
+    void set_AutoThreshold(float v);
+    // Linear gain applied to the last sample of the last block (1 = none);
+    // -40 after a block while inactive.
+    float get_GainReductionLevel(float* out);
+
+    // Block operation on two channels; key is read only.
+    virtual void process(float** in, float** out, float** key, int count, bool externalKey);
+    // Per-sample gain computer: scales left and right by the gain.
+    void process(double& left, double& right, double keyLevel, bool externalKey);
+
+    // Clears an envelope that has become non-finite.
+    virtual void ResetIfBad();
+
+protected:
+    bool active = true;
+    float outputLevel = 1.f;
+    float inputLevel = 1.f;
+    float gainReduction = 0.f;
+    float autoThreshold = 0.f;
+    double thresholdDb = 0.0;
+    double ratio = 1.0;
+    double envelopeDb = 1e-25;
+};

@@ -1,0 +1,23 @@
+// CVRXComp keyed by a mean-square window (5 ms) over the product of the two key
+// channels.
+#pragma once
+
+#include "CVRXComp.h"
+
+class CVRXCompRms : public CVRXComp
+{
+public:
+    CVRXCompRms();
+
+    void setSampleRate(double rate) override; // attack, release and window
+    void initRuntime() override;
+    virtual void setWindow(double ms);
+    virtual double getWindow() const { return window.getTc(); }
+
+    void process(float** in, float** out, float** key, int count, bool externalKey) override;
+    void ResetIfBad() override;
+
+protected:
+    EnvelopeDetector window;
+    double meanSquare = 1e-25;
+};

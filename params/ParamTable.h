@@ -1,0 +1,51 @@
+// The parameter table: ranges, names and labels of the eleven parameters, and
+// the mappings between normalised host values (0..1), internal values (dB, ms,
+// s, Hz, ratio, switch) and 16.16 fixed point.
+//
+// Gains are in "6 dB per doubling" decibels: 6 * ln(g) / ln 2, and 2^(dB / 6)
+// back. Every stored program and display depends on that factor.
+#pragma once
+
+#include <cstdint>
+
+enum DeEsserParam
+{
+    kParamOnOff = 0,
+    kParamOutput,
+    kParamInput,
+    kParamThreshold,
+    kParamRatio,
+    kParamAttack,
+    kParamRelease,
+    kParamLowFreq,
+    kParamHiFreq,
+    kParamSideChain,
+    kParamAutoThreshold,
+    kNumParams
+};
+
+struct AutomateParamMinMax
+{
+    float min;
+    float max;
+    float step; // display step; carried, not used by the mappings
+    int32_t isInteger;
+};
+
+// Twelve rows: one per parameter plus an unused last row.
+extern const AutomateParamMinMax AutomateParamMinMax_Tbl[12];
+
+// ln 2, the divisor of every 6 dB-per-doubling conversion.
+extern const double g_Log2;
+
+float ValToNormalizeValue(int index, float value);
+float NormalizeValToInternalVal(int index, float norm);
+uint32_t NormalizeValToDWValue(int index, float norm);
+void GetParamMinMax(int index, float* min, float* max);
+
+// Name and label as the host receives them; "" for an index outside 0..10.
+const char* GetParamName(int index);
+const char* GetParamLabel(int index);
+
+// 6 * ln(gain) / ln 2, the panel's and the parameters' decibels.
+double GainToDb6(double gain);
