@@ -118,6 +118,8 @@ private:
     void freeBuffers();
     void resetBadStates();
     void notifyHost(VstInt32 opcode, VstInt32 index = 0, float value = 0.f);
+    // Persistence helpers (ADeEsserPersistence.cpp).
+    void LoadDefaultBank(); // the bank-file part of open()
     bool loadBankFile(const char* path, ADeEsserProgram* target, bool applyAsChunk);
     bool writeBankFile(const char* path);
     void reportSaveFailure();
