@@ -23,5 +23,5 @@ static_assert(offsetof(ADeEsserProgram, values) == 0, "values at 0");
 static_assert(offsetof(ADeEsserProgram, name) == 44, "name at 44");
 static_assert(offsetof(ADeEsserProgram, bankCurProgram) == 68, "bank current program at 68");
 
-constexpr int kProgramChunkSize = (int)sizeof(ADeEsserProgram); // 72
-constexpr int kBankChunkSize = kProgramChunkSize * kNumPrograms;  // 2304
+constexpr int kProgramChunkSize = (int)sizeof(ADeEsserProgram);  // 72
+constexpr int kBankChunkSize = kProgramChunkSize * kNumPrograms; // 2304

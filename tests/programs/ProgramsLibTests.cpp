@@ -1,0 +1,419 @@
+// Tests of the programs library on its own: header words, the bank file,
+// the legacy text files and their reader, and the folders.
+#include "BankFile.h"
+#include "CFile.h"
+#include "DWordFile.h"
+#include "Myifstream.h"
+#include "ParamTable.h"
+#include "ProgramFile.h"
+#include "TestFiles.h"
+#include "UserFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <cstring>
+#include <memory>
+#include <sys/resource.h>
+
+namespace
+{
+constexpr unsigned kID = 0x49446545u; // 'IDeE'
+
+TEST(DWordFile, BigEndianWordsOnAnyMachine)
+{
+    TempDir dir;
+    std::string path = dir / "words";
+    {
+        CFile file;
+        ASSERT_TRUE(file.Open(path.c_str(), CFile::modeCreate | CFile::modeWrite));
+        putDWordFile(&file, 0x43636E4Bu);
+        putDWordFile(&file, 0x01020304u);
+        EXPECT_TRUE(file.Close());
+    }
+    EXPECT_EQ(ReadBytes(path), std::string("CcnK\x01\x02\x03\x04", 8));
+
+    WriteBytes(path, std::string("CcnK\x12\x34\xAB", 7));
+    CFile file;
+    ASSERT_TRUE(file.Open(path.c_str(), CFile::modeRead));
+    EXPECT_EQ(getDWordFile(&file), 0x43636E4Bu);
+    EXPECT_EQ(getWordFile(&file), 0x1234u);
+    // One byte left: the missing three repeat the last byte read.
+    EXPECT_EQ(getDWordFile(&file), 0xABABABABu);
+}
+
+TEST(StrTerminateTab, FieldsAndNextStarts)
+{
+    char line[] = "a\tb";
+    char field[kTabFieldWorkSize];
+    EXPECT_EQ(StrTerminateTab(line, 0, field), 2);
+    EXPECT_STREQ(field, "a");
+    EXPECT_EQ(StrTerminateTab(line, 2, field), -1);
+    EXPECT_STREQ(field, "b");
+
+    // x, empty, 196608, empty: four fields from three TABs.
+    char values[] = "x\t\t196608\t";
+    const char* expected[] = {"x", "", "196608", ""};
+    const int next[] = {2, 3, 10, -1};
+    int start = 0;
+    for (int i = 0; i < 4; ++i)
+    {
+        start = StrTerminateTab(values, start, field);
+        EXPECT_STREQ(field, expected[i]) << i;
+        EXPECT_EQ(start, next[i]) << i;
+    }
+
+    std::strcpy(field, "stale");
+    EXPECT_EQ(StrTerminateTab(line, -1, field), -1);
+    EXPECT_STREQ(field, "");
+    std::strcpy(field, "stale");
+    EXPECT_EQ(StrTerminateTab(line, 40, field), -1); // past the end: nothing read
+    EXPECT_STREQ(field, "");
+}
+
+TEST(StrTerminateTab, NeverOverrunsItsBuffers)
+{
+    // A line longer than the work buffer, and a small field buffer; ASan
+    // builds catch any overrun of these heap blocks.
+    std::string longText(6000, 'z');
+    std::unique_ptr<char[]> line(new char[longText.size() + 1]);
+    std::memcpy(line.get(), longText.c_str(), longText.size() + 1);
+    std::unique_ptr<char[]> field(new char[kTabFieldWorkSize]);
+    EXPECT_EQ(StrTerminateTab(line.get(), 0, field.get()), -1);
+    EXPECT_EQ(std::strlen(field.get()), (size_t)kTabFieldWorkSize - 1);
+
+    std::unique_ptr<char[]> small(new char[4]);
+    char shortLine[] = "123456\t7";
+    EXPECT_EQ(StrTerminateTab(shortLine, 0, small.get(), 4), 7);
+    EXPECT_STREQ(small.get(), "123");
+}
+
+TEST(Myifstream, LinesWithLfAndCrLf)
+{
+    TempDir dir;
+    std::string path = dir / "lines";
+    WriteBytes(path, "one\r\ntwo\nthree\rx\nabcdefgh\nend");
+    Myifstream in;
+    in.open(path.c_str(), Myifstream::in | Myifstream::binary);
+    ASSERT_EQ(in.rdstate() & 6, 0);
+    char buffer[6];
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "one");
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "two");
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "three"); // 5 bytes, no delimiter yet: NUL at index 5
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "\rx"); // a CR not before the LF stays
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "abcde");
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "fgh");
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "end");
+    EXPECT_TRUE(in.eof());
+    EXPECT_FALSE(in.fail());
+    in.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "");
+    EXPECT_TRUE(in.fail());
+
+    Myifstream missing;
+    missing.open((dir / "none").c_str(), 33);
+    EXPECT_NE(missing.rdstate() & 6, 0);
+    missing.getline(buffer, 5, '\n');
+    EXPECT_STREQ(buffer, "");
+}
+
+TEST(LoadPGMFileBody, ValueLineOnlyAfterTheMagic)
+{
+    TempDir dir;
+    std::unique_ptr<char[]> line(new char[kPGMLineBufferSize]); // exact size for ASan
+    std::strcpy(line.get(), "previous");
+
+    std::string missing = dir / "missing.PGM";
+    LoadPGMFileBody(&missing[0], line.get());
+    EXPECT_STREQ(line.get(), "previous");
+
+    std::string good = dir / "good.PGM";
+    WriteBytes(good, "VRX5.0 EFFECT PRG FILE v2\r\n0\t-1310720\t0\t0\t262144\r\n");
+    LoadPGMFileBody(&good[0], line.get());
+    EXPECT_STREQ(line.get(), "0\t-1310720\t0\t0\t262144");
+
+    std::string foreign = dir / "foreign.PGM";
+    WriteBytes(foreign, "VRX5.0 EFFECT PRG FIL\n1\t2\n");
+    LoadPGMFileBody(&foreign[0], line.get());
+    EXPECT_STREQ(line.get(), "VRX5.0 EFFECT PRG FIL");
+
+    // Overlong lines are cut at 500 bytes (value line) and 80 bytes (line 1).
+    std::string longer = dir / "long.PGM";
+    WriteBytes(longer, std::string(kProgramFileMagic) + " x\n" + std::string(900, '7') + "\n");
+    LoadPGMFileBody(&longer[0], line.get());
+    EXPECT_EQ(std::string(line.get()), std::string(500, '7'));
+    WriteBytes(longer, std::string(200, 'm') + "\n1\t2\n");
+    LoadPGMFileBody(&longer[0], line.get());
+    EXPECT_EQ(std::string(line.get()), std::string(80, 'm'));
+}
+
+TEST(CFile, UrlsAndPaths)
+{
+    EXPECT_EQ(CFile::PercentDecode("a%20b%2F%2x%"), "a b/%2x%");
+    EXPECT_EQ(CFile::ToSystemPath("file:///tmp/a%20b/c.fxb"), "/tmp/a b/c.fxb");
+    EXPECT_EQ(CFile::ToSystemPath("file://localhost/tmp/x"), "/tmp/x");
+    EXPECT_EQ(CFile::ToSystemPath("/plain/a%20b"), "/plain/a%20b"); // not a URL: unchanged
+    EXPECT_EQ(CFile::PathToFileURL("/home/u s/100%/~x"), "file:///home/u%20s/100%25/~x");
+    const char* odd = "/tmp/\xE3\x81\x82 #?%";
+    EXPECT_EQ(CFile::ToSystemPath(CFile::PathToFileURL(odd).c_str()), odd);
+
+    TempDir dir;
+    std::string path = dir / "a b.bin";
+    WriteBytes(path, "xyz");
+    std::string url = CFile::PathToFileURL(path.c_str());
+    EXPECT_TRUE(CFile::Exists(url.c_str()));
+    EXPECT_FALSE(CFile::Exists(dir.path().c_str())); // a folder is not a file
+    CFile file;
+    EXPECT_FALSE(file.Open(dir.path().c_str(), CFile::modeRead));
+    ASSERT_TRUE(file.Open(url.c_str(), CFile::modeRead));
+    EXPECT_EQ(file.GetLength(), 3);
+    char buffer[8] = {};
+    EXPECT_EQ(file.Read(buffer, 8), 3u);
+    EXPECT_STREQ(buffer, "xyz");
+}
+
+TEST(UserFolder, SettingsFolderAsUrl)
+{
+    ScopedEnv home("HOME", "/home/some one");
+    {
+        ScopedEnv xdg("XDG_CONFIG_HOME", "/tmp/conf dir");
+        szGlobalMyApplicationDataPathName[0] = '\0';
+        GetMy_SHFOLDER_PathName();
+        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///tmp/conf%20dir/");
+    }
+    {
+        ScopedEnv xdg("XDG_CONFIG_HOME", "/tmp/conf/");
+        GetMy_SHFOLDER_PathName();
+        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///tmp/conf/"); // no second "/"
+    }
+    {
+        ScopedEnv xdg("XDG_CONFIG_HOME", "relative/conf"); // not absolute: ignored
+        GetMy_SHFOLDER_PathName();
+        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///home/some%20one/.config/");
+    }
+    {
+        ScopedEnv xdg("XDG_CONFIG_HOME", nullptr);
+        ScopedEnv noHome("HOME", nullptr);
+        std::strcpy(szGlobalMyApplicationDataPathName, "file:///kept/");
+        GetMy_SHFOLDER_PathName(); // no folder known: buffer stays as it was
+        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///kept/");
+        std::string huge = "/" + std::string(3000, 'a');
+        ScopedEnv tooLong("XDG_CONFIG_HOME", huge.c_str());
+        GetMy_SHFOLDER_PathName();
+        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///kept/");
+    }
+    szGlobalMyApplicationDataPathName[0] = '\0';
+}
+
+TEST(UserFolder, PluginFolderCut)
+{
+    auto cut = [](const char* in)
+    {
+        char buffer[64];
+        std::strcpy(buffer, in);
+        CutAfterLastSlash(buffer);
+        return std::string(buffer);
+    };
+    EXPECT_EQ(cut("/usr/lib/vst/DeEsser.so"), "/usr/lib/vst/");
+    EXPECT_EQ(cut("/usr/lib/vst/"), "/usr/lib/vst/");
+    EXPECT_EQ(cut("/usr/lib/vst"), "/usr/lib/");
+    EXPECT_EQ(cut("/"), "/");
+    EXPECT_EQ(cut("a"), "a");
+    EXPECT_EQ(cut(""), "");
+    EXPECT_EQ(cut("DeEsser.so"), "");
+
+    char module[4096];
+    ASSERT_TRUE(GetModulePathName(module, sizeof(module)));
+    EXPECT_TRUE(CFile::Exists(module)) << module;
+    char tiny[4];
+    EXPECT_FALSE(GetModulePathName(tiny, sizeof(tiny)));
+}
+
+TEST(BankFile, WrittenBytesExactly)
+{
+    TempDir dir;
+    std::string path = dir / "DeEsserDef.fxb";
+    std::string chunk(2304, '\0');
+    for (size_t i = 0; i < chunk.size(); ++i)
+        chunk[i] = (char)(i * 7 + 3);
+    ASSERT_TRUE(WriteBankFile(path.c_str(), kID, chunk.data(), 2304));
+    std::string bytes = ReadBytes(path);
+    ASSERT_EQ(bytes.size(), 2464u);
+    const std::string header = std::string("CcnK") + std::string(4, '\0') + "FBCh" +
+                               std::string("\0\0\0\x01", 4) + "IDeE" +
+                               std::string("\0\0\0\x01", 4) + std::string("\0\0\0\x20", 4) +
+                               std::string(128, '\0') + std::string("\0\0\x09\x00", 4);
+    EXPECT_EQ(bytes.substr(0, 160), header);
+    EXPECT_EQ(bytes.substr(160), chunk);
+    // Only the file itself is left in the folder: no temporary name remains.
+    int entries = 0;
+    for (auto& entry : std::filesystem::directory_iterator(dir.path()))
+        entries += entry.is_regular_file();
+    EXPECT_EQ(entries, 1);
+
+    std::vector<unsigned char> read;
+    ASSERT_EQ(ReadBankFile(CFile::PathToFileURL(path.c_str()).c_str(), kID, 2304, &read),
+              kBankFileLoaded);
+    EXPECT_EQ(std::string(read.begin(), read.end()), chunk);
+}
+
+TEST(BankFile, ForeignShortAndLyingFiles)
+{
+    TempDir dir;
+    std::string path = dir / "bank.fxb";
+    std::vector<unsigned char> read(5, 1);
+    auto load = [&](const std::string& bytes, size_t max = 2304)
+    {
+        WriteBytes(path, bytes);
+        return ReadBankFile(path.c_str(), kID, max, &read);
+    };
+    std::string chunk(2304, 'c');
+
+    EXPECT_EQ(ReadBankFile((dir / "none").c_str(), kID, 2304, &read), kBankFileMissing);
+    EXPECT_TRUE(read.empty());
+    EXPECT_EQ(load(""), kBankFileForeign);
+    EXPECT_EQ(load("RIFF" + BankFileBytes(chunk).substr(4)), kBankFileForeign);
+    EXPECT_EQ(load(BankFileBytes(chunk, kID, 2304, "FxBk")), kBankFileNoChunk);
+    EXPECT_EQ(load(BankFileBytes(chunk, 0x41424344u)), kBankFileOtherEffect);
+    EXPECT_TRUE(read.empty());
+    EXPECT_EQ(load(std::string("CcnK\0\0\0\0FBCh", 12)), kBankFileOtherEffect); // cut in the header
+
+    // Truncated chunk: the bytes present, no more.
+    EXPECT_EQ(load(BankFileBytes(chunk).substr(0, 1000)), kBankFileLoaded);
+    EXPECT_EQ(read.size(), 840u);
+    // A size field of 4 GB on a short file allocates only what the file holds.
+    EXPECT_EQ(load(BankFileBytes("abc", kID, 0xFFFFFFF0u)), kBankFileLoaded);
+    EXPECT_EQ(std::string(read.begin(), read.end()), "abc");
+    // More chunk than the destination takes: cut to the destination.
+    EXPECT_EQ(load(BankFileBytes(std::string(3000, 'd'))), kBankFileLoaded);
+    EXPECT_EQ(read.size(), 2304u);
+    // A smaller size field than the data: the field wins.
+    EXPECT_EQ(load(BankFileBytes(chunk, kID, 72)), kBankFileLoaded);
+    EXPECT_EQ(read.size(), 72u);
+}
+
+TEST(BankFile, FailedWriteKeepsThePreviousFile)
+{
+    TempDir dir;
+    std::string path = dir / "DeEsserDef.fxb";
+    WriteBytes(path, "previous contents");
+    std::string chunk(2304, 'n');
+
+    // Files may not grow past 1000 bytes: the write fails half-way.
+    struct rlimit old;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    void (*oldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit limited = old;
+    limited.rlim_cur = 1000;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    bool written = WriteBankFile(path.c_str(), kID, chunk.data(), 2304);
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_FALSE(written);
+    EXPECT_EQ(ReadBytes(path), "previous contents");
+    int entries = 0;
+    for (auto& entry : std::filesystem::directory_iterator(dir.path()))
+        entries += entry.is_regular_file();
+    EXPECT_EQ(entries, 1); // the temporary file is gone
+
+    EXPECT_FALSE(WriteBankFile((dir / "no/such/folder.fxb").c_str(), kID, chunk.data(), 2304));
+    EXPECT_TRUE(WriteBankFile(path.c_str(), kID, chunk.data(), 2304));
+    EXPECT_EQ(ReadBytes(path).size(), 2464u);
+}
+
+// The legacy import on files written here.
+class LegacyImport : public ::testing::Test
+{
+protected:
+    void WriteList(const std::string& body) { WriteBytes(dir / "PROGRAM.LST", body); }
+    void WriteProgram(const std::string& name, const std::string& body)
+    {
+        WriteBytes(dir / (name + ".PGM"), body);
+    }
+    int Import()
+    {
+        return ImportProgramList((dir / "PROGRAM.LST").c_str(), (dir.path() + "/").c_str(), bank,
+                                 kNumPrograms);
+    }
+
+    TempDir dir;
+    ADeEsserProgram bank[kNumPrograms];
+    ADeEsserProgram defaults;
+};
+
+TEST_F(LegacyImport, ValuesNamesAndLineEnds)
+{
+    WriteList("VRX5.0 EFFECT PROGRAM LIST and more text\r\n3\r\nVocal\r\nDrums\r\n"
+              "A name far longer than twenty-three bytes\r\n");
+    WriteProgram("Vocal", "VRX5.0 EFFECT PRG FILE\r\n0\t-1310720\t131072\t6554\t262144\t99\r\n");
+    // Field 0 "x", 1 empty, 2 = 3.0 ms, 3 empty: only the attack time changes.
+    WriteProgram("Drums", "VRX5.0 EFFECT PRG FILE\nx\t\t196608\t\n");
+    // The third program file is missing: its values come from the previous line.
+    EXPECT_EQ(Import(), 3);
+
+    EXPECT_STREQ(bank[0].name, "Vocal");
+    EXPECT_FLOAT_EQ(bank[0].values[kParamThreshold], 0.8f); // -20 dB of -100..0
+    EXPECT_FLOAT_EQ(bank[0].values[kParamAttack], 2.f / 20.f);
+    EXPECT_FLOAT_EQ(bank[0].values[kParamRelease],
+                    (6554.f / 65536.f - 0.01f) / (4.f - 0.01f)); // about 0.1 s
+    EXPECT_FLOAT_EQ(bank[0].values[kParamRatio], 3.f / 63.f);    // ratio 4 of 1..64
+    for (int i : {kParamOnOff, kParamOutput, kParamInput, kParamLowFreq, kParamHiFreq,
+                  kParamSideChain, kParamAutoThreshold})
+        EXPECT_EQ(bank[0].values[i], defaults.values[i]) << i;
+
+    EXPECT_STREQ(bank[1].name, "Drums");
+    EXPECT_FLOAT_EQ(bank[1].values[kParamAttack], 3.f / 20.f);
+    EXPECT_EQ(bank[1].values[kParamThreshold], defaults.values[kParamThreshold]);
+    EXPECT_EQ(bank[1].values[kParamRelease], defaults.values[kParamRelease]);
+    EXPECT_EQ(bank[1].values[kParamRatio], defaults.values[kParamRatio]);
+
+    EXPECT_STREQ(bank[2].name, "A name far longer than ");
+    EXPECT_EQ(std::strlen(bank[2].name), 23u);
+    EXPECT_FLOAT_EQ(bank[2].values[kParamAttack], 3.f / 20.f); // Drums' line again
+    EXPECT_EQ(bank[2].values[kParamThreshold], defaults.values[kParamThreshold]);
+    EXPECT_STREQ(bank[3].name, "Empty");
+}
+
+TEST_F(LegacyImport, BadListsChangeNothingAndLongListsStopAt32)
+{
+    auto unchanged = [this]
+    {
+        for (auto& p : bank)
+            if (std::memcmp(&p, &defaults, sizeof p) != 0)
+                return false;
+        return true;
+    };
+    EXPECT_EQ(Import(), 0); // no list
+    WriteList("VRX5.0 EFFECT PROGRAM LIS\n1\nA\n");
+    EXPECT_EQ(Import(), 0);
+    WriteList("VRX5.0 EFFECT PROGRAM LIST\n0\nA\n");
+    EXPECT_EQ(Import(), 0);
+    WriteList("VRX5.0 EFFECT PROGRAM LIST\n-3\nA\n");
+    EXPECT_EQ(Import(), 0);
+    EXPECT_TRUE(unchanged());
+
+    std::string list = "VRX5.0 EFFECT PROGRAM LIST\n40\n";
+    for (int i = 0; i < 40; ++i)
+        list += "P" + std::to_string(i) + "\n";
+    WriteList(list);
+    WriteProgram("P31", "VRX5.0 EFFECT PRG FILE\n0\t-655360\n"); // -10 dB
+    EXPECT_EQ(Import(), kNumPrograms);
+    EXPECT_STREQ(bank[31].name, "P31");
+    EXPECT_FLOAT_EQ(bank[31].values[kParamThreshold], 0.9f);
+
+    // A count larger than the names present: the rest get empty names.
+    ADeEsserProgram small[4];
+    WriteList("VRX5.0 EFFECT PROGRAM LIST\n4\nOnly\n");
+    EXPECT_EQ(ImportProgramList((dir / "PROGRAM.LST").c_str(), dir.path().c_str(), small, 4), 4);
+    EXPECT_STREQ(small[0].name, "Only");
+    EXPECT_STREQ(small[3].name, "");
+}
+} // namespace

@@ -1,0 +1,89 @@
+// Helpers for tests that touch files: a private temporary folder removed at
+// the end, whole-file reads and writes, and an environment variable set for
+// one scope.
+#pragma once
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+class TempDir
+{
+public:
+    TempDir()
+    {
+        std::string pattern = (std::filesystem::temp_directory_path() / "deesser-XXXXXX").string();
+        std::vector<char> buffer(pattern.begin(), pattern.end());
+        buffer.push_back('\0');
+        if (mkdtemp(buffer.data()))
+            m_Path = buffer.data();
+    }
+    ~TempDir()
+    {
+        std::error_code ignored;
+        if (!m_Path.empty())
+            std::filesystem::remove_all(m_Path, ignored);
+    }
+    const std::string& path() const { return m_Path; }
+    std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
+
+private:
+    std::string m_Path;
+};
+
+inline void WriteBytes(const std::string& path, const std::string& bytes)
+{
+    std::ofstream(path, std::ios::binary).write(bytes.data(), (std::streamsize)bytes.size());
+}
+
+inline std::string ReadBytes(const std::string& path)
+{
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+class ScopedEnv
+{
+public:
+    ScopedEnv(const char* name, const char* value) : m_Name(name)
+    {
+        const char* old = std::getenv(name);
+        m_Had = old != nullptr;
+        if (old)
+            m_Old = old;
+        if (value)
+            setenv(name, value, 1);
+        else
+            unsetenv(name);
+    }
+    ~ScopedEnv()
+    {
+        if (m_Had)
+            setenv(m_Name.c_str(), m_Old.c_str(), 1);
+        else
+            unsetenv(m_Name.c_str());
+    }
+
+private:
+    std::string m_Name, m_Old;
+    bool m_Had = false;
+};
+
+// Big-endian 32-bit word as four bytes.
+inline std::string BE32(unsigned v)
+{
+    return std::string{(char)(v >> 24), (char)(v >> 16), (char)(v >> 8), (char)v};
+}
+
+// A bank file built by hand (independently of the writer under test).
+inline std::string BankFileBytes(const std::string& chunk, unsigned fxID = 0x49446545u,
+                                 unsigned chunkSize = 0xFFFFFFFFu, const char* fxMagic = "FBCh")
+{
+    if (chunkSize == 0xFFFFFFFFu)
+        chunkSize = (unsigned)chunk.size();
+    return std::string("CcnK") + BE32(0) + fxMagic + BE32(1) + BE32(fxID) + BE32(1) + BE32(32) +
+           std::string(128, '\0') + BE32(chunkSize) + chunk;
+}
