@@ -1,0 +1,22 @@
+// The whole window toolkit in one include.
+#pragma once
+
+#include "AfxDefs.h"
+#include "CCmdTarget.h"
+#include "CWnd.h"
+#include "CFrameWnd.h"
+#include "CWinApp.h"
+#include "CGdiObject.h"
+#include "CBitmap.h"
+#include "CFont.h"
+#include "CDC.h"
+#include "CMenu.h"
+#include "CDialog.h"
+#include "CEdit.h"
+#include "CSpinButtonCtrl.h"
+#include "CComboBox.h"
+#include "CButton.h"
+#include "CStatic.h"
+#include "CToolkit.h"
+#include "ShiftJIS.h"
+#include "KeyState.h"
