@@ -1,6 +1,7 @@
 #include "ParamTable.h"
 
 #include <cmath>
+#include <initializer_list>
 
 const double g_Log2 = 0.6931471805599453;
 

@@ -67,8 +67,7 @@ public:
     void setSampleRate(float rate) override;
     void setBlockSize(VstInt32 size) override;
     void processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames) override;
-    void processDoubleReplacing(double** inputs, double** outputs,
-                                VstInt32 sampleFrames) override;
+    void processDoubleReplacing(double** inputs, double** outputs, VstInt32 sampleFrames) override;
     void CalcEQCoef();
     void CalcEQCoefFreq1();
     void CalcEQCoefFreq2();
@@ -104,6 +103,8 @@ public:
     const ADeEsserProgram& GetInitialProgram(int index) const { return initialPrograms[index]; }
     const ADeEsserProgram& GetFactoryProgram(int index) const { return factoryPrograms[index]; }
     float GetOutputGain() const { return m_OutputGain; }
+    const CVRXComp& GetComp() const { return m_Comp; }
+    const CVRXCompRms& GetCompRms() const { return m_CompRms; }
     float GetInternalValue(int index) const;
     const char* GetPluginFolder() const { return pluginFolder; }
     IDeEsserPanel* GetPanel();

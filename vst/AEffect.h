@@ -3,6 +3,7 @@
 // Written from the publicly known layout of the ABI (x86_64, default packing).
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 typedef int32_t VstInt32;
@@ -61,7 +62,8 @@ struct AEffect
     char future[56];
 };
 
-static_assert(sizeof(void*) != 8 || sizeof(AEffect) == 248, "AEffect layout");
+static_assert(sizeof(void*) != 8 || sizeof(AEffect) == 192, "AEffect layout");
+static_assert(sizeof(void*) != 8 || offsetof(AEffect, uniqueID) == 112, "AEffect layout");
 
 enum VstAEffectFlags
 {

@@ -4,8 +4,7 @@
 
 #include <cstring>
 
-AudioEffect::AudioEffect(audioMasterCallback audioMaster, VstInt32 numPrograms,
-                         VstInt32 numParams)
+AudioEffect::AudioEffect(audioMasterCallback audioMaster, VstInt32 numPrograms, VstInt32 numParams)
     : audioMaster(audioMaster), numPrograms(numPrograms), numParams(numParams)
 {
     std::memset(&cEffect, 0, sizeof(cEffect));
@@ -206,8 +205,8 @@ void AudioEffect::processReplacingTrampoline(AEffect* e, float** inputs, float**
     static_cast<AudioEffect*>(e->object)->processReplacing(inputs, outputs, frames);
 }
 
-void AudioEffect::processDoubleReplacingTrampoline(AEffect* e, double** inputs,
-                                                   double** outputs, VstInt32 frames)
+void AudioEffect::processDoubleReplacingTrampoline(AEffect* e, double** inputs, double** outputs,
+                                                   VstInt32 frames)
 {
     static_cast<AudioEffect*>(e->object)->processDoubleReplacing(inputs, outputs, frames);
 }

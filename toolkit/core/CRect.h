@@ -32,7 +32,10 @@ struct CRect : RECT
     CSize Size() const { return CSize(Width(), Height()); }
     CPoint TopLeft() const { return CPoint(left, top); }
     bool IsRectEmpty() const { return right <= left || bottom <= top; }
-    bool PtInRect(CPoint p) const { return left <= p.x && p.x < right && top <= p.y && p.y < bottom; }
+    bool PtInRect(CPoint p) const
+    {
+        return left <= p.x && p.x < right && top <= p.y && p.y < bottom;
+    }
     void OffsetRect(int dx, int dy) { SetRectWin(left + dx, top + dy, right + dx, bottom + dy); }
     bool IntersectRect(const CRect& a, const CRect& b);
     void UnionRect(const CRect& a, const CRect& b);

@@ -1,0 +1,296 @@
+// The audio path: sample-rate and block-size set-up, filter tuning, block
+// processing in side-chain and split-band modes, and the meters.
+#include "ADeEsser.h"
+
+#include <cmath>
+#include <cstring>
+#include <initializer_list>
+
+static void takePeak(const float* x, int n, float& peak)
+{
+    float p = peak;
+    for (int i = 0; i < n; ++i)
+    {
+        float a = std::fabs(x[i]);
+        if (a > p)
+            p = a;
+    }
+    peak = p;
+}
+
+void ADeEsser::setSampleRate(float rate)
+{
+    if (!std::isfinite(rate) || rate < 1.f || rate > 1e7f)
+        return;
+    CSingleLock lock(m_Lock);
+    AudioEffectX::setSampleRate(rate);
+    uint32_t sps = (uint32_t)rate;
+    m_WaveFormat.wFormatTag = WAVE_FORMAT_IEEE_FLOAT;
+    m_WaveFormat.nChannels = 2;
+    m_WaveFormat.nSamplesPerSec = sps;
+    m_WaveFormat.nAvgBytesPerSec = sps * 8;
+    m_WaveFormat.nBlockAlign = 8;
+    m_WaveFormat.wBitsPerSample = 32;
+    m_WaveFormat.cbSize = 0;
+    m_Comp.setSampleRate(rate);
+    m_CompRms.setSampleRate(rate);
+    m_HighCutLPF->SetMediaType(&m_WaveFormat);
+    m_LowCutLPF->SetMediaType(&m_WaveFormat);
+    CalcEQCoef();
+}
+
+void ADeEsser::freeBuffers()
+{
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        for (float** buf : {m_MidBuf, m_KeyBuf, m_LowBuf, m_CompBuf, m_HighBuf})
+        {
+            delete[] buf[ch];
+            buf[ch] = nullptr;
+        }
+    }
+}
+
+void ADeEsser::allocateBuffers(int size)
+{
+    freeBuffers();
+    for (int ch = 0; ch < 2; ++ch)
+        for (float** buf : {m_MidBuf, m_KeyBuf, m_LowBuf, m_CompBuf, m_HighBuf})
+            buf[ch] = new float[size];
+    // The key filters get their work buffers here too, so that processing
+    // never allocates.
+    m_HighCutLPF->SetSampleSize((unsigned)size);
+    m_LowCutLPF->SetSampleSize((unsigned)size);
+}
+
+void ADeEsser::setBlockSize(VstInt32 size)
+{
+    if (size <= 0 || size > (1 << 20))
+        return;
+    CSingleLock lock(m_Lock);
+    AudioEffectX::setBlockSize(size);
+    m_BlockSize = size;
+    allocateBuffers(size);
+}
+
+void ADeEsser::CalcEQCoef()
+{
+    CalcEQCoefFreq1();
+    CalcEQCoefFreq2();
+}
+
+void ADeEsser::CalcEQCoefFreq1()
+{
+    CSingleLock lock(m_Lock);
+    float sr = (float)m_WaveFormat.nSamplesPerSec;
+    float f = NormalizeValToInternalVal(kParamLowFreq, m_NormValue[kParamLowFreq]);
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        m_LowFreqHighShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kHighShelf);
+        m_LowFreqLowShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kLowShelf);
+    }
+    m_LowCutLPF->set_CutOff((int)NormalizeValToDWValue(kParamLowFreq, m_NormValue[kParamLowFreq]));
+}
+
+void ADeEsser::CalcEQCoefFreq2()
+{
+    CSingleLock lock(m_Lock);
+    float sr = (float)m_WaveFormat.nSamplesPerSec;
+    float f = NormalizeValToInternalVal(kParamHiFreq, m_NormValue[kParamHiFreq]);
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        m_HiFreqHighShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kHighShelf);
+        m_HiFreqLowShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kLowShelf);
+    }
+    m_HighCutLPF->set_CutOff((int)NormalizeValToDWValue(kParamHiFreq, m_NormValue[kParamHiFreq]));
+}
+
+void ADeEsser::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames)
+{
+    if (!inputs || !outputs || !inputs[0] || !inputs[1] || !outputs[0] || !outputs[1])
+        return;
+    CSingleLock lock(m_Lock);
+    m_InputPeak[0] = m_InputPeak[1] = 0.f;
+    m_OutputPeak[0] = m_OutputPeak[1] = 0.f;
+
+    // Both 16-bit counters advance by one, each wrapping on its own.
+    uint32_t c = m_BlockCounters.load(std::memory_order_relaxed);
+    c = (((c >> 16) + 1) & 0xFFFFu) << 16 | ((c + 1) & 0xFFFFu);
+    m_BlockCounters.store(c, std::memory_order_relaxed);
+
+    // A host that sends more frames than it announced is served in pieces of
+    // the announced size; the work buffers are never overrun.
+    for (int done = 0; done < sampleFrames;)
+    {
+        int n = sampleFrames - done < m_BlockSize ? sampleFrames - done : m_BlockSize;
+        float* in[2] = {inputs[0] + done, inputs[1] + done};
+        float* out[2] = {outputs[0] + done, outputs[1] + done};
+        processBlock(in, out, n);
+        done += n;
+    }
+    resetBadStates();
+}
+
+void ADeEsser::processBlock(float** in, float** out, int n)
+{
+    // Input gain, in place on the host's buffers: the raw normalised value.
+    const float inputGain = m_NormValue[kParamInput];
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        float* x = in[ch];
+        float peak = m_InputPeak[ch];
+        for (int i = 0; i < n; ++i)
+        {
+            x[i] *= inputGain;
+            float a = std::fabs(x[i]);
+            if (a > peak)
+                peak = a;
+        }
+        m_InputPeak[ch] = peak;
+    }
+
+    if (m_NormValue[kParamOnOff] == 0.f)
+    {
+        for (int ch = 0; ch < 2; ++ch)
+            if (out[ch] != in[ch])
+                std::memcpy(out[ch], in[ch], sizeof(float) * (size_t)n);
+        m_OutputPeak[0] = m_InputPeak[0];
+        m_OutputPeak[1] = m_InputPeak[1];
+        return;
+    }
+
+    CVRXComp& comp = m_UseRms != 0.f ? m_CompRms : m_Comp;
+
+    if (m_InternalValue[kParamSideChain] == 1.0f)
+    {
+        // Key: high-pass at LowFreq, then low-pass at HiFreq.
+        int outCount = 0;
+        m_LowCutLPF->Transform(in, n, m_MidBuf, &outCount);
+        m_HighCutLPF->Transform(m_MidBuf, n, m_KeyBuf, &outCount);
+        if (!m_Listen)
+        {
+            comp.process(in, out, m_KeyBuf, n, true);
+            const float g = m_OutputGain;
+            for (int ch = 0; ch < 2; ++ch)
+            {
+                float* y = out[ch];
+                for (int i = 0; i < n; ++i)
+                    y[i] *= g;
+                takePeak(y, n, m_OutputPeak[ch]);
+            }
+        }
+        else
+        {
+            for (int ch = 0; ch < 2; ++ch)
+            {
+                std::memcpy(out[ch], m_KeyBuf[ch], sizeof(float) * (size_t)n);
+                takePeak(out[ch], n, m_OutputPeak[ch]);
+            }
+        }
+        return;
+    }
+
+    // Split band: low band, middle band (compressed), high band, summed.
+    if (!m_Listen)
+        for (int ch = 0; ch < 2; ++ch)
+            m_LowFreqHighShelf[ch].OperateFilter(in[ch], m_LowBuf[ch], n);
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        m_LowFreqLowShelf[ch].OperateFilter(in[ch], m_MidBuf[ch], n);
+        m_HiFreqHighShelf[ch].OperateFilter(m_MidBuf[ch], m_KeyBuf[ch], n);
+    }
+    if (!m_Listen)
+    {
+        comp.process(m_KeyBuf, m_CompBuf, m_KeyBuf, n, false);
+        const double g = (double)m_OutputGain * 0.6666666666666666;
+        for (int ch = 0; ch < 2; ++ch)
+        {
+            m_HiFreqLowShelf[ch].OperateFilter(in[ch], m_HighBuf[ch], n);
+            const float* lo = m_LowBuf[ch];
+            const float* mid = m_CompBuf[ch];
+            const float* hi = m_HighBuf[ch];
+            float* y = out[ch];
+            for (int i = 0; i < n; ++i)
+                y[i] = (float)(((double)lo[i] + (double)mid[i] + (double)hi[i]) * g);
+            takePeak(y, n, m_OutputPeak[ch]);
+        }
+    }
+    else
+    {
+        for (int ch = 0; ch < 2; ++ch)
+        {
+            std::memcpy(out[ch], m_KeyBuf[ch], sizeof(float) * (size_t)n);
+            takePeak(out[ch], n, m_OutputPeak[ch]);
+        }
+    }
+}
+
+// Non-finite audio from a host must not poison the filters or the envelopes
+// for good: a state that has become non-finite starts again from zero.
+void ADeEsser::resetBadStates()
+{
+    for (CBiquadFilter* bank :
+         {m_LowFreqHighShelf, m_LowFreqLowShelf, m_HiFreqHighShelf, m_HiFreqLowShelf})
+        for (int ch = 0; ch < 2; ++ch)
+            if (bank[ch].IsStateBad())
+                bank[ch].Reset();
+    m_LowCutLPF->ResetIfBad();
+    m_HighCutLPF->ResetIfBad();
+    m_Comp.ResetIfBad();
+    m_CompRms.ResetIfBad();
+}
+
+void ADeEsser::processDoubleReplacing(double** inputs, double** outputs, VstInt32 sampleFrames)
+{
+    if (!inputs || !outputs || sampleFrames <= 0 || !inputs[0] || !inputs[1] || !outputs[0] ||
+        !outputs[1])
+        return;
+    // Converted through float buffers made for this call.
+    size_t n = (size_t)sampleFrames;
+    float* in[2] = {new float[n], new float[n]};
+    float* out[2] = {new float[n], new float[n]};
+    for (int ch = 0; ch < 2; ++ch)
+        for (size_t i = 0; i < n; ++i)
+            in[ch][i] = (float)inputs[ch][i];
+    processReplacing(in, out, sampleFrames);
+    for (int ch = 0; ch < 2; ++ch)
+        for (size_t i = 0; i < n; ++i)
+            outputs[ch][i] = out[ch][i];
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        delete[] in[ch];
+        delete[] out[ch];
+    }
+}
+
+void ADeEsser::GetVU(float* inL, float* inR, float* outL, float* outR)
+{
+    CSingleLock lock(m_Lock);
+    *inL = m_InputPeak[0];
+    *inR = m_InputPeak[1];
+    *outL = m_OutputPeak[0];
+    *outR = m_OutputPeak[1];
+}
+
+void ADeEsser::GetReductionVU(float* value)
+{
+    CSingleLock lock(m_Lock);
+    if (m_Listen)
+    {
+        *value = 1.f;
+        return;
+    }
+    CVRXComp& comp = m_UseRms != 0.f ? m_CompRms : m_Comp;
+    float g = 1.f;
+    comp.get_GainReductionLevel(&g);
+    // Split-band reduction is shown three times stronger.
+    if (m_InternalValue[kParamSideChain] == 0.f && g < 0.95f)
+        g /= 3.f;
+    *value = g;
+}
+
+void ADeEsser::SetListen(bool listen)
+{
+    CSingleLock lock(m_Lock);
+    m_Listen = listen;
+}

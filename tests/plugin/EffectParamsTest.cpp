@@ -1,0 +1,225 @@
+// The effect's parameter paths: what each stores, what it tells the panel and
+// the host, and the lifecycle defaults.
+#include "ADeEsser.h"
+#include "FakeEditor.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace
+{
+struct Sent
+{
+    VstInt32 opcode, index;
+    float opt;
+};
+std::vector<Sent> g_Sent;
+
+VstIntPtr Recorder(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr, void*, float opt)
+{
+    g_Sent.push_back({opcode, index, opt});
+    return 0;
+}
+
+class Effect : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
+        g_Sent.clear();
+        fx = new ADeEsser(Recorder);
+        editor = FakeEditorOf(fx);
+    }
+    void TearDown() override { delete fx; }
+
+    void OpenPanel()
+    {
+        editor->open((void*)1);
+        editor->panel.controls.clear();
+    }
+
+    ADeEsser* fx = nullptr;
+    FakeEditor* editor = nullptr;
+};
+} // namespace
+
+TEST_F(Effect, ConstructionDefaults)
+{
+    EXPECT_EQ(fx->getParameter(0), 1.f);
+    EXPECT_EQ(fx->getParameter(9), 1.f);
+    EXPECT_EQ(fx->getParameter(10), 1.f);
+    EXPECT_EQ(fx->GetOutputGain(), 1.f);
+    const float expected[11] = {1.f, 0.0999100f, 1.f,        1.f, 0.f, 0.f,
+                                0.f, 0.1111111f, 0.3333333f, 1.f, 1.f};
+    for (int i = 0; i < 11; ++i)
+        EXPECT_NEAR(fx->getParameter(i), expected[i], 1e-6) << i;
+    EXPECT_EQ(fx->GetBlockCounters(), 0xFFFFFFFFu);
+    EXPECT_FALSE(fx->GetListen());
+    for (int p = 0; p < 32; ++p)
+        EXPECT_STREQ(fx->GetProgram(p).name, "Empty");
+    EXPECT_EQ(fx->getAeffect()->flags, 57);
+}
+
+TEST_F(Effect, HostPathTellsThePanelFirstAndNeverTheHost)
+{
+    OpenPanel();
+    fx->setParameter(0, 0.99f);
+    // 0.99 truncates to 0: the compressors are off, and the text says so.
+    char text[16];
+    fx->getParameterDisplay(0, text);
+    EXPECT_STREQ(text, "OFF");
+    EXPECT_EQ(fx->GetProgram(0).values[0], 0.99f);
+    fx->setParameter(11, 0.3f);
+    ASSERT_EQ(editor->panel.controls.size(), 2u);
+    EXPECT_EQ(editor->panel.controls[1].first, 11);
+    EXPECT_EQ(editor->panel.controls[1].second, 0.3f);
+    EXPECT_TRUE(g_Sent.empty());
+
+    // A non-finite value is ignored entirely.
+    fx->setParameter(3, NAN);
+    fx->setParameter(3, INFINITY);
+    EXPECT_EQ(fx->getParameter(3), 1.f);
+    EXPECT_EQ(editor->panel.controls.size(), 2u);
+}
+
+TEST_F(Effect, AttackReachesTheCompressorsInMsFromTheHostNormalisedFromThePanel)
+{
+    fx->setParameterFormUI(5, 0.5f);
+    EXPECT_DOUBLE_EQ(fx->GetComp().getAttack(), 0.5);
+    EXPECT_DOUBLE_EQ(fx->GetCompRms().getAttack(), 0.5);
+    ASSERT_EQ(g_Sent.size(), 1u);
+    EXPECT_EQ(g_Sent[0].opcode, audioMasterAutomate);
+    EXPECT_EQ(g_Sent[0].index, 5);
+    EXPECT_EQ(g_Sent[0].opt, 0.5f);
+    fx->setParameter(5, 0.5f);
+    EXPECT_DOUBLE_EQ(fx->GetComp().getAttack(), 10.0);
+    // Release is handed over in milliseconds, threshold and ratio as is.
+    fx->setParameter(6, 1.f);
+    EXPECT_NEAR(fx->GetComp().getRelease(), 4000.0, 1e-3);
+    fx->setParameter(3, 0.7f);
+    EXPECT_NEAR(fx->GetComp().getThresh(), -30.0, 1e-4);
+    fx->setParameter(4, 3.f / 63.f);
+    EXPECT_NEAR(fx->GetCompRms().getRatio(), 4.0, 1e-5);
+    // Indices above 10 store nothing but are still announced to the host.
+    g_Sent.clear();
+    fx->setParameterFormUI(12, 0.4f);
+    ASSERT_EQ(g_Sent.size(), 1u);
+    EXPECT_EQ(g_Sent[0].index, 12);
+}
+
+TEST_F(Effect, TypedValues)
+{
+    OpenPanel();
+    fx->setParameterFromDiaplay(1, 12.f);
+    EXPECT_NEAR(fx->getParameter(1), (2.0 - 0.001) / 9.999, 1e-6);
+    EXPECT_FLOAT_EQ(fx->GetOutputGain(), 4.f);
+    EXPECT_FLOAT_EQ(fx->GetInternalValue(1), 12.f);
+
+    fx->setParameterFromDiaplay(3, -150.f);
+    EXPECT_FLOAT_EQ(fx->GetInternalValue(3), -150.f);
+    EXPECT_EQ(fx->getParameter(3), 0.f);
+    EXPECT_DOUBLE_EQ(fx->GetComp().getThresh(), -150.0);
+
+    fx->setParameterFromDiaplay(5, 10.f);
+    EXPECT_FLOAT_EQ(fx->getParameter(5), 0.5f);
+    EXPECT_DOUBLE_EQ(fx->GetComp().getAttack(), 0.5);
+
+    fx->setParameterFromDiaplay(2, -6.f);
+    EXPECT_NEAR(fx->getParameter(2), (0.5 - 0.001) / 0.999, 1e-6);
+
+    // Index 0 stores nothing but still moves the control and tells the host,
+    // with an automate followed by a lone end-of-edit.
+    g_Sent.clear();
+    editor->panel.controls.clear();
+    fx->setParameterFromDiaplay(0, 1.f);
+    ASSERT_EQ(editor->panel.controls.size(), 1u);
+    EXPECT_EQ(editor->panel.controls[0].first, 0);
+    ASSERT_EQ(g_Sent.size(), 2u);
+    EXPECT_EQ(g_Sent[0].opcode, audioMasterAutomate);
+    EXPECT_EQ(g_Sent[1].opcode, audioMasterEndEdit);
+    EXPECT_EQ(g_Sent[1].index, 0);
+}
+
+TEST_F(Effect, DisplayTextsAndEntryValues)
+{
+    char text[16];
+    fx->setParameterFromDiaplay(3, -12.34f);
+    EXPECT_NEAR(fx->getParameterDisplayVal(3), -12.39f, 1e-5);
+    fx->getParameterDisplay(3, text);
+    EXPECT_STREQ(text, "-12.3");
+    fx->setParameterFromDiaplay(6, 0.123f);
+    EXPECT_NEAR(fx->getParameterDisplayVal(6), 0.128f, 1e-6);
+    fx->getParameterDisplay(6, text);
+    EXPECT_STREQ(text, "0.12");
+    fx->setParameterFromDiaplay(1, -0.04f);
+    fx->getParameterDisplay(1, text);
+    EXPECT_STREQ(text, "0.0");
+    EXPECT_EQ(fx->getParameterDisplayVal(11), 0.f);
+    EXPECT_EQ(fx->getParameterDisplayVal(9), 1.f);
+}
+
+TEST_F(Effect, SuspendAndResumeDriveOnOffWhateverTheProgram)
+{
+    OpenPanel();
+    fx->suspend();
+    EXPECT_EQ(fx->getParameter(0), 0.f);
+    ASSERT_FALSE(editor->panel.controls.empty());
+    EXPECT_EQ(editor->panel.controls.back(), std::make_pair(0, 0.f));
+    EXPECT_EQ(fx->GetProgram(0).values[0], 1.f);
+    fx->resume();
+    EXPECT_EQ(fx->getParameter(0), 1.f);
+    EXPECT_EQ(editor->panel.controls.back(), std::make_pair(0, 1.f));
+}
+
+TEST_F(Effect, ProgramsSelectRevertAndCopy)
+{
+    OpenPanel();
+    fx->setParameter(3, 0.5f);
+    EXPECT_TRUE(fx->IsProgramChanged());
+    fx->setParameter(3, 1.f);
+    EXPECT_FALSE(fx->IsProgramChanged());
+    char name[24] = "Renamed";
+    fx->setProgramName(name);
+    EXPECT_FALSE(fx->IsProgramChanged());
+
+    fx->setParameter(4, 0.5f);
+    int modifies = editor->panel.modifyCount;
+    g_Sent.clear();
+    fx->ProgramToInitial();
+    EXPECT_FALSE(fx->IsProgramChanged());
+    EXPECT_STREQ(fx->GetProgram(0).name, "Empty");
+    EXPECT_EQ(fx->getParameter(4), 0.f);
+    EXPECT_GT(editor->panel.modifyCount, modifies);
+    ASSERT_FALSE(g_Sent.empty());
+    EXPECT_EQ(g_Sent.back().opcode, audioMasterUpdateDisplay);
+
+    fx->setProgram(2);
+    fx->setParameter(3, 0.25f);
+    fx->setProgramName(name);
+    fx->setProgram(7);
+    fx->CopyPgFrom(2);
+    EXPECT_EQ(fx->getProgram(), 7);
+    EXPECT_STREQ(fx->GetProgram(7).name, "Renamed");
+    EXPECT_EQ(fx->getParameter(3), 0.25f);
+    fx->CopyPgFrom(7); // onto itself: harmless
+    EXPECT_EQ(fx->getParameter(3), 0.25f);
+    fx->CopyPgFrom(40); // out of range: ignored
+    fx->setProgram(-1);
+    fx->setProgram(32);
+    EXPECT_EQ(fx->getProgram(), 7);
+
+    char indexed[32];
+    EXPECT_FALSE(fx->getProgramNameIndexed(0, 32, indexed));
+    EXPECT_TRUE(fx->getProgramNameIndexed(0, 31, indexed));
+    EXPECT_STREQ(indexed, "Empty");
+
+    ADeEsserProgram before[32];
+    for (int i = 0; i < 32; ++i)
+        before[i] = fx->GetProgram(i);
+    fx->ProgramToAllFactory();
+    for (int i = 0; i < 32; ++i)
+        EXPECT_EQ(std::memcmp(&before[i], &fx->GetProgram(i), sizeof(ADeEsserProgram)), 0);
+}

@@ -1,0 +1,305 @@
+// The built DeEsser.so, loaded and driven only through VSTPluginMain and the
+// AEffect record, as a host does.
+#include "HostHarness.h"
+
+#include <cmath>
+#include <cstdlib>
+#include <cstring>
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <vector>
+
+namespace
+{
+class PluginSo : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        // An empty settings folder: no user bank is found.
+        char dir[] = "/tmp/deesser-so-XXXXXX";
+        ASSERT_NE(mkdtemp(dir), nullptr);
+        configDir = dir;
+        setenv("XDG_CONFIG_HOME", dir, 1);
+        ASSERT_NE(host.Create(), nullptr);
+    }
+    void TearDown() override
+    {
+        host.Close();
+        std::string cmd = "rm -rf " + configDir;
+        (void)std::system(cmd.c_str());
+    }
+
+    HostHarness host;
+    std::string configDir;
+};
+
+bool Sent(VstInt32 opcode)
+{
+    for (const HostCall& c : HostHarness::calls)
+        if (c.opcode == opcode)
+            return true;
+    return false;
+}
+} // namespace
+
+TEST_F(PluginSo, ExportsOnlyTheEntryPoints)
+{
+    EXPECT_NE(dlsym(host.library, "VSTPluginMain"), nullptr);
+    EXPECT_NE(dlsym(host.library, "main"), nullptr);
+    EXPECT_EQ(dlsym(host.library, "createEffectInstance"), nullptr);
+    EXPECT_EQ(dlsym(host.library, "_ZN8ADeEsser12processBlockEPPfS1_i"), nullptr);
+}
+
+TEST_F(PluginSo, RecordAndIdentity)
+{
+    AEffect* e = host.effect;
+    EXPECT_EQ(e->magic, VstFourCC('V', 's', 't', 'P'));
+    EXPECT_EQ(e->uniqueID, 0x49446545);
+    EXPECT_EQ(e->numPrograms, 32);
+    EXPECT_EQ(e->numParams, 11);
+    EXPECT_EQ(e->numInputs, 2);
+    EXPECT_EQ(e->numOutputs, 2);
+    EXPECT_EQ(e->flags, 57);
+    EXPECT_EQ(e->initialDelay, 0);
+    EXPECT_EQ(e->realQualities, 0);
+    EXPECT_EQ(e->offQualities, 0);
+    EXPECT_EQ(e->ioRatio, 1.f);
+    EXPECT_EQ(e->version, 1);
+    EXPECT_NE(e->processReplacing, nullptr);
+    EXPECT_NE(e->processDoubleReplacing, nullptr);
+
+    EXPECT_EQ(host.String(effGetEffectName), "Comp2");
+    EXPECT_EQ(host.String(effGetProductString), "Comp2");
+    EXPECT_EQ(host.String(effGetVendorString), "KORVAINE Co.,Ltd.");
+    char vendor[64];
+    EXPECT_EQ(host.Dispatch(effGetVendorString, 0, 0, vendor), 1);
+    EXPECT_EQ(host.Dispatch(effGetVendorVersion), 1000);
+    EXPECT_EQ(host.Dispatch(effGetVstVersion), 2300);
+    EXPECT_EQ(host.Dispatch(effGetPlugCategory), 1);
+    EXPECT_EQ(host.Dispatch(effGetVu), 0);
+    EXPECT_EQ(host.Dispatch(effIdentify), VstFourCC('N', 'v', 'E', 'f'));
+    EXPECT_EQ(host.Dispatch(effCanBeAutomated, 3), 1);
+    EXPECT_EQ(host.Dispatch(effGetTailSize), 0);
+    EXPECT_EQ(host.Dispatch(effSetProcessPrecision, 0, 1), 0);
+    EXPECT_EQ(host.Dispatch(effGetNumProgramCategories), 0);
+    EXPECT_EQ(host.Dispatch(effSetBypass, 0, 1), 0);
+    EXPECT_EQ(host.Dispatch(effStopProcess), 0);
+    EXPECT_EQ(host.Dispatch(effStartProcess), 0);
+    EXPECT_EQ(host.Dispatch(9999), 0);
+    EXPECT_EQ(host.Dispatch(-5), 0);
+    void* arrangement[2] = {(void*)1, (void*)1};
+    EXPECT_EQ(
+        host.Dispatch(effGetSpeakerArrangement, 0, (VstIntPtr)&arrangement[0], &arrangement[1]), 0);
+    EXPECT_EQ(arrangement[0], nullptr);
+    EXPECT_EQ(arrangement[1], nullptr);
+    // Null buffers from a careless host are refused, not dereferenced.
+    EXPECT_EQ(host.Dispatch(effGetEffectName, 0, 0, nullptr), 0);
+    EXPECT_EQ(host.Dispatch(effGetParamName, 0, 0, nullptr), 0);
+    EXPECT_EQ(host.Dispatch(effCanDo, 0, 0, nullptr), 0);
+}
+
+TEST_F(PluginSo, CanDoAnswers)
+{
+    struct
+    {
+        const char* text;
+        VstIntPtr answer;
+    } cases[] = {{"sendVstEvents", -1},
+                 {"sendVstMidiEvent", -1},
+                 {"receiveVstEvents", -1},
+                 {"receiveVstMidiEvent", -1},
+                 {"receiveVstTimeInfo", -1},
+                 {"offline", -1},
+                 {"midiProgramNames", -1},
+                 {"bypass", 1},
+                 {"Bypass", 0},
+                 {"plugAsChannelInsert", 0},
+                 {"", 0}};
+    for (auto& c : cases)
+        EXPECT_EQ(host.Dispatch(effCanDo, 0, 0, (void*)c.text), c.answer) << c.text;
+}
+
+TEST_F(PluginSo, FlagsStay57ThroughTheLifecycle)
+{
+    std::vector<float> l(512, 0.25f), r(512, -0.25f), ol(512), orr(512);
+    float* in[2] = {l.data(), r.data()};
+    float* out[2] = {ol.data(), orr.data()};
+    auto flags = [&] { return host.effect->flags; };
+    EXPECT_EQ(flags(), 57);
+    host.Dispatch(effOpen);
+    EXPECT_EQ(flags(), 57);
+    host.Dispatch(effSetSampleRate, 0, 0, nullptr, 48000.f);
+    host.Dispatch(effSetBlockSize, 0, 512);
+    EXPECT_EQ(flags(), 57);
+    host.Dispatch(effMainsChanged, 0, 1);
+    host.Dispatch(effStartProcess);
+    host.effect->processReplacing(host.effect, in, out, 512);
+    EXPECT_EQ(flags(), 57);
+    ERect* rect = nullptr;
+    host.Dispatch(effEditGetRect, 0, 0, &rect);
+    host.Dispatch(effEditIdle);
+    EXPECT_EQ(flags(), 57);
+    host.Dispatch(effStopProcess);
+    host.Dispatch(effMainsChanged, 0, 0);
+    EXPECT_EQ(flags(), 57);
+}
+
+TEST_F(PluginSo, ParametersAsTheHostSeesThem)
+{
+    host.Dispatch(effOpen);
+    const char* names[] = {"ON/OFF", "Output",     "Input",        "Threshold",
+                           "Ratio",  "AttackTime", "ReleaseTime",  "LowFreq",
+                           "HiFreq", "SideChain",  "AutoThreshold"};
+    const char* labels[] = {"", "dB", "dB", "dB", "", "ms", "sec", "Hz", "Hz", "", ""};
+    for (int i = 0; i < 11; ++i)
+    {
+        EXPECT_EQ(host.String(effGetParamName, i), names[i]);
+        EXPECT_EQ(host.String(effGetParamLabel, i), labels[i]);
+    }
+    EXPECT_EQ(host.String(effGetParamName, 11), "");
+    EXPECT_EQ(host.String(effGetParamDisplay, 11), "");
+
+    // Set a known state through the host path and read the texts back.
+    AEffect* e = host.effect;
+    float values[11] = {1.f, 0.0999100f, 1.f, 0.7f, 3.f / 63.f, 0.25f, 0.f, 0.f, 1.f, 0.f, 1.f};
+    for (int i = 0; i < 11; ++i)
+        e->setParameter(e, i, values[i]);
+    const char* texts[] = {"ON",   "0.0",    "0.0",     "-30.0", "4.0", "5.0",
+                           "0.01", "2000.0", "20000.0", "OFF",   "ON"};
+    for (int i = 0; i < 11; ++i)
+        EXPECT_EQ(host.String(effGetParamDisplay, i), texts[i]) << i;
+    for (int i = 0; i < 11; ++i)
+        EXPECT_FLOAT_EQ(e->getParameter(e, i), values[i]);
+    EXPECT_EQ(e->getParameter(e, 11), 0.f);
+
+    // "-0.0" is shown as "0.0" for the gains, not for the threshold.
+    e->setParameter(e, 1, 0.0998f); // just below unity gain
+    EXPECT_EQ(host.String(effGetParamDisplay, 1), "0.0");
+    e->setParameter(e, 3, 0.9996f); // -0.04 dB
+    EXPECT_EQ(host.String(effGetParamDisplay, 3), "-0.0");
+    e->setParameter(e, 0, 0.7f);
+    EXPECT_EQ(host.String(effGetParamDisplay, 0), "OFF");
+
+    // Properties.
+    for (int i = 0; i < 11; ++i)
+    {
+        VstParameterProperties p;
+        std::memset(&p, 0xAB, sizeof(p));
+        EXPECT_EQ(host.Dispatch(effGetParameterProperties, i, 0, &p), 1);
+        bool isSwitch = i == 0 || i == 9 || i == 10;
+        EXPECT_EQ(p.flags, isSwitch ? 11 : 10) << i;
+        EXPECT_EQ(p.stepInteger, 128);
+        EXPECT_EQ(p.largeStepInteger, 256);
+        EXPECT_EQ(p.displayIndex, i);
+        EXPECT_STREQ(p.label, labels[i]);
+        EXPECT_EQ(p.category, 0);
+        EXPECT_EQ(p.stepFloat, 0.f);
+    }
+    VstParameterProperties p;
+    host.Dispatch(effGetParameterProperties, 4, 0, &p);
+    EXPECT_EQ(p.minInteger, 1);
+    EXPECT_EQ(p.maxInteger, 64);
+    host.Dispatch(effGetParameterProperties, 1, 0, &p);
+    EXPECT_EQ(p.minInteger, 0);
+    EXPECT_EQ(p.maxInteger, 10);
+    host.Dispatch(effGetParameterProperties, 7, 0, &p);
+    EXPECT_EQ(p.minInteger, 2000);
+    EXPECT_EQ(p.maxInteger, 20000);
+}
+
+TEST_F(PluginSo, MainsSwitchDrivesOnOff)
+{
+    AEffect* e = host.effect;
+    host.Dispatch(effOpen);
+    EXPECT_EQ(e->getParameter(e, 0), 1.f);
+    host.Dispatch(effMainsChanged, 0, 0);
+    EXPECT_EQ(e->getParameter(e, 0), 0.f);
+    EXPECT_EQ(host.String(effGetParamDisplay, 0), "OFF");
+    host.Dispatch(effMainsChanged, 0, 1);
+    EXPECT_EQ(e->getParameter(e, 0), 1.f);
+    EXPECT_EQ(host.String(effGetParamDisplay, 0), "ON");
+}
+
+TEST_F(PluginSo, ProgramsAndOutOfRangeSelection)
+{
+    host.Dispatch(effOpen);
+    EXPECT_EQ(host.Dispatch(effGetProgram), 0);
+    host.Dispatch(effSetProgram, 0, 5);
+    EXPECT_EQ(host.Dispatch(effGetProgram), 5);
+    EXPECT_EQ(host.Dispatch(effSetProgram, 0, 32), 0);
+    host.Dispatch(effSetProgram, 0, -1);
+    EXPECT_EQ(host.Dispatch(effGetProgram), 5);
+    char name[64];
+    for (int i = 0; i < 32; ++i)
+    {
+        std::memset(name, 0, sizeof(name));
+        EXPECT_EQ(host.Dispatch(effGetProgramNameIndexed, i, 0, name), 1);
+        EXPECT_GT(std::strlen(name), 0u);
+        EXPECT_LT(std::strlen(name), 24u);
+    }
+    EXPECT_EQ(host.Dispatch(effGetProgramNameIndexed, 32, 0, name), 0);
+    EXPECT_EQ(host.Dispatch(effGetProgramNameIndexed, -1, 0, name), 0);
+
+    char longName[40] = "A name that is much longer than 23";
+    host.Dispatch(effSetProgramName, 0, 0, longName);
+    EXPECT_EQ(host.String(effGetProgramName), std::string(longName, 23));
+}
+
+TEST_F(PluginSo, PassesAudioAndBypassIsExact)
+{
+    AEffect* e = host.effect;
+    host.Dispatch(effOpen);
+    host.Dispatch(effSetSampleRate, 0, 0, nullptr, 44100.f);
+    host.Dispatch(effSetBlockSize, 0, 256);
+    host.Dispatch(effMainsChanged, 0, 1);
+    // Ratio 1, unity gains: the compressor's gain is exactly 1.
+    e->setParameter(e, 4, 0.f);
+    e->setParameter(e, 1, 0.0999100f);
+    e->setParameter(e, 2, 1.f);
+    const int n = 256;
+    std::vector<float> l(n), r(n), ol(n), orr(n);
+    for (int i = 0; i < n; ++i)
+    {
+        l[i] = 0.5f * std::sin(0.05f * i);
+        r[i] = 0.3f * std::sin(0.31f * i);
+    }
+    std::vector<float> l0 = l, r0 = r;
+    float* in[2] = {l.data(), r.data()};
+    float* out[2] = {ol.data(), orr.data()};
+    e->processReplacing(e, in, out, n);
+    for (int i = 0; i < n; ++i)
+    {
+        EXPECT_NEAR(ol[i], l0[i], 1e-5f);
+        EXPECT_NEAR(orr[i], r0[i], 1e-5f);
+    }
+
+    // Bypass: output is exactly the input times the normalised input value.
+    e->setParameter(e, 0, 0.f);
+    e->setParameter(e, 2, 0.5f);
+    l = l0;
+    r = r0;
+    e->processReplacing(e, in, out, n);
+    for (int i = 0; i < n; ++i)
+    {
+        EXPECT_EQ(ol[i], l0[i] * 0.5f);
+        EXPECT_EQ(orr[i], r0[i] * 0.5f);
+    }
+
+    // Double precision goes through the same path.
+    std::vector<double> dl(n, 0.5), dr(n, -0.25), dol(n), dor(n);
+    double* din[2] = {dl.data(), dr.data()};
+    double* dout[2] = {dol.data(), dor.data()};
+    e->processDoubleReplacing(e, din, dout, n);
+    EXPECT_EQ(dol[10], 0.25);
+    EXPECT_EQ(dor[10], -0.125);
+}
+
+TEST(PluginSoEntry, RefusesAHostThatDoesNotAnswerTheVersion)
+{
+    HostHarness host;
+    HostHarness::versionAnswer = 0;
+    EXPECT_EQ(host.Create(), nullptr);
+    HostHarness::versionAnswer = 2400;
+    EXPECT_EQ(host.entry(nullptr), nullptr);
+}
