@@ -1,0 +1,449 @@
+// Whole-effect tests of the host chunk, the default bank file and saving:
+// an ADeEsser with a recording host callback and the test editor, its user
+// folder pointed at a private temporary folder.
+#include "ADeEsser.h"
+#include "BankFile.h"
+#include "FakeEditor.h"
+#include "TestFiles.h"
+#include "UserFolder.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <memory>
+#include <sys/resource.h>
+#include <unistd.h>
+#include <vector>
+
+namespace
+{
+// What the host answers to audioMasterGetDirectory (null: no answer), and the
+// opcodes it was sent.
+const char* g_HostDirectory = nullptr;
+std::vector<VstInt32> g_HostOpcodes;
+
+VstIntPtr HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
+{
+    g_HostOpcodes.push_back(opcode);
+    if (opcode == audioMasterVersion)
+        return 2400;
+    if (opcode == audioMasterGetDirectory)
+        return (VstIntPtr)g_HostDirectory;
+    return 0;
+}
+
+std::string ChunkOf(ADeEsser& effect, bool isPreset)
+{
+    void* data = nullptr;
+    VstInt32 size = effect.getChunk(&data, isPreset);
+    return std::string((const char*)data, (size_t)size);
+}
+
+std::string RecordBytes(const ADeEsserProgram& p)
+{
+    return std::string((const char*)&p, sizeof p);
+}
+
+// A bank image whose program i is named "Pi" with threshold -i dB.
+std::string NamedBank(int current)
+{
+    std::vector<ADeEsserProgram> bank(kNumPrograms);
+    for (int i = 0; i < kNumPrograms; ++i)
+    {
+        std::snprintf(bank[i].name, sizeof bank[i].name, "P%d", i);
+        bank[i].values[kParamThreshold] = ValToNormalizeValue(kParamThreshold, (float)-i);
+        bank[i].values[kParamAutoThreshold] = 0.f;
+    }
+    bank[0].bankCurProgram = current;
+    return std::string((const char*)bank.data(), kBankChunkSize);
+}
+
+class Persistence : public ::testing::Test
+{
+protected:
+    Persistence() : m_Config("XDG_CONFIG_HOME", config.path().c_str())
+    {
+        g_HostDirectory = nullptr;
+        g_HostOpcodes.clear();
+        // The factory bank of an instance with a user file is looked up under
+        // the bare name, in the working folder: make that one ours too.
+        char here[PATH_MAX];
+        m_OldCwd = getcwd(here, sizeof here) ? here : "/";
+        EXPECT_EQ(chdir(cwd.path().c_str()), 0);
+    }
+    ~Persistence() override { (void)!chdir(m_OldCwd.c_str()); }
+
+    std::unique_ptr<ADeEsser> MakeEffect()
+    {
+        auto effect = std::make_unique<ADeEsser>(HostCallback);
+        return effect;
+    }
+    std::unique_ptr<ADeEsser> OpenEffect()
+    {
+        auto effect = MakeEffect();
+        effect->open();
+        return effect;
+    }
+    std::string UserFile() const { return config / "DeEsserDef.fxb"; }
+
+    TempDir config, plugins, cwd;
+    ADeEsserProgram defaults;
+
+private:
+    ScopedEnv m_Config;
+    std::string m_OldCwd;
+};
+
+TEST_F(Persistence, ChunkRoundTrips)
+{
+    auto a = OpenEffect();
+    a->setProgram(7);
+    a->setParameter(kParamRatio, 0.25f);
+    a->setProgramName((char*)"Seven");
+    std::string bank = ChunkOf(*a, false);
+    ASSERT_EQ(bank.size(), 2304u);
+    int32_t stored;
+    std::memcpy(&stored, bank.data() + 68, 4);
+    EXPECT_EQ(stored, 7);
+    std::string seven = ChunkOf(*a, true);
+    ASSERT_EQ(seven.size(), 72u);
+    EXPECT_EQ(seven, RecordBytes(a->GetProgram(7)));
+
+    // A whole bank restores the current program with it.
+    auto b = OpenEffect();
+    EXPECT_EQ(b->setChunk(&bank[0], (VstInt32)bank.size(), false), 0);
+    EXPECT_EQ(b->getProgram(), 7);
+    EXPECT_EQ(ChunkOf(*b, false), bank);
+    EXPECT_FLOAT_EQ(b->getParameter(kParamRatio), 0.25f);
+    char name[kVstMaxProgNameLen + 1] = {};
+    b->getProgramName(name);
+    EXPECT_STREQ(name, "Seven");
+
+    // A program chunk changes the current record only.
+    auto c = OpenEffect();
+    c->setProgram(3);
+    std::string before = ChunkOf(*c, false);
+    EXPECT_EQ(c->setChunk(&seven[0], 72, true), 0);
+    EXPECT_EQ(c->getProgram(), 3);
+    EXPECT_EQ(RecordBytes(c->GetProgram(3)), seven);
+    for (int i = 0; i < kNumPrograms; ++i)
+    {
+        if (i != 3)
+        {
+            EXPECT_EQ(RecordBytes(c->GetProgram(i)), before.substr(i * 72, 72)) << i;
+        }
+    }
+    EXPECT_FLOAT_EQ(c->getParameter(kParamRatio), 0.25f);
+}
+
+TEST_F(Persistence, ChunkSizesAndIndicesAreBounded)
+{
+    auto effect = OpenEffect();
+    effect->setProgram(5);
+    std::string initial = RecordBytes(effect->GetInitialProgram(0));
+    std::string factory = RecordBytes(effect->GetFactoryProgram(0));
+
+    // Far more bytes than the bank: only 2304 are taken.
+    std::string huge = NamedBank(9) + std::string(sizeof(ADeEsser) + 4096, '\x55');
+    effect->setChunk(&huge[0], (VstInt32)huge.size(), false);
+    EXPECT_EQ(ChunkOf(*effect, false), NamedBank(9));
+    EXPECT_EQ(RecordBytes(effect->GetInitialProgram(0)), initial);
+    EXPECT_EQ(RecordBytes(effect->GetFactoryProgram(0)), factory);
+
+    // A program chunk of bank size changes the current record only.
+    std::string other = NamedBank(0);
+    effect->setChunk(&other[0], kBankChunkSize, true);
+    EXPECT_STREQ(effect->GetProgram(9).name, "P0");
+    EXPECT_STREQ(effect->GetProgram(10).name, "P10");
+
+    // Negative sizes and missing data copy nothing.
+    std::string kept = ChunkOf(*effect, false);
+    effect->setChunk(&other[0], -1, false);
+    effect->setChunk(&other[0], INT_MIN, true);
+    effect->setChunk(nullptr, 2304, false);
+    EXPECT_EQ(ChunkOf(*effect, false).substr(72), kept.substr(72));
+    EXPECT_EQ(effect->getProgram(), 9);
+
+    // A bank naming a current program outside 0..31 keeps the current one.
+    for (int bad : {32, -1, 1 << 30})
+    {
+        std::string bank = NamedBank(bad);
+        effect->setChunk(&bank[0], kBankChunkSize, false);
+        EXPECT_EQ(effect->getProgram(), 9) << bad;
+        EXPECT_STREQ(effect->GetProgram(0).name, "P0");
+    }
+    // A short bank chunk: only the records it holds.
+    std::string part = NamedBank(2).substr(0, 100);
+    effect->setChunk(&part[0], 100, false);
+    EXPECT_EQ(effect->getProgram(), 2);
+}
+
+TEST_F(Persistence, NonFiniteChunkValuesDoNotPoisonTheEffect)
+{
+    auto effect = OpenEffect();
+    effect->setSampleRate(44100.f);
+    effect->setBlockSize(256);
+    float threshold = effect->getParameter(kParamThreshold);
+    ADeEsserProgram bad;
+    bad.values[kParamThreshold] = NAN;
+    bad.values[kParamRatio] = INFINITY;
+    bad.values[kParamOutput] = -INFINITY;
+    bad.values[kParamInput] = NAN;
+    bad.values[kParamAttack] = NAN;
+    effect->setChunk(&bad, sizeof bad, true);
+    EXPECT_EQ(effect->getParameter(kParamThreshold), threshold);
+    EXPECT_TRUE(std::isfinite(effect->getParameter(kParamRatio)));
+    EXPECT_TRUE(std::isfinite(effect->GetOutputGain()));
+
+    std::vector<float> inL(256), inR(256), outL(256), outR(256);
+    float* in[2] = {inL.data(), inR.data()};
+    float* out[2] = {outL.data(), outR.data()};
+    for (int block = 0; block < 20; ++block)
+    {
+        for (int i = 0; i < 256; ++i)
+            inL[i] = inR[i] = 0.5f * std::sin(0.9f * (float)(block * 256 + i));
+        effect->processReplacing(in, out, 256);
+        for (int i = 0; i < 256; ++i)
+            ASSERT_TRUE(std::isfinite(outL[i]) && std::isfinite(outR[i])) << block << " " << i;
+    }
+    float peak = 0.f;
+    for (float v : outL)
+        peak = std::max(peak, std::fabs(v));
+    EXPECT_GT(peak, 0.01f); // not silenced either
+}
+
+TEST_F(Persistence, SavedFileIsTheBankWithItsHeader)
+{
+    auto effect = OpenEffect();
+    effect->setProgram(2);
+    effect->setParameter(kParamRatio, 0.5f);
+    g_HostOpcodes.clear();
+    effect->SaveProgram(4, "My Vocal");
+    EXPECT_NE(std::find(g_HostOpcodes.begin(), g_HostOpcodes.end(), audioMasterUpdateDisplay),
+              g_HostOpcodes.end());
+
+    std::string file = ReadBytes(UserFile());
+    ASSERT_EQ(file.size(), 2464u);
+    EXPECT_EQ(file.substr(0, 4), "CcnK");
+    EXPECT_EQ(file.substr(4, 4), std::string(4, '\0')); // byte size written as zero
+    EXPECT_EQ(file.substr(8, 4), "FBCh");
+    EXPECT_EQ(file.substr(12, 4), BE32(1));
+    EXPECT_EQ(file.substr(16, 4), "IDeE");
+    EXPECT_EQ(file.substr(20, 4), BE32(1));
+    EXPECT_EQ(file.substr(24, 4), BE32(32));
+    EXPECT_EQ(file.substr(28, 128), std::string(128, '\0'));
+    EXPECT_EQ(file.substr(156, 4), BE32(2304));
+    EXPECT_EQ(file.substr(160), ChunkOf(*effect, false));
+    EXPECT_STREQ(effect->GetProgram(4).name, "My Vocal");
+    int32_t stored;
+    std::memcpy(&stored, file.data() + 160 + 68, 4);
+    EXPECT_EQ(stored, 4);
+}
+
+TEST_F(Persistence, LoadOrderUserThenPluginFolderThenDefaults)
+{
+    // Neither file: constructor defaults, all unchanged, nothing from the
+    // module's folder (dladdr) either.
+    {
+        auto effect = OpenEffect();
+        for (int i = 0; i < kNumPrograms; ++i)
+        {
+            EXPECT_STREQ(effect->GetProgram(i).name, "Empty");
+            EXPECT_EQ(RecordBytes(effect->GetFactoryProgram(i)), RecordBytes(defaults));
+        }
+        EXPECT_FALSE(effect->IsProgramChanged());
+        // The host answered nothing: the folder of this very executable.
+        char module[4096];
+        ASSERT_TRUE(GetModulePathName(module, sizeof module));
+        CutAfterLastSlash(module);
+        EXPECT_STREQ(effect->GetPluginFolder(), module);
+    }
+    // Only the plug-in folder's file: it is the live bank and the factory bank.
+    WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(NamedBank(6)));
+    std::string soPath = plugins / "DeEsser.so";
+    g_HostDirectory = soPath.c_str();
+    {
+        auto effect = OpenEffect();
+        EXPECT_EQ(std::string(effect->GetPluginFolder()), plugins.path() + "/");
+        EXPECT_EQ(effect->getProgram(), 6);
+        EXPECT_STREQ(effect->GetProgram(6).name, "P6");
+        EXPECT_STREQ(effect->GetFactoryProgram(31).name, "P31");
+        EXPECT_FALSE(effect->IsProgramChanged());
+        EXPECT_EQ(effect->getParameter(kParamThreshold), effect->GetProgram(6).values[3]);
+    }
+    // A user file wins; the plug-in folder stays unknown, and the factory
+    // bank is looked up under the bare name (here: the working folder).
+    std::string user = NamedBank(1);
+    std::memcpy(&user[72 + 44], "User1", 6);
+    WriteBytes(UserFile(), BankFileBytes(user));
+    std::string cwdBank = NamedBank(0);
+    std::memcpy(&cwdBank[44], "Here", 5);
+    WriteBytes(cwd / "DeEsserDef.fxb", BankFileBytes(cwdBank));
+    {
+        auto effect = OpenEffect();
+        EXPECT_STREQ(effect->GetPluginFolder(), "");
+        EXPECT_EQ(effect->getProgram(), 1);
+        EXPECT_STREQ(effect->GetProgram(1).name, "User1");
+        EXPECT_STREQ(effect->GetInitialProgram(1).name, "User1");
+        EXPECT_STREQ(effect->GetFactoryProgram(0).name, "Here");
+    }
+}
+
+TEST_F(Persistence, ForeignAndTruncatedFilesAreHarmless)
+{
+    WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(NamedBank(6)));
+    std::string soPath = plugins / "DeEsser.so";
+    g_HostDirectory = soPath.c_str();
+    WriteBytes(cwd / "DeEsserDef.fxb", BankFileBytes(NamedBank(3)));
+    auto allDefaults = [this](ADeEsser& e)
+    {
+        for (int i = 0; i < kNumPrograms; ++i)
+            if (RecordBytes(e.GetProgram(i)) != RecordBytes(defaults) ||
+                RecordBytes(e.GetFactoryProgram(i)) != RecordBytes(defaults))
+                return false;
+        return e.getProgram() == 0;
+    };
+
+    // A user file that is not ours stops the loading: no live bank, no
+    // factory bank (not even the plug-in folder's, which is never looked up).
+    for (std::string bytes :
+         {std::string(), std::string("garbage"), "RIFF" + BankFileBytes(NamedBank(2)).substr(4),
+          BankFileBytes(NamedBank(2), 0x41424344u)})
+    {
+        WriteBytes(UserFile(), bytes);
+        auto effect = OpenEffect();
+        EXPECT_TRUE(allDefaults(*effect)) << bytes.size();
+    }
+    // "CcnK" without an opaque chunk: nothing loaded, but the factory bank is
+    // read (under the bare name, since a user file exists).
+    WriteBytes(UserFile(), BankFileBytes(NamedBank(2), 0x49446545u, 2304, "FxBk"));
+    {
+        auto effect = OpenEffect();
+        EXPECT_STREQ(effect->GetProgram(2).name, "Empty");
+        EXPECT_STREQ(effect->GetFactoryProgram(2).name, "P2");
+    }
+    // A truncated chunk: the records present; the rest keep their defaults.
+    WriteBytes(UserFile(), BankFileBytes(NamedBank(2)).substr(0, 160 + 1000));
+    {
+        auto effect = OpenEffect();
+        EXPECT_EQ(effect->getProgram(), 2);
+        EXPECT_STREQ(effect->GetProgram(12).name, "P12");
+        EXPECT_STREQ(effect->GetProgram(13).name, "P13"); // 64 of its 72 bytes
+        EXPECT_STREQ(effect->GetProgram(14).name, "Empty");
+        EXPECT_FALSE(effect->IsProgramChanged());
+    }
+    // A chunk size field of 4 GB on a short file.
+    WriteBytes(UserFile(), BankFileBytes(NamedBank(4).substr(0, 144), 0x49446545u, 0xFFFFFFF0u));
+    {
+        auto effect = OpenEffect();
+        EXPECT_EQ(effect->getProgram(), 4);
+        EXPECT_STREQ(effect->GetProgram(1).name, "P1");
+        EXPECT_STREQ(effect->GetProgram(2).name, "Empty");
+    }
+}
+
+TEST_F(Persistence, ChangedTestAndRevertAfterLoad)
+{
+    WriteBytes(UserFile(), BankFileBytes(NamedBank(3)));
+    auto effect = OpenEffect();
+    ASSERT_EQ(effect->getProgram(), 3);
+    EXPECT_FALSE(effect->IsProgramChanged());
+    float loaded = effect->getParameter(kParamThreshold);
+    effect->setParameter(kParamThreshold, 0.2f);
+    EXPECT_TRUE(effect->IsProgramChanged());
+    effect->ProgramToInitial();
+    EXPECT_FALSE(effect->IsProgramChanged());
+    EXPECT_EQ(effect->getParameter(kParamThreshold), loaded);
+    EXPECT_STREQ(effect->GetProgram(3).name, "P3");
+}
+
+TEST_F(Persistence, SaveToAnotherSlot)
+{
+    WriteBytes(UserFile(), BankFileBytes(NamedBank(2)));
+    auto effect = OpenEffect();
+    ADeEsserProgram saved2 = effect->GetProgram(2);
+    effect->setParameter(kParamRatio, 0.75f);
+    EXPECT_TRUE(effect->IsProgramChanged());
+    effect->SaveProgram(5, "A much longer name than fits");
+
+    EXPECT_EQ(effect->getProgram(), 5);
+    EXPECT_FALSE(effect->IsProgramChanged());
+    EXPECT_EQ(effect->GetProgram(5).values[kParamRatio], 0.75f);
+    EXPECT_STREQ(effect->GetProgram(5).name, "A much longer name than"); // 23 bytes
+    EXPECT_EQ(RecordBytes(effect->GetInitialProgram(5)), RecordBytes(effect->GetProgram(5)));
+    // The edited program shows its previously saved values again.
+    EXPECT_EQ(std::string((const char*)effect->GetProgram(2).values, 44),
+              std::string((const char*)saved2.values, 44));
+    EXPECT_EQ(effect->getParameter(kParamRatio), 0.75f);
+
+    // A new instance finds the saved bank, with program 5 current.
+    auto again = OpenEffect();
+    EXPECT_EQ(again->getProgram(), 5);
+    EXPECT_EQ(again->getParameter(kParamRatio), 0.75f);
+    EXPECT_EQ(again->GetProgram(2).values[kParamRatio], saved2.values[kParamRatio]);
+
+    // Out-of-range slots are ignored.
+    std::string file = ReadBytes(UserFile());
+    effect->SaveProgram(32, "x");
+    effect->SaveProgram(-1, "x");
+    EXPECT_EQ(effect->getProgram(), 5);
+    EXPECT_EQ(ReadBytes(UserFile()), file);
+}
+
+TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
+{
+    WriteBytes(UserFile(), BankFileBytes(NamedBank(0)));
+    std::string previous = ReadBytes(UserFile());
+    auto effect = OpenEffect();
+    FakeEditor* editor = FakeEditorOf(effect.get());
+    ASSERT_NE(editor, nullptr);
+    editor->open(nullptr);
+
+    // Files may not grow past 1000 bytes: the write fails half-way.
+    struct rlimit old;
+    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
+    void (*oldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
+    struct rlimit limited = old;
+    limited.rlim_cur = 1000;
+    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    effect->SaveProgram(7, "Lost");
+    setrlimit(RLIMIT_FSIZE, &old);
+    std::signal(SIGXFSZ, oldHandler);
+
+    EXPECT_EQ(ReadBytes(UserFile()), previous);
+    ASSERT_EQ(editor->messages.size(), 1u);
+    EXPECT_NE(editor->messages[0].find("could not be saved"), std::string::npos);
+    EXPECT_STREQ(effect->GetProgram(7).name, "Lost"); // memory is already updated
+    EXPECT_EQ(effect->getProgram(), 7);
+
+    // Without an open editor the message goes to stderr.
+    editor->close();
+    std::filesystem::remove_all(config.path());
+    testing::internal::CaptureStderr();
+    effect->SaveProgram(8, "Nowhere");
+    std::string err = testing::internal::GetCapturedStderr();
+    EXPECT_NE(err.find("could not be saved"), std::string::npos);
+}
+
+TEST_F(Persistence, LegacyImportThroughTheEffect)
+{
+    auto effect = OpenEffect();
+    std::string before = ChunkOf(*effect, false);
+    effect->Convert(); // the fixed folder of the older system is absent here
+    EXPECT_EQ(ChunkOf(*effect, false), before);
+
+    WriteBytes(cwd / "PROGRAM.LST", "VRX5.0 EFFECT PROGRAM LIST\r\n1\r\nSoft\r\n");
+    WriteBytes(cwd / "Soft.PGM", "VRX5.0 EFFECT PRG FILE\r\n0\t-1966080\t0\t65536\t131072\r\n");
+    effect->ConvertFrom((cwd / "PROGRAM.LST").c_str(), cwd.path().c_str());
+    EXPECT_STREQ(effect->GetProgram(0).name, "Soft");
+    EXPECT_FLOAT_EQ(effect->GetProgram(0).values[kParamThreshold], 0.7f);        // -30 dB
+    EXPECT_FLOAT_EQ(effect->GetProgram(0).values[kParamRatio], 1.f / 63.f);      // ratio 2
+    EXPECT_FLOAT_EQ(effect->GetProgram(0).values[kParamRelease], 0.99f / 3.99f); // 1 s
+    // No program change and no new reference: the import shows as a change.
+    EXPECT_TRUE(effect->IsProgramChanged());
+    EXPECT_STREQ(effect->GetInitialProgram(0).name, "Empty");
+}
+} // namespace
