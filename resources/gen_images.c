@@ -483,7 +483,8 @@ static void led(cairo_t* cr, double x, double y, double w, double h, Rgb c, int 
     {
         cairo_pattern_t* g =
             cairo_pattern_create_radial(x + w / 2, y + h / 2, 0, x + w / 2, y + h / 2, w / 1.6);
-        cairo_pattern_add_color_stop_rgb(g, 0, 1, mix(c, grey(1), 0.6).g, mix(c, grey(1), 0.6).b);
+        Rgb hot = mix(c, grey(1), 0.5);
+        cairo_pattern_add_color_stop_rgb(g, 0, hot.r, hot.g, hot.b);
         cairo_pattern_add_color_stop_rgb(g, 1, c.r * 0.85, c.g * 0.8, c.b * 0.8);
         cairo_set_source(cr, g);
         rounded_rect(cr, x, y, w, h, 0.8);

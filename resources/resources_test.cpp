@@ -1,0 +1,349 @@
+// Checks the embedded panel images: present, valid PNG, sized for the panel's layout, opaque,
+// and drawn the way the panel reads them (knob angles, meter rows, lamp halves).
+#include "EmbeddedResources.h"
+
+#include <cairo.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+namespace
+{
+
+struct Reader
+{
+    const unsigned char* data;
+    size_t size;
+    size_t pos;
+};
+
+cairo_status_t ReadChunk(void* closure, unsigned char* out, unsigned int length)
+{
+    Reader* r = static_cast<Reader*>(closure);
+    if (r->size - r->pos < length)
+        return CAIRO_STATUS_READ_ERROR;
+    std::memcpy(out, r->data + r->pos, length);
+    r->pos += length;
+    return CAIRO_STATUS_SUCCESS;
+}
+
+// Decoded image of resource id; owns the surface.
+class Image
+{
+public:
+    explicit Image(int id)
+    {
+        std::string name = std::to_string(id) + ".png";
+        size_t size = 0;
+        const unsigned char* data = GetEmbeddedResource(name.c_str(), &size);
+        if (!data)
+            return;
+        Reader r{data, size, 0};
+        m_Surface = cairo_image_surface_create_from_png_stream(ReadChunk, &r);
+        if (cairo_surface_status(m_Surface) != CAIRO_STATUS_SUCCESS)
+        {
+            cairo_surface_destroy(m_Surface);
+            m_Surface = nullptr;
+            return;
+        }
+        cairo_surface_flush(m_Surface);
+    }
+    ~Image()
+    {
+        if (m_Surface)
+            cairo_surface_destroy(m_Surface);
+    }
+    Image(const Image&) = delete;
+    Image& operator=(const Image&) = delete;
+
+    bool ok() const { return m_Surface != nullptr; }
+    int w() const { return cairo_image_surface_get_width(m_Surface); }
+    int h() const { return cairo_image_surface_get_height(m_Surface); }
+    // Pixel as 0xAARRGGBB (premultiplied, which for opaque pixels is plain RGB).
+    uint32_t at(int x, int y) const
+    {
+        const unsigned char* row =
+            cairo_image_surface_get_data(m_Surface) +
+            static_cast<size_t>(y) * cairo_image_surface_get_stride(m_Surface);
+        return reinterpret_cast<const uint32_t*>(row)[x];
+    }
+    int red(int x, int y) const { return (at(x, y) >> 16) & 255; }
+    int green(int x, int y) const { return (at(x, y) >> 8) & 255; }
+    int blue(int x, int y) const { return at(x, y) & 255; }
+    double luma(int x, int y) const
+    {
+        return 0.299 * red(x, y) + 0.587 * green(x, y) + 0.114 * blue(x, y);
+    }
+    double meanLuma(int x0, int y0, int x1, int y1) const
+    {
+        double sum = 0;
+        for (int y = y0; y < y1; ++y)
+            for (int x = x0; x < x1; ++x)
+                sum += luma(x, y);
+        return sum / ((x1 - x0) * (y1 - y0));
+    }
+
+    // Highest colourfulness (max - min channel) in a block: a lit LED or legend is strongly
+    // coloured, the rest of a button is grey or dim.
+    int maxChroma(int x0, int y0, int x1, int y1) const
+    {
+        int best = 0;
+        for (int y = y0; y < y1; ++y)
+            for (int x = x0; x < x1; ++x)
+                best = std::max(best, std::max({red(x, y), green(x, y), blue(x, y)}) -
+                                          std::min({red(x, y), green(x, y), blue(x, y)}));
+        return best;
+    }
+
+private:
+    cairo_surface_t* m_Surface = nullptr;
+};
+
+struct Box
+{
+    int l, t, r, b;
+};
+
+} // namespace
+
+TEST(EmbeddedResources, LookupByName)
+{
+    for (int id = 5000; id <= 5020; ++id)
+    {
+        std::string name = std::to_string(id) + ".png";
+        size_t size = 0;
+        const unsigned char* data = GetEmbeddedResource(name.c_str(), &size);
+        ASSERT_NE(data, nullptr) << name;
+        ASSERT_GT(size, 8u) << name;
+        EXPECT_EQ(std::memcmp(data, "\x89PNG\r\n\x1a\n", 8), 0) << name;
+        EXPECT_NE(GetEmbeddedResource(name.c_str(), nullptr), nullptr);
+    }
+    size_t size = 123;
+    EXPECT_EQ(GetEmbeddedResource("5021.png", &size), nullptr);
+    EXPECT_EQ(size, 0u);
+    EXPECT_EQ(GetEmbeddedResource("4999.png", &size), nullptr);
+    EXPECT_EQ(GetEmbeddedResource("5000", &size), nullptr);
+    EXPECT_EQ(GetEmbeddedResource("5000.png.bak", &size), nullptr);
+    EXPECT_EQ(GetEmbeddedResource("", &size), nullptr);
+    EXPECT_EQ(GetEmbeddedResource(nullptr, &size), nullptr);
+    EXPECT_EQ(size, 0u);
+}
+
+// Every image decodes, and is opaque: the panel copies them over its background, so a
+// transparent pixel would show whatever the copy mode leaves there.
+TEST(EmbeddedResources, AllDecodeAndAreOpaque)
+{
+    for (int id = 5000; id <= 5020; ++id)
+    {
+        Image img(id);
+        ASSERT_TRUE(img.ok()) << id;
+        int transparent = 0;
+        for (int y = 0; y < img.h(); ++y)
+            for (int x = 0; x < img.w(); ++x)
+                transparent += (img.at(x, y) >> 24) != 255;
+        EXPECT_EQ(transparent, 0) << id;
+    }
+}
+
+TEST(EmbeddedResources, SizesFitTheLayout)
+{
+    Image bg(5000), knob(5001), track(5009), cap(5010), level(5011), gr(5012), save(5019),
+        lamp(5020);
+    ASSERT_TRUE(bg.ok() && knob.ok() && track.ok() && cap.ok() && level.ok() && gr.ok() &&
+                save.ok() && lamp.ok());
+    EXPECT_EQ(knob.w(), 34);
+    EXPECT_EQ(knob.h(), 34 * 61);
+    EXPECT_EQ(track.w(), 16);
+    EXPECT_EQ(track.h(), 133);
+    EXPECT_EQ(cap.w(), 16);
+    EXPECT_EQ(cap.h() % 2, 0);
+    EXPECT_EQ(level.w() % 2, 0);
+    EXPECT_GE(level.h(), 134); // rows 1..133 are addressed
+    EXPECT_EQ(gr.w() % 2, 0);
+    EXPECT_GT(gr.h(), 0);
+    EXPECT_EQ(save.w(), 43);
+    EXPECT_EQ(save.h(), 16);
+    EXPECT_EQ(lamp.w(), 43);
+    EXPECT_EQ(lamp.h(), 32);
+
+    // Switch pairs (second, first image): same size, two equal halves, each half the
+    // size of the control's rectangle.
+    const struct
+    {
+        int second, first, w, h;
+    } pairs[] = {{5002, 5003, 29, 20},
+                 {5004, 5005, 14, 12},
+                 {5013, 5014, 14, 12},
+                 {5015, 5016, 14, 12},
+                 {5017, 5018, 25, 17}};
+    for (const auto& p : pairs)
+    {
+        Image a(p.second), b(p.first);
+        ASSERT_TRUE(a.ok() && b.ok());
+        EXPECT_EQ(a.w(), b.w()) << p.second;
+        EXPECT_EQ(a.h(), b.h()) << p.second;
+        EXPECT_EQ(a.h() % 2, 0) << p.second;
+        EXPECT_EQ(a.w(), p.w) << p.second;
+        EXPECT_EQ(a.h(), 2 * p.h) << p.second;
+    }
+
+    // Every rectangle the panel draws into lies inside the background.
+    const int halfLevel = level.w() / 2, halfGr = gr.w() / 2;
+    const Box boxes[] = {{23, 7, 52, 27},
+                         {64, 10, 89, 27},
+                         {48, 45, 64, 178},
+                         {14, 186, 48, 200},
+                         {403, 45, 419, 178},
+                         {404, 186, 438, 200},
+                         {99, 54, 133, 88},
+                         {92, 93, 140, 107},
+                         {99, 139, 133, 173},
+                         {92, 178, 140, 192},
+                         {168, 68, 182, 80},
+                         {168, 85, 182, 97},
+                         {262, 66, 296, 100},
+                         {255, 105, 303, 119},
+                         {262, 141, 296, 175},
+                         {255, 180, 303, 194},
+                         {305, 56, 319, 68},
+                         {333, 66, 367, 100},
+                         {326, 105, 374, 119},
+                         {333, 141, 367, 175},
+                         {326, 180, 374, 194},
+                         {141, 10, 184, 26},
+                         {195, 10, 238, 26},
+                         {29, 45, 29 + halfLevel, 45 + level.h()},
+                         {38, 45, 38 + halfLevel, 45 + level.h()},
+                         {422, 45, 422 + halfLevel, 45 + level.h()},
+                         {431, 45, 431 + halfLevel, 45 + level.h()},
+                         {198, 55, 198 + halfGr, 55 + gr.h()}};
+    for (const Box& r : boxes)
+    {
+        EXPECT_GE(r.l, 0);
+        EXPECT_GE(r.t, 0);
+        EXPECT_LE(r.r, bg.w()) << r.l << "," << r.t;
+        EXPECT_LE(r.b, bg.h()) << r.l << "," << r.t;
+    }
+    // The two meters of a side sit next to each other without overlapping.
+    EXPECT_LE(29 + halfLevel, 38);
+    EXPECT_LE(422 + halfLevel, 431);
+}
+
+// Value texts are drawn in RGB(72, 72, 72): their boxes must be light.
+TEST(EmbeddedResources, ValueDisplaysAreLight)
+{
+    Image bg(5000);
+    ASSERT_TRUE(bg.ok());
+    const Box displays[] = {{14, 186, 48, 200},   {404, 186, 438, 200}, {92, 93, 140, 107},
+                            {92, 178, 140, 192},  {255, 105, 303, 119}, {255, 180, 303, 194},
+                            {326, 105, 374, 119}, {326, 180, 374, 194}};
+    for (const Box& d : displays)
+        EXPECT_GT(bg.meanLuma(d.l, d.t, d.r, d.b), 72 + 90) << d.l << "," << d.t;
+}
+
+// Frame k shows the pointer at 30 + 5 k degrees clockwise from straight down, and the frame's
+// border matches the background under every knob, so no seam shows.
+TEST(EmbeddedResources, KnobStripPointerAndEdges)
+{
+    Image knob(5001), bg(5000);
+    ASSERT_TRUE(knob.ok() && bg.ok());
+    const double pi = std::acos(-1.0);
+    for (int k : {0, 10, 20, 30, 40, 50, 60})
+    {
+        // Centroid of the pointer's bright pixels on the knob, weighted by brightness (the
+        // scale ticks lie outside radius 13 and are left out).
+        double sx = 0, sy = 0;
+        int n = 0;
+        for (int y = 0; y < 34; ++y)
+            for (int x = 0; x < 34; ++x)
+            {
+                double dx = x + 0.5 - 17, dy = y + 0.5 - 17;
+                double excess = knob.luma(x, k * 34 + y) - 140;
+                if (std::hypot(dx, dy) < 13 && excess > 0)
+                {
+                    sx += dx * excess;
+                    sy += dy * excess;
+                    ++n;
+                }
+            }
+        ASSERT_GT(n, 5) << "frame " << k;
+        double expected = (30.0 + 5.0 * k) * pi / 180;
+        // Screen direction of an angle clockwise from down: (-sin a, cos a).
+        double ex = -std::sin(expected), ey = std::cos(expected);
+        double len = std::hypot(sx, sy);
+        double cosErr = (sx * ex + sy * ey) / len;
+        EXPECT_GT(cosErr, std::cos(8 * pi / 180)) << "frame " << k;
+    }
+    const Box knobs[] = {{99, 54, 133, 88},    {99, 139, 133, 173}, {262, 66, 296, 100},
+                         {262, 141, 296, 175}, {333, 66, 367, 100}, {333, 141, 367, 175}};
+    for (int k = 0; k < 61; ++k)
+        for (const Box& r : knobs)
+        {
+            EXPECT_EQ(knob.at(0, k * 34), bg.at(r.l, r.t));
+            EXPECT_EQ(knob.at(33, k * 34 + 33), bg.at(r.r - 1, r.b - 1));
+        }
+}
+
+// Level strip: row 19 is 0 dB at 3 rows per dB; silence (row 133 down) lights nothing, full
+// scale (row 1 down) lights every segment, red above 0 dB and not below.
+TEST(EmbeddedResources, MeterStrips)
+{
+    Image level(5011), gr(5012);
+    ASSERT_TRUE(level.ok() && gr.ok());
+    const int half = level.w() / 2, mid = half / 2;
+    for (int y = 133; y < level.h(); ++y)
+        for (int x = 0; x < half; ++x)
+            EXPECT_EQ(level.at(x, y), level.at(half + x, y)) << "row " << y;
+    int litRows = 0;
+    for (int y = 1; y < 133; ++y)
+        litRows += level.luma(half + mid, y) > level.luma(mid, y) + 40;
+    EXPECT_GE(litRows, 2 * 132 / 3 - 1); // one gap row in three
+    for (int y : {2, 11, 17})
+    {
+        EXPECT_GT(level.red(half + mid, y), 200) << y;
+        EXPECT_GT(level.red(half + mid, y), level.green(half + mid, y) + 80) << y;
+    }
+    for (int y : {20, 50, 101})
+        EXPECT_GT(level.green(half + mid, y), 150) << y;
+
+    // Reduction strip grows down from the top: its first rows light.
+    const int gh = gr.w() / 2;
+    EXPECT_GT(gr.luma(gh + gh / 2, 0), gr.luma(gh / 2, 0) + 40);
+    EXPECT_GT(gr.luma(gh + gh / 2, gr.h() - 2), gr.luma(gh / 2, gr.h() - 2) + 40);
+}
+
+// The modified lamp is dark in its upper half and lit (amber) in the lower one; the switch
+// images for a non-zero value are coloured (lit LED or legend) where the value-0 ones are grey.
+TEST(EmbeddedResources, LampAndSwitchStates)
+{
+    Image lamp(5020);
+    ASSERT_TRUE(lamp.ok());
+    double off = 0, on = 0;
+    int offRed = 0, onRed = 0;
+    for (int y = 0; y < 16; ++y)
+        for (int x = 0; x < 43; ++x)
+        {
+            off += lamp.luma(x, y);
+            on += lamp.luma(x, y + 16);
+            offRed += lamp.red(x, y);
+            onRed += lamp.red(x, y + 16);
+        }
+    EXPECT_GT(on, 1.5 * off);
+    EXPECT_GT(onRed, 2 * offRed);
+
+    for (int second : {5002, 5004, 5013, 5015, 5017})
+    {
+        Image lit(second), unlit(second + 1);
+        ASSERT_TRUE(lit.ok() && unlit.ok());
+        for (int half = 0; half < 2; ++half)
+        {
+            int y0 = half * lit.h() / 2, y1 = y0 + lit.h() / 2;
+            EXPECT_GT(lit.maxChroma(0, y0, lit.w(), y1), 100) << second << " half " << half;
+            EXPECT_LT(unlit.maxChroma(0, y0, unlit.w(), y1), 60) << second << " half " << half;
+        }
+    }
+}
