@@ -200,6 +200,16 @@ static void print_text(cairo_t* cr, double x, double y, const char* s, double si
     text_at(cr, x, y, s, spacing, align);
 }
 
+/* Scale figures: the wider face keeps "1" and "3" apart at this size. */
+static void print_figures(cairo_t* cr, double x, double y, const char* s, int align, Rgb ink)
+{
+    font(cr, kTitleFont, 6.3, 1);
+    cairo_set_source_rgba(cr, 0, 0, 0, 0.45);
+    text_at(cr, x, y + 0.8, s, 0, align);
+    rgb(cr, ink, 1.0);
+    text_at(cr, x, y, s, 0, align);
+}
+
 static void line(cairo_t* cr, double x0, double y0, double x1, double y1, double w)
 {
     cairo_set_line_width(cr, w);
@@ -752,7 +762,6 @@ static double fader_y_for_db(double db, double gainMax)
 static void fader_scale(cairo_t* cr, double gainMax, const double* marks, int n, double tickX,
                         int side)
 {
-    font(cr, kLabelFont, 6.2, 1);
     for (int i = 0; i < n; ++i)
     {
         double y = floor(fader_y_for_db(marks[i], gainMax)) + 0.5;
@@ -760,15 +769,13 @@ static void fader_scale(cairo_t* cr, double gainMax, const double* marks, int n,
         line(cr, tickX, y, tickX + 3 * side, y, 1);
         char buf[16];
         snprintf(buf, sizeof buf, marks[i] > 0 ? "+%g" : "%g", marks[i]);
-        print_text(cr, tickX + 5 * side, y + 2.2, buf, 6.0, 0, side > 0 ? -1 : 1, kPrintDim);
+        print_figures(cr, tickX + 5 * side, y + 2.3, buf, side > 0 ? -1 : 1, kPrintDim);
     }
     /* Bottom of travel: no gain. */
     double yb = kFaderY + FADER_H - CAP_H / 2 + 0.5;
     rgb(cr, kPrintDim, 0.9);
     line(cr, tickX, yb, tickX + 3 * side, yb, 1);
-    font(cr, kTitleFont, 7, 0);
-    print_text(cr, tickX + 5 * side, yb + 2.4, side > 0 ? "-\xe2\x88\x9e" : "-\xe2\x88\x9e", 6.0, 0,
-               side > 0 ? -1 : 1, kPrintDim);
+    print_figures(cr, tickX + 5 * side, yb + 2.4, "-\xe2\x88\x9e", side > 0 ? -1 : 1, kPrintDim);
 }
 
 static void meter_scale(cairo_t* cr, double x, int side)
@@ -784,8 +791,8 @@ static void meter_scale(cairo_t* cr, double x, int side)
             continue;
         char buf[16];
         snprintf(buf, sizeof buf, marks[i] > 0 ? "+%d" : "%d", marks[i]);
-        print_text(cr, x + 5 * side, y + 2.2, buf, 6.0, 0, side > 0 ? -1 : 1,
-                   marks[i] >= 0 ? mix(kPrintDim, (Rgb){1.0, 0.45, 0.35}, 0.45) : kPrintDim);
+        print_figures(cr, x + 5 * side, y + 2.3, buf, side > 0 ? -1 : 1,
+                      marks[i] >= 0 ? mix(kPrintDim, (Rgb){1.0, 0.45, 0.35}, 0.45) : kPrintDim);
     }
 }
 
@@ -919,15 +926,15 @@ static cairo_surface_t* make_background(void)
     fader_scale(cr, 10.0, outMarks, 5, kOutputFaderX - 1.5, -1);
 
     /* Key filter knobs and switches. */
-    print_text(cr, 116, 49.6, "LOW FREQ", 7, 0.7, 0, kPrint);
-    print_text(cr, 116, 134.6, "HI FREQ", 7, 0.7, 0, kPrint);
+    print_text(cr, 116, 49.6, "LOW FREQ", 7, 0.5, 0, kPrint);
+    print_text(cr, 116, 134.6, "HI FREQ", 7, 0.5, 0, kPrint);
     print_text(cr, 175, 63.6, "LISTEN", 6.4, 0.4, 0, kPrint);
     print_text(cr, 175, 107.2, "SIDE CHAIN", 6.2, 0.1, 0, kPrint);
     for (int i = 0; i < 3; ++i)
         cutout(cr, kSmallSwitches[i], 1, 1.2);
 
     /* Gain reduction meter. */
-    print_text(cr, kGrX + GR_HALF_W / 2.0, 49.6, "GR", 7, 0.7, 0, kPrint);
+    print_text(cr, kGrX + GR_HALF_W / 2.0, 49.6, "GR", 7, 0.5, 0, kPrint);
     meter_window(cr, kGrX, kGrY, GR_HALF_W, GR_H);
     {
         const int marks[] = {0, 3, 6, 10, 15, 20, 30, 40};
@@ -940,7 +947,7 @@ static cairo_surface_t* make_background(void)
                 continue;
             char buf[16];
             snprintf(buf, sizeof buf, "%d", marks[i]);
-            print_text(cr, kGrX + GR_HALF_W + 7.5, y + 2.2, buf, 6.0, 0, -1, kPrintDim);
+            print_figures(cr, kGrX + GR_HALF_W + 7.5, y + 2.3, buf, -1, kPrintDim);
         }
         print_text(cr, kGrX + GR_HALF_W / 2.0, kGrY + GR_H + 10, "dB", 6.0, 0.3, 0, kPrintDim);
     }
@@ -948,9 +955,9 @@ static cairo_surface_t* make_background(void)
     /* Compressor. */
     print_text(cr, 279, 61.6, "THRESHOLD", 7, 0.5, 0, kPrint);
     print_text(cr, 312, 52.2, "AUTO", 6.4, 0.5, 0, kPrint);
-    print_text(cr, 279, 136.6, "ATTACK", 7, 0.7, 0, kPrint);
-    print_text(cr, 350, 61.6, "RELEASE", 7, 0.7, 0, kPrint);
-    print_text(cr, 350, 136.6, "RATIO", 7, 0.7, 0, kPrint);
+    print_text(cr, 279, 136.6, "ATTACK", 7, 0.5, 0, kPrint);
+    print_text(cr, 350, 61.6, "RELEASE", 7, 0.5, 0, kPrint);
+    print_text(cr, 350, 136.6, "RATIO", 7, 0.5, 0, kPrint);
 
     /* Section rules between the level, key and compressor groups. */
     for (int i = 0; i < 2; ++i)
