@@ -28,5 +28,8 @@ public:
     float y1, y2, x1, x2;
 
 private:
+    // The filter processor runs both channels' recursions in one loop under
+    // this lock (same arithmetic as OperateEqualizer).
+    friend class CVRXLPF;
     CCriticalSection m_Lock;
 };

@@ -32,8 +32,10 @@ public:
     // Copies the format and re-creates the filters (state zero).
     bool SetMediaType(const WAVEFORMATEX* format);
     // Work buffers of n floats, zeroed. Called outside the audio thread by the
-    // effect's setBlockSize so that Transform never allocates.
+    // effect's setBlockSize. Transform itself never allocates: it runs both
+    // channels through one loop and needs no buffer.
     bool SetSampleSize(unsigned n);
+    bool PrepareWorkingBuffer(int n);
     bool GetVU(float* inL, float* inR, float* outL, float* outR);
 
     bool Transform(float** in, int count, float** out, int* outCount);
@@ -45,6 +47,9 @@ public:
 private:
     void InitInternalFilters();
     void FreeBuffers();
+    void ReparamFilters();
+    void TransformStereo(const float* inL, const float* inR, float* outL, float* outR, int count);
+    void TransformMono(const float* in, float* out, int count);
 
     CCriticalSection m_Lock;
     int m_LastBlockSize = -1;

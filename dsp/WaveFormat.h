@@ -5,13 +5,13 @@
 
 struct WAVEFORMATEX
 {
-    uint16_t wFormatTag;      // 3 = IEEE float
+    uint16_t wFormatTag; // 3 = IEEE float
     uint16_t nChannels;
     uint32_t nSamplesPerSec;  // integer sample rate
     uint32_t nAvgBytesPerSec; // rate * block align
     uint16_t nBlockAlign;     // bytes per frame
     uint16_t wBitsPerSample;
-    uint16_t cbSize;          // extra bytes after the record
+    uint16_t cbSize; // extra bytes after the record
 };
 
 constexpr uint16_t WAVE_FORMAT_IEEE_FLOAT = 3;

@@ -1,0 +1,100 @@
+// Shelving/peaking biquad: cookbook coefficients in single precision, direct
+// form I recursion.
+#include "CBiquadFilter.h"
+
+#include <cmath>
+
+CBiquadFilter::CBiquadFilter() : x1(0.f), x2(0.f), y1(0.f), y2(0.f) {}
+
+void CBiquadFilter::Reset()
+{
+    x1 = x2 = y1 = y2 = 0.f;
+}
+
+bool CBiquadFilter::IsStateBad() const
+{
+    return !std::isfinite(x1) || !std::isfinite(x2) || !std::isfinite(y1) || !std::isfinite(y2);
+}
+
+void CBiquadFilter::CalcCoefficients(float sampleRate, float frequency, float gainDb, float q,
+                                     int type)
+{
+    // Everything in float; only pow, sin and cos are taken in double.
+    const float A = (float)std::pow(10.0, (double)(gainDb / 40.f));
+    const float nyquistLimit = 0.5f * sampleRate * 0.95f;
+    const float f = frequency < nyquistLimit ? frequency : nyquistLimit;
+    const float w0 = f / sampleRate * 6.2831855f;
+    const float sn = (float)std::sin((double)w0);
+    const float cs = (float)std::cos((double)w0);
+    // sqrt(A / q), not sqrt(A) / q: the design's own slope term.
+    const float beta = std::sqrt(A / q);
+    const float bs = beta * sn;
+
+    float nb0 = b0, nb1 = b1, nb2 = b2, na0 = a0, na1 = a1, na2 = a2;
+    switch (type)
+    {
+    case kLowShelf:
+        nb0 = A * ((A + 1.f) - (A - 1.f) * cs + bs);
+        nb1 = 2.f * A * ((A - 1.f) - (A + 1.f) * cs);
+        nb2 = A * ((A + 1.f) - (A - 1.f) * cs - bs);
+        na0 = (A + 1.f) + (A - 1.f) * cs + bs;
+        na1 = -2.f * ((A - 1.f) + (A + 1.f) * cs);
+        na2 = (A + 1.f) + (A - 1.f) * cs - bs;
+        break;
+    case kPeaking:
+    {
+        const float alpha = sn / (2.f * q);
+        nb0 = 1.f + alpha * A;
+        nb1 = -2.f * cs;
+        nb2 = 1.f - alpha * A;
+        na0 = 1.f + alpha / A;
+        na1 = -2.f * cs;
+        na2 = 1.f - alpha / A;
+        break;
+    }
+    case kHighShelf:
+        nb0 = A * ((A + 1.f) + (A - 1.f) * cs + bs);
+        nb1 = -2.f * A * ((A - 1.f) + (A + 1.f) * cs);
+        nb2 = A * ((A + 1.f) + (A - 1.f) * cs - bs);
+        na0 = (A + 1.f) - (A - 1.f) * cs + bs;
+        na1 = 2.f * ((A - 1.f) - (A + 1.f) * cs);
+        na2 = (A + 1.f) - (A - 1.f) * cs - bs;
+        break;
+    default:
+        // No new coefficients: the stored (already normalised) ones are divided
+        // once more by the stored raw a0 below.
+        break;
+    }
+    a0 = na0;
+    b0 = nb0 / na0;
+    b1 = nb1 / na0;
+    b2 = nb2 / na0;
+    a1 = na1 / na0;
+    a2 = na2 / na0;
+}
+
+void CBiquadFilter::OperateFilter(const float* in, float* out, int count)
+{
+    // The previous inputs and outputs live in registers: for count >= 2 this is
+    // term for term the recursion that starts from (x1, x2, y1, y2), re-reads
+    // in[i-1], in[i-2] and out[i-1], out[i-2], and leaves the last two of each
+    // as the state. Counts of 0 and 1 follow the same recursion.
+    if (count <= 0)
+        return;
+    const float c0 = b0, c1 = b1, c2 = b2, d1 = a1, d2 = a2;
+    float xm1 = x1, xm2 = x2, ym1 = y1, ym2 = y2;
+    for (int i = 0; i < count; ++i)
+    {
+        const float x = in[i];
+        const float y = c0 * x + c1 * xm1 + c2 * xm2 - d1 * ym1 - d2 * ym2;
+        out[i] = y;
+        xm2 = xm1;
+        xm1 = x;
+        ym2 = ym1;
+        ym1 = y;
+    }
+    x1 = xm1;
+    x2 = xm2;
+    y1 = ym1;
+    y2 = ym2;
+}

@@ -1,0 +1,84 @@
+// The compressor keyed by a running mean square of the product of the two key
+// channels (window 5 ms by default).
+#include "CVRXCompRms.h"
+
+#include <cmath>
+#include <cstring>
+
+CVRXCompRms::CVRXCompRms() : CVRXComp(), window(5.0, 44100.0), meanSquare(1e-25) {}
+
+void CVRXCompRms::setSampleRate(double rate)
+{
+    CSingleLock lock(m_Lock);
+    attack.setSampleRate(rate);
+    release.setSampleRate(rate);
+    window.setSampleRate(rate);
+}
+
+void CVRXCompRms::initRuntime()
+{
+    CSingleLock lock(m_Lock);
+    envelopeDb = 1e-25;
+    meanSquare = 1e-25;
+}
+
+void CVRXCompRms::setWindow(double ms)
+{
+    CSingleLock lock(m_Lock);
+    window.setTc(ms);
+}
+
+void CVRXCompRms::ResetIfBad()
+{
+    CSingleLock lock(m_Lock);
+    if (!std::isfinite(envelopeDb))
+        envelopeDb = 1e-25;
+    if (!std::isfinite(meanSquare))
+        meanSquare = 1e-25;
+}
+
+void CVRXCompRms::process(float** in, float** out, float** key, int count, bool externalKey)
+{
+    if (!in || !out || !key)
+        return;
+    CSingleLock lock(m_Lock);
+    gainReduction = -40.0f;
+    if (!active)
+    {
+        for (int ch = 0; ch < 2; ++ch)
+            if (count > 0 && out[ch] != in[ch])
+                std::memmove(out[ch], in[ch], sizeof(float) * (size_t)count);
+        return;
+    }
+    if (count <= 0)
+        return;
+
+    const GainComputer gc = MakeGainComputer();
+    const double inLevel = inputLevel, outLevel = outputLevel;
+    const double windowCoef = window.getCoef();
+    double env = envelopeDb;
+    double ms = meanSquare;
+    double g = 1.0;
+    for (int i = 0; i < count; ++i)
+    {
+        double l = (double)in[0][i] * inLevel;
+        double r = (double)in[1][i] * inLevel;
+        // The product of the two key channels (in float, doubled), not a sum
+        // of squares: negative when the channels differ in sign.
+        const double p = (double)(2.f * key[0][i] * key[1][i]) + 1e-25;
+        const double previous = ms;
+        ms = (previous - p) * windowCoef + p;
+        // The first sample after a reset takes the instantaneous value. A
+        // negative mean square counts as silence (sqrt of 0, never NaN).
+        const double square = previous == 1e-25 ? p : ms;
+        const double keyLevel = std::sqrt(square > 0.0 ? square : 0.0);
+        g = gc.Step(env, l, r, keyLevel, externalKey);
+        l *= g;
+        r *= g;
+        out[0][i] = (float)(outLevel * l);
+        out[1][i] = (float)(outLevel * r);
+    }
+    envelopeDb = env;
+    meanSquare = ms;
+    gainReduction = (float)g;
+}

@@ -1,0 +1,435 @@
+// Filter processor: input gain, one Butterworth section per channel, output
+// gain (applied twice, as the processor always has), peak meters and an
+// over-level flag. Levels and cut-off cross the interface as 16.16 fixed point.
+#include "CVRXLPF.h"
+
+#include <cmath>
+#include <cstring>
+#include <new>
+
+namespace
+{
+// 1/65536 as the setters have always written it (exactly 2^-16 as a float).
+constexpr float kFromFixed = 1.5258789e-5f;
+
+// Stored float times 65536, truncated; saturated instead of overflowing, 0 for NaN.
+int ToFixed(float value)
+{
+    const double v = (double)value * 65536.0;
+    if (v != v)
+        return 0;
+    if (v >= 2147483647.0)
+        return 2147483647;
+    if (v <= -2147483648.0)
+        return (int)-2147483647 - 1;
+    return (int)v;
+}
+
+inline float Peak(float peak, float x)
+{
+    const float a = std::fabs(x);
+    return a > peak ? a : peak;
+}
+} // namespace
+
+CVRXLPF::CVRXLPF(bool type) : m_Type(type)
+{
+    SetDefaultProp();
+    m_HasWorkBuffers = false;
+    m_HasScratch = false;
+    m_LastBlockSize = -1;
+    m_PeakInL = m_PeakInR = m_PeakOutL = m_PeakOutR = 0.f;
+}
+
+CVRXLPF::~CVRXLPF()
+{
+    FreeBuffers();
+    delete[] m_Filters;
+}
+
+void CVRXLPF::SetDefaultProp()
+{
+    CSingleLock lock(m_Lock);
+    m_Active = true;
+    set_InputLevel(0);
+    set_OutputLevel(0);
+    m_OverLevelThreshold = 2147483648.0f;
+    set_CutOff(m_Type ? 0x4E200000 : 0x140000); // 20000 Hz or 20 Hz
+}
+
+bool CVRXLPF::set_Activate(bool active)
+{
+    CSingleLock lock(m_Lock);
+    m_Active = active;
+    return true;
+}
+
+bool CVRXLPF::get_Activate(bool* active)
+{
+    if (!active)
+        return false;
+    CSingleLock lock(m_Lock);
+    *active = m_Active;
+    return true;
+}
+
+bool CVRXLPF::set_InputLevel(int level16_16)
+{
+    CSingleLock lock(m_Lock);
+    m_InputLevelDb = (float)level16_16 * kFromFixed;
+    m_InputGain = (float)std::pow(10.0, (double)m_InputLevelDb / 20.0);
+    return true;
+}
+
+bool CVRXLPF::get_InputLevel(int* level16_16)
+{
+    if (!level16_16)
+        return false;
+    CSingleLock lock(m_Lock);
+    *level16_16 = ToFixed(m_InputLevelDb);
+    return true;
+}
+
+bool CVRXLPF::set_OutputLevel(int level16_16)
+{
+    CSingleLock lock(m_Lock);
+    m_OutputLevelDb = (float)level16_16 * kFromFixed;
+    m_OutputGain = (float)std::pow(10.0, (double)m_OutputLevelDb / 20.0);
+    return true;
+}
+
+bool CVRXLPF::get_OutputLevel(int* level16_16)
+{
+    if (!level16_16)
+        return false;
+    CSingleLock lock(m_Lock);
+    *level16_16 = ToFixed(m_OutputLevelDb);
+    return true;
+}
+
+// Filters re-tuned to the stored cut-off and type; their state is kept.
+void CVRXLPF::ReparamFilters()
+{
+    if (!m_HasFilters || m_Format.nSamplesPerSec == 0)
+        return;
+    const float period = 1.f / (float)m_Format.nSamplesPerSec;
+    for (unsigned ch = 0; ch < m_Format.nChannels; ++ch)
+        m_Filters[ch].SetParams(period, m_CutOff, m_Type);
+}
+
+bool CVRXLPF::set_CutOff(int hz16_16)
+{
+    CSingleLock lock(m_Lock);
+    m_CutOff = (float)hz16_16 * kFromFixed;
+    ReparamFilters();
+    return true;
+}
+
+bool CVRXLPF::get_CutOff(int* hz16_16)
+{
+    if (!hz16_16)
+        return false;
+    CSingleLock lock(m_Lock);
+    *hz16_16 = ToFixed(m_CutOff);
+    return true;
+}
+
+bool CVRXLPF::set_Type(bool type)
+{
+    m_Type = type; // stored before the lock, as it always was
+    CSingleLock lock(m_Lock);
+    ReparamFilters();
+    return true;
+}
+
+bool CVRXLPF::get_Type(bool* type)
+{
+    if (!type)
+        return false;
+    CSingleLock lock(m_Lock);
+    *type = m_Type;
+    return true;
+}
+
+bool CVRXLPF::set_OverLevelThreshold(int linear)
+{
+    CSingleLock lock(m_Lock);
+    m_OverLevelThreshold = (float)linear;
+    return true;
+}
+
+bool CVRXLPF::get_OverLevelThreshold(int* linear)
+{
+    if (!linear)
+        return false;
+    CSingleLock lock(m_Lock);
+    // Linear, not 16.16; the default 2^31 saturates to the largest int.
+    const float v = m_OverLevelThreshold;
+    if (v != v)
+        *linear = 0;
+    else if (v >= 2147483647.f)
+        *linear = 2147483647;
+    else if (v <= -2147483648.f)
+        *linear = (int)-2147483647 - 1;
+    else
+        *linear = (int)v;
+    return true;
+}
+
+bool CVRXLPF::get_OverLevel(bool* over)
+{
+    if (!over)
+        return false;
+    CSingleLock lock(m_Lock);
+    *over = m_OverLevel;
+    m_OverLevel = false;
+    return true;
+}
+
+bool CVRXLPF::SetMediaType(const WAVEFORMATEX* format)
+{
+    // A format without channels or without a rate would give no filters or
+    // non-finite coefficients: refused, the old format stays.
+    if (!format || format->nChannels == 0 || format->nSamplesPerSec == 0)
+        return false;
+    CSingleLock lock(m_Lock);
+    m_Format = *format;
+    InitInternalFilters();
+    return true;
+}
+
+void CVRXLPF::InitInternalFilters()
+{
+    delete[] m_Filters;
+    m_Filters = new CIIRFilter[m_Format.nChannels];
+    m_HasFilters = true;
+    ReparamFilters();
+}
+
+void CVRXLPF::FreeBuffers()
+{
+    for (int ch = 0; ch < 2; ++ch)
+    {
+        delete[] m_WorkIn[ch];
+        delete[] m_WorkOut[ch];
+        m_WorkIn[ch] = m_WorkOut[ch] = nullptr;
+    }
+    delete[] m_Scratch;
+    m_Scratch = nullptr;
+    m_HasWorkBuffers = m_HasScratch = false;
+    m_BufferLength = 0;
+}
+
+bool CVRXLPF::SetSampleSize(unsigned n)
+{
+    CSingleLock lock(m_Lock);
+    FreeBuffers();
+    float** all[5] = {&m_WorkIn[0], &m_WorkIn[1], &m_WorkOut[0], &m_WorkOut[1], &m_Scratch};
+    for (float** buffer : all)
+    {
+        *buffer = new (std::nothrow) float[n]();
+        if (!*buffer)
+        {
+            FreeBuffers();
+            return false;
+        }
+    }
+    m_HasWorkBuffers = m_HasScratch = true;
+    m_BufferLength = n;
+    return true;
+}
+
+bool CVRXLPF::PrepareWorkingBuffer(int n)
+{
+    return SetSampleSize(n > 0 ? (unsigned)n : 0u);
+}
+
+bool CVRXLPF::GetVU(float* inL, float* inR, float* outL, float* outR)
+{
+    CSingleLock lock(m_Lock);
+    if (inL)
+        *inL = m_PeakInL;
+    if (inR)
+        *inR = m_PeakInR;
+    if (outL)
+        *outL = m_PeakOutL;
+    if (outR)
+        *outR = m_PeakOutR;
+    return true;
+}
+
+bool CVRXLPF::Transform(float** in, int count, float** out, int* outCount)
+{
+    if (outCount)
+        *outCount = count;
+    if (count <= 0)
+        return true;
+    if (!in || !out)
+        return false;
+    CSingleLock lock(m_Lock);
+    m_PeakInL = m_PeakInR = m_PeakOutL = m_PeakOutR = 0.f;
+
+    const bool mono = m_HasFilters && m_Format.nChannels == 1;
+    if (!m_Active)
+    {
+        // Metering only; the output buffers are left as they are.
+        float pl = 0.f, pr = 0.f;
+        for (int i = 0; i < count; ++i)
+            pl = Peak(pl, in[0][i]);
+        if (mono)
+            pr = pl;
+        else
+            for (int i = 0; i < count; ++i)
+                pr = Peak(pr, in[1][i]);
+        m_PeakInL = m_PeakOutL = pl;
+        m_PeakInR = m_PeakOutR = pr;
+        return true;
+    }
+
+    // The work buffers of SetSampleSize are not needed here (see
+    // TransformStereo), so a block of any length is processed without
+    // allocating.
+    m_LastBlockSize = count;
+    if (!m_HasFilters)
+        return true;
+    if (m_Format.nChannels == 2)
+    {
+        TransformStereo(in[0], in[1], out[0], out[1], count);
+    }
+    else if (m_Format.nChannels == 1)
+    {
+        TransformMono(in[0], out[0], count);
+        m_PeakInR = m_PeakInL;
+        m_PeakOutR = m_PeakOutL;
+    }
+    // Any other channel count: nothing is processed.
+    return true;
+}
+
+// Both channels in one loop, each sample through the same float operations in
+// the same order as input copy -> OperateEqualizer -> LPFData -> output copy:
+//   w = in * inputGain; y = b0 w + b1 x1 + b2 x2 + fb1 y1 + fb2 y2;
+//   o = outputGain * y (over-level test); out = o * outputGain.
+// Running the two independent recursions side by side halves the time the
+// serial dependency costs.
+void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, float* outR,
+                              int count)
+{
+    CIIRFilter& fl = m_Filters[0];
+    CIIRFilter& fr = m_Filters[1];
+    CSingleLock lockL(fl.m_Lock);
+    CSingleLock lockR(fr.m_Lock);
+    const float ig = m_InputGain, og = m_OutputGain, thr = m_OverLevelThreshold;
+    const float lb0 = fl.b0, lb1 = fl.b1, lb2 = fl.b2, lf1 = fl.fb1, lf2 = fl.fb2;
+    const float rb0 = fr.b0, rb1 = fr.b1, rb2 = fr.b2, rf1 = fr.fb1, rf2 = fr.fb2;
+    float lx1 = fl.x1, lx2 = fl.x2, ly1 = fl.y1, ly2 = fl.y2;
+    float rx1 = fr.x1, rx2 = fr.x2, ry1 = fr.y1, ry2 = fr.y2;
+    float pil = 0.f, pir = 0.f, pol = 0.f, por = 0.f;
+    bool over = false;
+    for (int i = 0; i < count; ++i)
+    {
+        const float wl = inL[i] * ig;
+        const float wr = inR[i] * ig;
+        pil = Peak(pil, wl);
+        pir = Peak(pir, wr);
+        const float yl = lb0 * wl + lb1 * lx1 + lb2 * lx2 + lf1 * ly1 + lf2 * ly2;
+        const float yr = rb0 * wr + rb1 * rx1 + rb2 * rx2 + rf1 * ry1 + rf2 * ry2;
+        lx2 = lx1;
+        lx1 = wl;
+        ly2 = ly1;
+        ly1 = yl;
+        rx2 = rx1;
+        rx1 = wr;
+        ry2 = ry1;
+        ry1 = yr;
+        const float ol = og * yl;
+        const float orr = og * yr;
+        over |= (std::fabs(ol) > thr) | (std::fabs(orr) > thr);
+        const float zl = ol * og;
+        const float zr = orr * og;
+        outL[i] = zl;
+        outR[i] = zr;
+        pol = Peak(pol, zl);
+        por = Peak(por, zr);
+    }
+    fl.x1 = lx1;
+    fl.x2 = lx2;
+    fl.y1 = ly1;
+    fl.y2 = ly2;
+    fr.x1 = rx1;
+    fr.x2 = rx2;
+    fr.y1 = ry1;
+    fr.y2 = ry2;
+    m_OverLevel = m_OverLevel || over;
+    m_PeakInL = pil;
+    m_PeakInR = pir;
+    m_PeakOutL = pol;
+    m_PeakOutR = por;
+}
+
+void CVRXLPF::TransformMono(const float* in, float* out, int count)
+{
+    CIIRFilter& f = m_Filters[0];
+    CSingleLock lockF(f.m_Lock);
+    const float ig = m_InputGain, og = m_OutputGain, thr = m_OverLevelThreshold;
+    const float b0 = f.b0, b1 = f.b1, b2 = f.b2, f1 = f.fb1, f2 = f.fb2;
+    float x1 = f.x1, x2 = f.x2, y1 = f.y1, y2 = f.y2;
+    float pi = 0.f, po = 0.f;
+    bool over = false;
+    for (int i = 0; i < count; ++i)
+    {
+        const float w = in[i] * ig;
+        pi = Peak(pi, w);
+        const float y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
+        x2 = x1;
+        x1 = w;
+        y2 = y1;
+        y1 = y;
+        const float o = og * y;
+        over |= std::fabs(o) > thr;
+        const float z = o * og;
+        out[i] = z;
+        po = Peak(po, z);
+    }
+    f.x1 = x1;
+    f.x2 = x2;
+    f.y1 = y1;
+    f.y2 = y2;
+    m_OverLevel = m_OverLevel || over;
+    m_PeakInL = pi;
+    m_PeakOutL = po;
+}
+
+void CVRXLPF::LPFData(int channel, const float* in, float* out, int count)
+{
+    CSingleLock lock(m_Lock);
+    if (!m_HasFilters || channel < 0 || channel >= (int)m_Format.nChannels || count <= 0)
+        return;
+    const float og = m_OutputGain, thr = m_OverLevelThreshold;
+    // Through the scratch buffer, in pieces of its length; without one the
+    // filter writes straight into out and the gain is applied in place.
+    const int piece = m_HasScratch && m_BufferLength > 0 ? (int)m_BufferLength : count;
+    for (int done = 0; done < count; done += piece)
+    {
+        const int n = count - done < piece ? count - done : piece;
+        float* filtered = m_HasScratch && m_BufferLength > 0 ? m_Scratch : out + done;
+        m_Filters[channel].OperateEqualizer(in + done, filtered, n);
+        for (int i = 0; i < n; ++i)
+        {
+            const float o = og * filtered[i];
+            out[done + i] = o;
+            if (std::fabs(o) > thr)
+                m_OverLevel = true;
+        }
+    }
+}
+
+void CVRXLPF::ResetIfBad()
+{
+    CSingleLock lock(m_Lock);
+    if (!m_HasFilters)
+        return;
+    for (unsigned ch = 0; ch < m_Format.nChannels; ++ch)
+        if (m_Filters[ch].IsStateBad())
+            m_Filters[ch].Reset();
+}
