@@ -899,7 +899,9 @@ static cairo_surface_t* make_background(void)
     print_text(cr, (kCopyRect.r + kLampRect.l) / 2.0, 20.8, "PROGRAM", 6.6, 0.8, 0, kPrintDim);
     rgb(cr, kPrintDim, 0.55);
     line(cr, 93, 24.5, 137, 24.5, 0.8);
+    /* Title, right-aligned at x 440: engraved edge above, shadow below, amber rule under it. */
     font(cr, kTitleFont, 17, 1);
+    double titleW = text_width(cr, "DE-ESSER", 3.2);
     cairo_set_source_rgba(cr, 0, 0, 0, 0.55);
     text_at(cr, 440, 26.2, "DE-ESSER", 3.2, 1);
     cairo_set_source_rgba(cr, 1, 1, 1, 0.10);
@@ -907,8 +909,7 @@ static cairo_surface_t* make_background(void)
     rgb(cr, kPrint, 1);
     text_at(cr, 440, 25.6, "DE-ESSER", 3.2, 1);
     rgb(cr, kAmber, 0.9);
-    cairo_rectangle(cr, 440 - text_width(cr, "DE-ESSER", 3.2), 28.6,
-                    text_width(cr, "DE-ESSER", 3.2) - 0.0, 1.2);
+    cairo_rectangle(cr, 440 - titleW, 28.6, titleW, 1.2);
     cairo_fill(cr);
 
     /* Input: meters, fader scale, display. */
@@ -1097,5 +1098,7 @@ int main(int argc, char** argv)
     }
     if (fclose(cpp) != 0)
         status = 1;
+    if (status != 0)
+        remove(argv[2]); /* no half-written source for the build to pick up */
     return status;
 }
