@@ -1,0 +1,89 @@
+// The host's own level measurements: peak, RMS, band levels through a
+// Butterworth band-pass of its own, and level per short window. All in double
+// precision, decibels as 20 log10 (these are measurements, not the plug-in's
+// 6 dB-per-doubling parameter scale).
+#pragma once
+
+#include <vector>
+
+// One second-order section, transposed direct form II.
+class CBiquad
+{
+public:
+    void SetHighPass(double freq, double q, double sampleRate);
+    void SetLowPass(double freq, double q, double sampleRate);
+    double Run(double x)
+    {
+        double y = m_B0 * x + m_S1;
+        m_S1 = m_B1 * x - m_A1 * y + m_S2;
+        m_S2 = m_B2 * x - m_A2 * y;
+        return y;
+    }
+
+private:
+    double m_B0 = 1, m_B1 = 0, m_B2 = 0, m_A1 = 0, m_A2 = 0; // normalised by a0
+    double m_S1 = 0, m_S2 = 0;                               // state
+};
+
+// 4th-order Butterworth high-pass at low followed by 4th-order Butterworth
+// low-pass at high (24 dB per octave on each side). The upper edge is held
+// below Nyquist; a band that does not fit at all is marked unusable.
+class CBandPass
+{
+public:
+    CBandPass(double low, double high, double sampleRate);
+    bool Usable() const { return m_Usable; }
+    double Run(double x)
+    {
+        for (CBiquad& s : m_Sections)
+            x = s.Run(x);
+        return x;
+    }
+
+private:
+    CBiquad m_Sections[4];
+    bool m_Usable = true;
+};
+
+// Levels of one signal, fed in interleaved blocks.
+class CSignalStats
+{
+public:
+    CSignalStats(int channels, double sampleRate, double windowSeconds = 0.01);
+    void Add(const float* interleaved, long long frames);
+    void Finish(); // closes the last partial window
+
+    double PeakDb() const;      // dBFS of the largest absolute sample
+    double RmsDb() const;       // dBFS RMS over all channels
+    double SibilanceDb() const; // RMS of the 5-9 kHz band, dBFS
+    double VoiceDb() const;     // RMS of the 100-3000 Hz band, dBFS
+    bool SibilanceUsable() const { return m_Sib[0].Usable(); }
+    long long Frames() const { return m_Frames; }
+    double WindowSeconds() const { return (double)m_WindowFrames / m_SampleRate; }
+    // Mean square per window, whole signal and sibilance band.
+    const std::vector<double>& WindowPower() const { return m_WindowWide; }
+    const std::vector<double>& WindowSibilance() const { return m_WindowSib; }
+
+private:
+    int m_Channels;
+    double m_SampleRate;
+    long long m_WindowFrames;
+    long long m_Frames = 0;
+    double m_Peak = 0, m_Sum = 0, m_SibSum = 0, m_VoiceSum = 0;
+    std::vector<CBandPass> m_Sib, m_Voice; // one per channel
+    double m_WinWide = 0, m_WinSib = 0;
+    long long m_WinCount = 0;
+    std::vector<double> m_WindowWide, m_WindowSib;
+};
+
+// Decibels of a power (mean square) or amplitude; -inf for 0.
+double PowerDb(double meanSquare);
+double AmplitudeDb(double amplitude);
+
+// Gain change from input to output per window of the sibilance band, in dB
+// (negative: reduction); NaN where the input band is below floorDb dBFS.
+std::vector<double> BandGainCurve(const CSignalStats& in, const CSignalStats& out,
+                                  double floorDb = -60.0);
+// The same for the whole signal.
+std::vector<double> WideGainCurve(const CSignalStats& in, const CSignalStats& out,
+                                  double floorDb = -60.0);

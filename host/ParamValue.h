@@ -1,0 +1,52 @@
+// Parameter values typed in display units ("Threshold=-30", "SideChain=OFF")
+// turned into the normalised 0..1 values that the VST interface carries.
+#pragma once
+
+#include <string>
+
+class CVstHost;
+
+// How the de-esser maps one parameter between display units and 0..1.
+struct ParamMapping
+{
+    enum Kind
+    {
+        Switch, // ON/OFF, 0 or 1
+        GainDb, // a linear gain min..max shown as 6 dB per doubling
+        Linear  // min..max in display units
+    };
+    Kind kind;
+    double min; // gain for GainDb, display units for Linear
+    double max;
+};
+
+// The mapping of parameter index 0..10 of the de-esser.
+const ParamMapping& DeEsserMapping(int index);
+
+// Display range of a de-esser parameter (dB for gains).
+void DisplayRange(int index, double* lo, double* hi);
+
+// A de-esser parameter's normalised value for a display value; values
+// outside the range are clamped when clamp is set, else an error.
+float DisplayToNormalised(int index, double value, bool clamp);
+
+// Parses a typed value for de-esser parameter index: a number in display
+// units, optionally followed by the parameter's unit ("dB", "ms", "sec", "Hz";
+// "s" for seconds too), or ON/OFF/1/0 for switches. Throws CHostError with
+// what is wrong (unparsable, out of range).
+float ParseDeEsserValue(int index, const std::string& name, const std::string& text);
+
+// Parses a normalised value 0..1 (the only form accepted for other plug-ins).
+float ParseNormalisedValue(const std::string& name, const std::string& text);
+
+struct AppliedSetting
+{
+    int index;
+    float normalised;
+    std::string display; // what the plug-in shows afterwards
+};
+
+// Applies "NAME=VALUE" to the loaded plug-in: the name is matched without
+// regard to case against effGetParamName; for the de-esser the value is in
+// display units and is read back through effGetParamDisplay to confirm it.
+AppliedSetting ApplySetting(CVstHost& host, const std::string& assignment);

@@ -1,0 +1,284 @@
+// cairo drawing of the demo plot: three panels sharing one time axis.
+#include "Plot.h"
+#include "HostError.h"
+#include "SoundFile.h"
+
+#include <cairo.h>
+#include <cmath>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <unistd.h>
+
+namespace
+{
+cairo_status_t writeToFd(void* closure, const unsigned char* data, unsigned int length)
+{
+    int fd = *(int*)closure;
+    while (length > 0)
+    {
+        ssize_t n = write(fd, data, length);
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0)
+            return CAIRO_STATUS_WRITE_ERROR;
+        data += n;
+        length -= (unsigned int)n;
+    }
+    return CAIRO_STATUS_SUCCESS;
+}
+
+struct Color
+{
+    double r, g, b;
+};
+const Color kInputColor = {0.55, 0.62, 0.72};
+const Color kOutputColor = {0.10, 0.35, 0.70};
+const Color kBandColor = {0.85, 0.25, 0.15};
+const Color kWideColor = {0.35, 0.35, 0.35};
+const Color kGrid = {0.88, 0.88, 0.88};
+const Color kText = {0.15, 0.15, 0.15};
+
+void setColor(cairo_t* cr, const Color& c, double alpha = 1.0)
+{
+    cairo_set_source_rgba(cr, c.r, c.g, c.b, alpha);
+}
+
+void text(cairo_t* cr, double x, double y, const std::string& s, double size, double alignX = 0,
+          double alignY = 0, bool bold = false)
+{
+    cairo_select_font_face(cr, "sans-serif", CAIRO_FONT_SLANT_NORMAL,
+                           bold ? CAIRO_FONT_WEIGHT_BOLD : CAIRO_FONT_WEIGHT_NORMAL);
+    cairo_set_font_size(cr, size);
+    cairo_text_extents_t e;
+    cairo_text_extents(cr, s.c_str(), &e);
+    cairo_move_to(cr, x - alignX * e.width - e.x_bearing, y - alignY * e.height - e.y_bearing);
+    cairo_show_text(cr, s.c_str());
+}
+
+struct Panel
+{
+    double x, y, w, h; // device rectangle
+    double t0, t1;     // time range, s
+    double v0, v1;     // value range (bottom, top)
+    double X(double t) const { return x + (t - t0) / (t1 - t0) * w; }
+    double Y(double v) const { return y + h - (v - v0) / (v1 - v0) * h; }
+};
+
+std::string fmt(const char* f, double v)
+{
+    char buf[32];
+    std::snprintf(buf, sizeof(buf), f, v);
+    return buf;
+}
+
+void drawFrame(cairo_t* cr, const Panel& p, const std::vector<double>& yTicks, const char* yFmt,
+               const std::string& yLabel, bool timeLabels)
+{
+    cairo_set_source_rgb(cr, 1, 1, 1);
+    cairo_rectangle(cr, p.x, p.y, p.w, p.h);
+    cairo_fill(cr);
+    cairo_set_line_width(cr, 1.0);
+    setColor(cr, kGrid);
+    for (double t = std::ceil(p.t0 * 2) / 2; t <= p.t1 + 1e-9; t += 0.5)
+    {
+        cairo_move_to(cr, std::round(p.X(t)) + 0.5, p.y);
+        cairo_line_to(cr, std::round(p.X(t)) + 0.5, p.y + p.h);
+    }
+    for (double v : yTicks)
+    {
+        cairo_move_to(cr, p.x, std::round(p.Y(v)) + 0.5);
+        cairo_line_to(cr, p.x + p.w, std::round(p.Y(v)) + 0.5);
+    }
+    cairo_stroke(cr);
+    setColor(cr, kText);
+    for (double v : yTicks)
+        text(cr, p.x - 8, p.Y(v), fmt(yFmt, v), 12, 1.0, 0.5);
+    for (double t = std::ceil(p.t0 * 2) / 2; t <= p.t1 + 1e-9; t += 0.5)
+    {
+        cairo_move_to(cr, p.X(t), p.y + p.h);
+        cairo_line_to(cr, p.X(t), p.y + p.h + 5);
+        cairo_stroke(cr);
+        if (timeLabels)
+            text(cr, p.X(t), p.y + p.h + 9, fmt("%.1f", t), 12, 0.5, 0.0);
+    }
+    cairo_save(cr);
+    cairo_translate(cr, p.x - 62, p.y + p.h / 2);
+    cairo_rotate(cr, -M_PI / 2);
+    text(cr, 0, 0, yLabel, 13, 0.5, 0.5);
+    cairo_restore(cr);
+    cairo_set_source_rgb(cr, 0.3, 0.3, 0.3);
+    cairo_rectangle(cr, p.x + 0.5, p.y + 0.5, p.w - 1, p.h - 1);
+    cairo_stroke(cr);
+}
+
+// Min/max envelope of the samples per device column.
+void drawWave(cairo_t* cr, const Panel& p, const std::vector<float>& s, double rate, const Color& c,
+              double alpha)
+{
+    if (s.empty())
+        return;
+    setColor(cr, c, alpha);
+    int columns = (int)p.w;
+    for (int col = 0; col < columns; ++col)
+    {
+        double ta = p.t0 + (p.t1 - p.t0) * col / columns;
+        double tb = p.t0 + (p.t1 - p.t0) * (col + 1) / columns;
+        long long a = (long long)(ta * rate), b = (long long)(tb * rate);
+        a = std::max(0LL, a);
+        b = std::min((long long)s.size(), std::max(a + 1, b));
+        if (a >= b)
+            continue;
+        float lo = s[a], hi = s[a];
+        for (long long i = a; i < b; ++i)
+        {
+            lo = std::min(lo, s[i]);
+            hi = std::max(hi, s[i]);
+        }
+        double y0 = p.Y(std::max((double)lo, p.v0)), y1 = p.Y(std::min((double)hi, p.v1));
+        cairo_rectangle(cr, p.x + col, y1, 1.0, std::max(1.0, y0 - y1));
+    }
+    cairo_fill(cr);
+}
+
+void drawCurve(cairo_t* cr, const Panel& p, const std::vector<double>& curve, double step,
+               const Color& c, double width)
+{
+    setColor(cr, c);
+    cairo_set_line_width(cr, width);
+    cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
+    bool pen = false;
+    for (size_t i = 0; i < curve.size(); ++i)
+    {
+        if (std::isnan(curve[i]))
+        {
+            pen = false;
+            continue;
+        }
+        double t = (i + 0.5) * step;
+        double v = std::max(p.v0, std::min(p.v1, curve[i]));
+        if (pen)
+            cairo_line_to(cr, p.X(t), p.Y(v));
+        else
+            cairo_move_to(cr, p.X(t), p.Y(v));
+        pen = true;
+    }
+    cairo_stroke(cr);
+}
+
+void legend(cairo_t* cr, double x, double y,
+            const std::vector<std::pair<Color, std::string>>& items, bool lines)
+{
+    double width = 0;
+    cairo_set_font_size(cr, 12);
+    for (const auto& it : items)
+    {
+        cairo_text_extents_t e;
+        cairo_text_extents(cr, it.second.c_str(), &e);
+        width = std::max(width, e.x_advance);
+    }
+    double boxW = width + 44, boxH = 20.0 * items.size() + 8;
+    cairo_set_source_rgba(cr, 1, 1, 1, 0.9);
+    cairo_rectangle(cr, x - boxW, y, boxW, boxH);
+    cairo_fill_preserve(cr);
+    cairo_set_source_rgb(cr, 0.7, 0.7, 0.7);
+    cairo_set_line_width(cr, 1);
+    cairo_stroke(cr);
+    for (size_t i = 0; i < items.size(); ++i)
+    {
+        double cy = y + 14 + 20.0 * i;
+        setColor(cr, items[i].first);
+        if (lines)
+        {
+            cairo_set_line_width(cr, 2.5);
+            cairo_move_to(cr, x - boxW + 8, cy);
+            cairo_line_to(cr, x - boxW + 30, cy);
+            cairo_stroke(cr);
+        }
+        else
+        {
+            cairo_rectangle(cr, x - boxW + 8, cy - 6, 22, 12);
+            cairo_fill(cr);
+        }
+        setColor(cr, kText);
+        text(cr, x - boxW + 36, cy, items[i].second, 12, 0, 0.5);
+    }
+}
+} // namespace
+
+void WritePlot(const PlotData& d, const std::string& pngPath, int width, int height)
+{
+    cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+    cairo_t* cr = cairo_create(surface);
+    cairo_set_source_rgb(cr, 0.97, 0.97, 0.96);
+    cairo_paint(cr);
+
+    double seconds = std::max(d.input.size(), d.output.size()) / d.sampleRate;
+    double left = 100, right = 30, top = 80, gap = 30, bottom = 60;
+    double panelH = (height - top - bottom - 2 * gap) / 3.0;
+    double w = width - left - right;
+
+    setColor(cr, kText);
+    text(cr, left, 22, d.title, 20, 0, 0, true);
+    text(cr, left, 50, d.subtitle, 13);
+
+    double peak = 0.0;
+    for (float v : d.input)
+        peak = std::max(peak, (double)std::fabs(v));
+    for (float v : d.output)
+        peak = std::max(peak, (double)std::fabs(v));
+    double range = peak > 0.5 ? 1.0 : 0.5;
+    std::vector<double> ampTicks = {-range, -range / 2, 0, range / 2, range};
+
+    Panel in = {left, top, w, panelH, 0, seconds, -range, range};
+    drawFrame(cr, in, ampTicks, "%.2f", "input (amplitude)", false);
+    drawWave(cr, in, d.input, d.sampleRate, kInputColor, 1.0);
+    legend(cr, in.x + in.w - 8, in.y + 8, {{kInputColor, "input"}}, false);
+
+    Panel out = {left, top + panelH + gap, w, panelH, 0, seconds, -range, range};
+    drawFrame(cr, out, ampTicks, "%.2f", "output (amplitude)", false);
+    drawWave(cr, out, d.input, d.sampleRate, kInputColor, 0.35);
+    drawWave(cr, out, d.output, d.sampleRate, kOutputColor, 1.0);
+    legend(cr, out.x + out.w - 8, out.y + 8,
+           {{kOutputColor, "output"}, {{0.85, 0.87, 0.9}, "input, for comparison"}}, false);
+
+    double lowest = 0;
+    for (double g : d.bandGain)
+        if (!std::isnan(g))
+            lowest = std::min(lowest, g);
+    for (double g : d.wideGain)
+        if (!std::isnan(g))
+            lowest = std::min(lowest, g);
+    double floorDb = -6.0 * std::ceil((-lowest + 1.0) / 6.0);
+    floorDb = std::max(-60.0, std::min(-6.0, floorDb));
+    std::vector<double> dbTicks;
+    double tickStep = floorDb < -30 ? 12.0 : (floorDb < -12 ? 6.0 : 3.0);
+    for (double v = 0; v >= floorDb - 1e-9; v -= tickStep)
+        dbTicks.push_back(v);
+    Panel gain = {left, top + 2 * (panelH + gap), w, panelH, 0, seconds, floorDb, 3.0};
+    drawFrame(cr, gain, dbTicks, "%.0f", "gain change (dB)", true);
+    cairo_set_source_rgb(cr, 0.6, 0.6, 0.6);
+    cairo_set_line_width(cr, 1);
+    cairo_move_to(cr, gain.x, std::round(gain.Y(0)) + 0.5);
+    cairo_line_to(cr, gain.x + gain.w, std::round(gain.Y(0)) + 0.5);
+    cairo_stroke(cr);
+    drawCurve(cr, gain, d.wideGain, d.windowSeconds, kWideColor, 1.5);
+    drawCurve(cr, gain, d.bandGain, d.windowSeconds, kBandColor, 2.5);
+    legend(cr, gain.x + gain.w - 8, gain.y + gain.h - 56,
+           {{kBandColor, "5-9 kHz band, output vs input"},
+            {kWideColor, "whole signal, output vs input"}},
+           true);
+    setColor(cr, kText);
+    text(cr, left + w / 2, height - 22, "time (s)", 13, 0.5, 0.5);
+
+    cairo_destroy(cr);
+    cairo_surface_flush(surface);
+    // Written under a temporary name and renamed, like every other output.
+    CPendingFile pending(pngPath, true);
+    int fd = pending.Fd();
+    cairo_status_t status = cairo_surface_write_to_png_stream(surface, writeToFd, &fd);
+    cairo_surface_destroy(surface);
+    if (status != CAIRO_STATUS_SUCCESS)
+        throw CHostError("cannot write " + pngPath + ": " + cairo_status_to_string(status));
+    pending.Commit();
+}
