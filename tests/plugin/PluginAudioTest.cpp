@@ -35,7 +35,7 @@ struct Stereo
     size_t size() const { return l.size(); }
 };
 
-// Voiced harmonics (150 Hz, falling 6 dB per octave, up to 3 kHz) with noise
+// Voiced harmonics (150 Hz, falling 9 dB per octave, up to 2 kHz) with noise
 // bursts band-limited to 5-9 kHz: 150 ms of every 500 ms.
 Stereo SibilantSignal(double seconds, std::vector<bool>* burst)
 {
@@ -54,8 +54,8 @@ Stereo SibilantSignal(double seconds, std::vector<bool>* burst)
     {
         double t = i / (double)kRate;
         double v = 0;
-        for (int h = 1; h * 150 <= 3000; ++h)
-            v += 0.25 / h * std::sin(2 * kPi * 150 * h * t + h);
+        for (int h = 1; h * 150 <= 2000; ++h)
+            v += 0.3 / std::pow(h, 1.5) * std::sin(2 * kPi * 150 * h * t + h);
         bool on = std::fmod(t, 0.5) >= 0.3 && std::fmod(t, 0.5) < 0.45;
         double x = on ? noise(rng) : 0.0;
         for (int st = 0; st < 2; ++st)
@@ -102,27 +102,6 @@ Biquad Butterworth(double cutoff, bool lowPass)
     else
         f.b0 = 4 / d, f.b1 = -8 / d, f.b2 = 4 / d;
     return f;
-}
-
-// Cookbook shelf, with the square root taken of A / q.
-Biquad Shelf(double freq, double gainDb, bool high)
-{
-    double A = std::pow(10.0, gainDb / 40), w0 = 2 * kPi * freq / kRate;
-    double cs = std::cos(w0), bs = std::sqrt(A / 1.0) * std::sin(w0);
-    double b0, b1, b2, a0, a1, a2;
-    if (!high)
-    {
-        b0 = A * ((A + 1) - (A - 1) * cs + bs), b1 = 2 * A * ((A - 1) - (A + 1) * cs);
-        b2 = A * ((A + 1) - (A - 1) * cs - bs), a0 = (A + 1) + (A - 1) * cs + bs;
-        a1 = -2 * ((A - 1) + (A + 1) * cs), a2 = (A + 1) + (A - 1) * cs - bs;
-    }
-    else
-    {
-        b0 = A * ((A + 1) + (A - 1) * cs + bs), b1 = -2 * A * ((A - 1) + (A + 1) * cs);
-        b2 = A * ((A + 1) + (A - 1) * cs - bs), a0 = (A + 1) - (A - 1) * cs + bs;
-        a1 = 2 * ((A - 1) - (A + 1) * cs), a2 = (A + 1) - (A - 1) * cs - bs;
-    }
-    return Biquad{b0 / a0, b1 / a0, b2 / a0, a1 / a0, a2 / a0};
 }
 
 double RmsDb(const std::vector<double>& x, const std::vector<bool>& mask, bool want)
@@ -242,10 +221,11 @@ TEST_F(PluginAudio, RatioOneIsTransparentAndBlockSizeDoesNotMatter)
     Stereo in = SibilantSignal(0.5, nullptr);
     Set(3, 0.f); // -100 dB: everything is over the threshold
     Stereo out = Process(in);
+    // The output gain nearest to unity is 2^(-1e-7 / 6) or so: float rounding.
     for (size_t i = 0; i < in.size(); ++i)
     {
-        ASSERT_EQ(out.l[i], in.l[i]) << i;
-        ASSERT_EQ(out.r[i], in.r[i]) << i;
+        ASSERT_NEAR(out.l[i], in.l[i], 1e-6f * std::fabs(in.l[i])) << i;
+        ASSERT_NEAR(out.r[i], in.r[i], 1e-6f * std::fabs(in.r[i])) << i;
     }
 
     // The same settings in blocks of 256 and in odd blocks give the same

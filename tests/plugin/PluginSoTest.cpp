@@ -34,13 +34,6 @@ protected:
     std::string configDir;
 };
 
-bool Sent(VstInt32 opcode)
-{
-    for (const HostCall& c : HostHarness::calls)
-        if (c.opcode == opcode)
-            return true;
-    return false;
-}
 } // namespace
 
 TEST_F(PluginSo, ExportsOnlyTheEntryPoints)
