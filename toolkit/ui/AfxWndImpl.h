@@ -1,7 +1,11 @@
-// Toolkit-internal window record (what an HWND points to) and the entry
-// points through which backends deliver native events. Not for the editor.
+// Toolkit-internal window record (what an HWND points to), the shared state
+// of the toolkit, and the entry points through which backends deliver native
+// events. Not for the editor.
 #pragma once
 
+#include <deque>
+#include <functional>
+#include <memory>
 #include <vector>
 
 #include "CWnd.h"
@@ -47,8 +51,47 @@ struct AFX_WND
     void* hostView = nullptr;
 };
 
+struct AfxPosted
+{
+    AFX_WND* wnd;
+    UINT message;
+    WPARAM wParam;
+    LPARAM lParam;
+};
+
+struct AfxState
+{
+    std::unique_ptr<IToolkitBackend> backend;
+    std::vector<AFX_WND*> windows;
+    std::deque<AfxPosted> posted;
+    std::deque<AfxWndClass> classes;
+    std::vector<AFX_WND*> modalStack;
+    AFX_WND* focus = nullptr;
+    AFX_WND* capture = nullptr;
+    bool buttonDown = false;
+    std::function<void(CWnd*)> modalHook;
+    UINT pickMenuId = 0;
+    bool pickMenuArmed = false;
+};
+
 namespace AfxImpl
 {
+AfxState& State();
+IToolkitBackend* Backend(); // chooses one on first use
+
+// Window records.
+AFX_WND* CreateRecord(CWnd* wnd, AfxWndKind kind, AFX_WND* parent, const CRect& rect, DWORD style,
+                      UINT id, const AfxWndClass* wndClass, LPCTSTR text, void* hostView);
+void DestroyRecord(AFX_WND* wnd);
+bool IsAlive(const AFX_WND* wnd);
+bool IsVisible(const AFX_WND* wnd); // itself and all ancestors
+bool IsInside(const AFX_WND* wnd, const AFX_WND* ancestor);
+// Makes sure a host record has its native window (re-created after the
+// display was closed).
+IBackendWindow* EnsureNative(AFX_WND* wnd);
+void ResizeBackBuffer(AFX_WND* wnd, CSize size);
+const AfxWndClass* FindClass(LPCTSTR name);
+
 // Input from a backend. `wnd` is the native window the event arrived in and
 // `point` is in its client coordinates. Routing (capture, modal filtering,
 // pre-translation) happens here.
@@ -60,23 +103,21 @@ void DeliverClose(AFX_WND* wnd);
 void DeliverNativeGone(AFX_WND* wnd); // the window system destroyed the window
 void DeliverHostResize(AFX_WND* wnd, CSize size);
 
-// Windows by native handle, for backends.
-const std::vector<AFX_WND*>& AllWindows();
-bool IsAlive(const AFX_WND* wnd);
-
-// Deepest visible, enabled window under a client point of `wnd`.
+// Deepest visible window under a client point of `wnd` (null if the point is
+// outside); `local` receives the point in its coordinates.
 AFX_WND* HitTest(AFX_WND* wnd, CPoint point, CPoint* local);
 CPoint ScreenOrigin(const AFX_WND* wnd);
-// Presents the back buffer area to the screen.
+// Copies the back buffer area to the screen.
 void Present(AFX_WND* wnd, const CRect& area);
-void MarkPainted(AFX_WND* wnd);
+void PaintWindow(AFX_WND* wnd);
 
-// Fills a rectangle of an image with a colour (0x00BBGGRR, opaque).
+// Fills a rectangle of an image with an opaque colour (0x00BBGGRR).
 void FillImage(HBITMAP image, const CRect& rect, COLORREF color);
+COLORREF BrushColor(HBRUSH brush, bool* isNull);
 
-// Default GUI font for the toolkit's own controls.
+// Default GUI font for the toolkit's own controls (12 px sans).
 CFont* DefaultFont();
 
-// Headless modal hook (called each modal loop turn) and its owner flags.
+// Headless modal hook; false when no hook is set.
 bool CallModalHook(CWnd* modal);
 } // namespace AfxImpl

@@ -88,6 +88,7 @@ public:
     BOOL CreateTemplateItem(const AfxDlgItem& item, CWnd& control);
 
     void OnClose();
+    void OnPaint();
 
 private:
     bool m_bEnded = false;

@@ -6,6 +6,7 @@
 #include "CGdiObject.h"
 
 struct _cairo_font_face;
+class CDC;
 
 class CFont : public CGdiObject
 {
