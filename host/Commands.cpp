@@ -613,7 +613,8 @@ int RunDeEsser(int argc, char** argv)
             std::fputs(kUsage, stdout);
             return 0;
         }
-        std::fprintf(stderr, "deesser: unknown command \"%s\"\n\n%s", command.c_str(), kUsage);
+        std::fprintf(stderr, "deesser: unknown command \"%s\" (see deesser --help)\n",
+                     command.c_str());
         return 2;
     }
     catch (const CHostError& e)

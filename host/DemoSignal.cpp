@@ -103,7 +103,7 @@ std::vector<float> SynthesiseDemo(double sampleRate, double seconds)
                 freq[k] = 5000.0 + 4000.0 * noise.Uniform();
                 phase[k] = 2.0 * kPi * noise.Uniform();
             }
-            const double level = 0.30 * std::sqrt(2.0 / partials); // RMS about -10.5 dBFS
+            const double level = 0.10 * std::sqrt(2.0 / partials); // RMS 0.1, -20 dBFS
             for (long long i = a; i < b; ++i)
             {
                 double t = (double)i / sampleRate;
@@ -116,6 +116,11 @@ std::vector<float> SynthesiseDemo(double sampleRate, double seconds)
         else
         {
             const Vowel& v = vowels[vowelIndex++ % 5];
+            // Scale each vowel to an RMS of 0.2 (-14 dBFS) at its mean pitch.
+            double meanF0 = 0.5 * (v.f0Start + v.f0End), power = 0.0;
+            for (int h = 1; h * meanF0 < 3400.0; ++h)
+                power += 0.5 * std::pow(formantWeight(h * meanF0, v.formant), 2.0);
+            const double scale = 0.2 / std::sqrt(power);
             double phaseAcc = 0.0;
             for (long long i = a; i < b; ++i)
             {
@@ -128,7 +133,7 @@ std::vector<float> SynthesiseDemo(double sampleRate, double seconds)
                 double s = 0.0;
                 for (int h = 1; h * f0 < 3400.0; ++h)
                     s += formantWeight(h * f0, v.formant) * std::sin(h * phaseAcc);
-                one[i] += 0.28 * s * envelope(t, seg.start, seg.end, 0.04);
+                one[i] += scale * s * envelope(t, seg.start, seg.end, 0.04);
             }
         }
     }

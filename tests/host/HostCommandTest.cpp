@@ -1,0 +1,492 @@
+// The deesser binary run as a user runs it: formats, channel layouts, error
+// paths, interruption, the legacy import, and the de-esser rendered through
+// the command against the same plug-in driven here through its VST entry.
+#include "HostTestSupport.h"
+
+#include "AEffect.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <csignal>
+#include <cstring>
+#include <dlfcn.h>
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char** environ;
+
+#define REQUIRE_DEESSER()                                                                          \
+    if (!DeEsserBuilt())                                                                           \
+    GTEST_SKIP() << "DeEsser.so is not built at " << DeEsserPath()
+
+namespace
+{
+struct Format
+{
+    const char* name;
+    int format;
+    const char* ext;
+    double tolerance; // largest allowed sample difference after a unity round trip
+};
+
+// One line on stderr, starting with "deesser: ".
+void expectOneLineError(const RunResult& r, const std::string& needle)
+{
+    EXPECT_NE(r.status, 0);
+    EXPECT_EQ(r.signal, 0);
+    EXPECT_EQ(r.err.rfind("deesser: ", 0), 0u) << r.err;
+    EXPECT_EQ(std::count(r.err.begin(), r.err.end(), '\n'), 1) << r.err;
+    EXPECT_NE(r.err.find(needle), std::string::npos) << "wanted \"" << needle << "\" in " << r.err;
+}
+
+double maxDifference(const std::vector<float>& a, const std::vector<float>& b)
+{
+    if (a.size() != b.size())
+        return INFINITY;
+    double d = 0;
+    for (size_t i = 0; i < a.size(); ++i)
+        d = std::max(d, (double)std::fabs(a[i] - b[i]));
+    return d;
+}
+} // namespace
+
+// Every format keeps its container, encoding, rate, length and channel count;
+// the foreign gain plug-in at unity leaves the samples as they were (within the
+// format's precision), and its polarity switch shows that the audio passed
+// through the plug-in, mono included.
+TEST(HostRender, FormatsAndLayoutsRoundTrip)
+{
+    const Format formats[] = {
+        {"wav16", SF_FORMAT_WAV | SF_FORMAT_PCM_16, "wav", 2.0 / 32768},
+        {"wav24", SF_FORMAT_WAV | SF_FORMAT_PCM_24, "wav", 2.0 / 8388608},
+        {"wavfloat", SF_FORMAT_WAV | SF_FORMAT_FLOAT, "wav", 0.0},
+        {"flac16", SF_FORMAT_FLAC | SF_FORMAT_PCM_16, "flac", 2.0 / 32768},
+        {"flac24", SF_FORMAT_FLAC | SF_FORMAT_PCM_24, "flac", 2.0 / 8388608},
+        {"aiff16", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, "aiff", 2.0 / 32768},
+        {"aiff24", SF_FORMAT_AIFF | SF_FORMAT_PCM_24, "aif", 2.0 / 8388608},
+        {"ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS, "ogg", -1},
+    };
+    const int rates[] = {44100, 48000, 22050, 96000};
+    TempDir dir;
+    int n = 0;
+    for (const Format& f : formats)
+        for (int channels = 1; channels <= 2; ++channels, ++n)
+        {
+            SCOPED_TRACE(std::string(f.name) + (channels == 1 ? " mono" : " stereo"));
+            int rate = rates[n % 4];
+            long long frames = rate / 2 + 123; // not a whole number of blocks
+            std::string in = dir / (std::string(f.name) + std::to_string(channels) + "." + f.ext);
+            std::string out =
+                dir / (std::string(f.name) + std::to_string(channels) + "-out." + f.ext);
+            WriteSound(in, f.format, channels, rate, TestSignal(channels, rate, frames));
+            bool invert = n % 2 == 1;
+            RunResult r =
+                RunDeEsser({"render", in, out, "--plugin", FakePlugin(3), "--set", "Gain=0.5",
+                            "--set", invert ? "Polarity=1" : "Polarity=0", "--block", "1000"});
+            ASSERT_EQ(r.status, 0) << r.err;
+            SF_INFO a, b;
+            std::vector<float> x = ReadSound(in, &a);
+            std::vector<float> y = ReadSound(out, &b);
+            EXPECT_EQ(b.format, a.format);
+            EXPECT_EQ(b.samplerate, a.samplerate);
+            EXPECT_EQ(b.channels, a.channels);
+            EXPECT_EQ(b.frames, a.frames);
+            ASSERT_EQ(y.size(), x.size());
+            if (invert)
+                for (float& v : x)
+                    v = -v;
+            if (f.tolerance >= 0)
+                EXPECT_LE(maxDifference(x, y), f.tolerance);
+            else
+            {
+                // Lossy: the decoded output still follows the input closely.
+                double err = 0, sig = 0;
+                for (size_t i = 0; i < x.size(); ++i)
+                {
+                    err += (x[i] - y[i]) * (x[i] - y[i]);
+                    sig += x[i] * x[i];
+                }
+                EXPECT_LT(10 * std::log10(err / sig), -15.0);
+            }
+        }
+}
+
+// Changing the container by the output's extension, and the summary's lines.
+TEST(HostRender, OutputExtensionChoosesContainerAndSummaryIsPrinted)
+{
+    TempDir dir;
+    std::string in = dir / "in.wav", out = dir / "out.flac";
+    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 2, 44100, TestSignal(2, 44100, 44100));
+    RunResult r = RunDeEsser({"render", in, out, "--plugin", FakePlugin(3), "--set", "gain=0.25"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    SF_INFO info;
+    std::vector<float> y = ReadSound(out, &info);
+    EXPECT_EQ(info.format, SF_FORMAT_FLAC | SF_FORMAT_PCM_24);
+    EXPECT_EQ(info.frames, 44100);
+    // Gain 0.25 is a factor 0.5: every level drops by 6.0 dB.
+    for (const char* row : {"peak", "RMS", "sibilance band 5-9 kHz", "voice band 100-3000 Hz"})
+    {
+        size_t at = r.out.find(row);
+        ASSERT_NE(at, std::string::npos) << row << " in\n" << r.out;
+        EXPECT_NE(r.out.find("-6.0 dB", at), std::string::npos) << r.out;
+    }
+    EXPECT_NE(r.out.find("largest gain reduction: 6.0 dB"), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find("realtime factor"), std::string::npos) << r.out;
+}
+
+TEST(HostRender, BadInputsAreClearErrors)
+{
+    TempDir dir;
+    std::string good = dir / "good.wav";
+    WriteSound(good, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 44100, TestSignal(2, 44100, 4410));
+    std::string fake = FakePlugin(3);
+
+    expectOneLineError(
+        RunDeEsser({"render", dir / "missing.wav", dir / "o1.wav", "--plugin", fake}),
+        "missing.wav");
+    expectOneLineError(RunDeEsser({"render", dir.Path(), dir / "o2.wav", "--plugin", fake}),
+                       "folder");
+    std::string text = dir / "text.wav";
+    {
+        FILE* f = std::fopen(text.c_str(), "w");
+        std::fputs("this is not a sound file\n", f);
+        std::fclose(f);
+    }
+    expectOneLineError(RunDeEsser({"render", text, dir / "o3.wav", "--plugin", fake}),
+                       "unsupported");
+    std::string quad = dir / "quad.wav";
+    WriteSound(quad, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 4, 44100, TestSignal(4, 44100, 1000));
+    expectOneLineError(RunDeEsser({"render", quad, dir / "o4.wav", "--plugin", fake}),
+                       "4 channels");
+    if (geteuid() != 0) // root reads everything
+    {
+        std::string locked = dir / "locked.wav";
+        WriteSound(locked, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, 44100, TestSignal(1, 44100, 100));
+        chmod(locked.c_str(), 0);
+        expectOneLineError(RunDeEsser({"render", locked, dir / "o5.wav", "--plugin", fake}),
+                           "cannot read");
+    }
+
+    // Files that are not VST 2.4 plug-ins.
+    expectOneLineError(RunDeEsser({"render", good, dir / "o6.wav", "--plugin", FakePlugin(0)}),
+                       "no VSTPluginMain");
+    expectOneLineError(RunDeEsser({"render", good, dir / "o7.wav", "--plugin", FakePlugin(1)}),
+                       "returned null");
+    expectOneLineError(RunDeEsser({"render", good, dir / "o8.wav", "--plugin", FakePlugin(2)}),
+                       "bad magic");
+    expectOneLineError(RunDeEsser({"render", good, dir / "o9.wav", "--plugin", text}),
+                       "not a loadable plug-in");
+    expectOneLineError(RunDeEsser({"info", "--plugin", dir / "nothing.so"}), "not found");
+
+    // Parameters of a foreign plug-in: names without regard to case, values 0..1 only.
+    expectOneLineError(
+        RunDeEsser({"render", good, dir / "p1.wav", "--plugin", fake, "--set", "Volume=0.5"}),
+        "unknown parameter \"Volume\"");
+    expectOneLineError(
+        RunDeEsser({"render", good, dir / "p2.wav", "--plugin", fake, "--set", "gain=-3"}),
+        "outside 0 .. 1");
+    expectOneLineError(
+        RunDeEsser({"render", good, dir / "p3.wav", "--plugin", fake, "--set", "Gain=loud"}),
+        "not a number");
+    expectOneLineError(
+        RunDeEsser({"render", good, dir / "p4.wav", "--plugin", fake, "--set", "Gain"}),
+        "NAME=VALUE");
+    expectOneLineError(
+        RunDeEsser({"render", good, dir / "p5.wav", "--plugin", fake, "--block", "0"}), "--block");
+    expectOneLineError(RunDeEsser({"render", good, "--plugin", fake}), "input and an output");
+    expectOneLineError(RunDeEsser({"frobnicate"}), "unknown command");
+
+    // Nothing was written for any failed run, and no temporary was left.
+    std::vector<std::string> names = dir.Names();
+    std::sort(names.begin(), names.end());
+    std::vector<std::string> expected = {"good.wav", "quad.wav", "text.wav"};
+    if (geteuid() != 0)
+        expected.insert(expected.begin() + 1, "locked.wav");
+    EXPECT_EQ(names, expected);
+}
+
+// The output must not exist (unless --force) and must never be the input,
+// however it is named; the input is never modified.
+TEST(HostRender, OutputRulesProtectExistingFilesAndTheInput)
+{
+    TempDir dir;
+    std::string in = dir / "in.wav";
+    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 44100, TestSignal(2, 44100, 8000));
+    const std::string original = ReadBytes(in);
+    std::string fake = FakePlugin(3);
+
+    std::string out = dir / "out.wav";
+    {
+        FILE* f = std::fopen(out.c_str(), "w");
+        std::fputs("keep me", f);
+        std::fclose(f);
+    }
+    expectOneLineError(RunDeEsser({"render", in, out, "--plugin", fake}), "--force");
+    EXPECT_EQ(ReadBytes(out), "keep me");
+    RunResult forced = RunDeEsser({"render", in, out, "--plugin", fake, "--force"});
+    EXPECT_EQ(forced.status, 0) << forced.err;
+    SF_INFO info;
+    EXPECT_EQ(ReadSound(out, &info).size(), 16000u);
+
+    ASSERT_EQ(link(in.c_str(), (dir / "hard.wav").c_str()), 0);
+    ASSERT_EQ(symlink("in.wav", (dir / "soft.wav").c_str()), 0);
+    for (const std::string& same : {in, dir.Path() + "/./in.wav", dir.Path() + "//in.wav",
+                                    dir / "hard.wav", dir / "soft.wav"})
+    {
+        SCOPED_TRACE(same);
+        expectOneLineError(RunDeEsser({"render", in, same, "--plugin", fake, "--force"}),
+                           "is the input");
+    }
+    EXPECT_EQ(ReadBytes(in), original);
+}
+
+// SIGINT or SIGTERM during a render leaves neither the output nor a temporary.
+TEST(HostRender, InterruptedRenderLeavesNoOutput)
+{
+    for (int sig : {SIGINT, SIGTERM})
+    {
+        SCOPED_TRACE(sig);
+        TempDir dir;
+        std::string in = dir / "long.wav", out = dir / "out.wav";
+        WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 44100,
+                   TestSignal(2, 44100, 44100 * 60));
+        std::vector<std::string> args = {DEESSER_BIN, "render",      in,        out,
+                                         "--plugin",  FakePlugin(3), "--block", "1"};
+        std::vector<char*> argv;
+        for (std::string& a : args)
+            argv.push_back(&a[0]);
+        argv.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
+        posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
+        pid_t pid;
+        ASSERT_EQ(posix_spawn(&pid, DEESSER_BIN, &actions, nullptr, argv.data(), environ), 0);
+        posix_spawn_file_actions_destroy(&actions);
+
+        // Wait until the temporary output exists, i.e. the render is under way.
+        bool started = false;
+        for (int i = 0; i < 500 && !started; ++i)
+        {
+            for (const std::string& name : dir.Names())
+                started = started || name.rfind(".out.wav.", 0) == 0;
+            if (!started)
+                usleep(10000);
+        }
+        EXPECT_TRUE(started);
+        usleep(50000);
+        kill(pid, sig);
+        int status = 0;
+        waitpid(pid, &status, 0);
+        EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == sig) << status;
+        EXPECT_EQ(dir.Names(), std::vector<std::string>{"long.wav"});
+    }
+}
+
+TEST(HostDeEsser, InfoListsIdentityParametersAndPrograms)
+{
+    REQUIRE_DEESSER();
+    // Without --plugin the build's own DeEsser.so is found.
+    RunResult r = RunDeEsser({"info"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    for (const char* s :
+         {"'IDeE' (0x49446545)", "57 (editor, can-mono, replacing, program-chunks)", "2 in, 2 out",
+          "parameters (11)", "AutoThreshold", "ReleaseTime", "programs (32)", "VST 2300"})
+        EXPECT_NE(r.out.find(s), std::string::npos) << s << " in\n" << r.out;
+}
+
+// A float WAV rendered by the command equals, sample for sample, the same
+// plug-in driven here through its VST entry with the same calls.
+TEST(HostDeEsser, RenderMatchesDirectVstProcessing)
+{
+    REQUIRE_DEESSER();
+    TempDir dir;
+    const int rate = 48000, block = 300;
+    const long long frames = 72100; // ends in a partial block
+    std::vector<float> x = TestSignal(2, rate, frames);
+    std::string in = dir / "in.wav", out = dir / "out.wav";
+    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, rate, x);
+    RunResult r = RunDeEsser({"render", in, out, "--block", std::to_string(block), "--set",
+                              "Threshold=-30", "--set", "ratio=4", "--set", "AutoThreshold=OFF",
+                              "--set", "ReleaseTime=0.05", "--set", "SideChain=ON"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    SF_INFO info;
+    std::vector<float> rendered = ReadSound(out, &info);
+    ASSERT_EQ(rendered.size(), x.size());
+
+    static std::string folder;
+    folder = DeEsserPath().substr(0, DeEsserPath().rfind('/') + 1);
+    void* lib = dlopen(DeEsserPath().c_str(), RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(lib, nullptr) << dlerror();
+    auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(lib, "VSTPluginMain");
+    ASSERT_NE(entry, nullptr);
+    audioMasterCallback callback = [](AEffect*, VstInt32 op, VstInt32, VstIntPtr, void*,
+                                      float) -> VstIntPtr
+    {
+        return op == audioMasterVersion        ? 2400
+               : op == audioMasterGetDirectory ? (VstIntPtr)folder.c_str()
+                                               : 0;
+    };
+    AEffect* e = entry(callback);
+    ASSERT_NE(e, nullptr);
+    e->dispatcher(e, effOpen, 0, 0, nullptr, 0.f);
+    e->dispatcher(e, effSetSampleRate, 0, 0, nullptr, (float)rate);
+    e->dispatcher(e, effSetBlockSize, 0, block, nullptr, 0.f);
+    // Normalised values from the parameter ranges: -30 dB in -100..0, ratio 4
+    // in 1..64, 0.05 s in 0.01..4, switches as 0 / 1.
+    e->setParameter(e, 3, 0.7f);
+    e->setParameter(e, 4, (float)(3.0 / 63.0));
+    e->setParameter(e, 10, 0.f);
+    e->setParameter(e, 6, (float)(0.04 / 3.99));
+    e->setParameter(e, 9, 1.f);
+    e->dispatcher(e, effMainsChanged, 0, 1, nullptr, 0.f);
+    e->dispatcher(e, effStartProcess, 0, 0, nullptr, 0.f);
+    std::vector<float> direct(x.size());
+    std::vector<float> l(block), rr(block), ol(block), orr(block);
+    for (long long at = 0; at < frames; at += block)
+    {
+        int n = (int)std::min<long long>(block, frames - at);
+        for (int i = 0; i < n; ++i)
+        {
+            l[i] = x[(at + i) * 2];
+            rr[i] = x[(at + i) * 2 + 1];
+        }
+        float* ins[2] = {l.data(), rr.data()};
+        float* outs[2] = {ol.data(), orr.data()};
+        e->processReplacing(e, ins, outs, n);
+        for (int i = 0; i < n; ++i)
+        {
+            direct[(at + i) * 2] = ol[i];
+            direct[(at + i) * 2 + 1] = orr[i];
+        }
+    }
+    e->dispatcher(e, effStopProcess, 0, 0, nullptr, 0.f);
+    e->dispatcher(e, effMainsChanged, 0, 0, nullptr, 0.f);
+    e->dispatcher(e, effClose, 0, 0, nullptr, 0.f);
+    dlclose(lib);
+
+    EXPECT_EQ(maxDifference(rendered, direct), 0.0);
+    // And the plug-in did something: the bursts came out quieter.
+    EXPECT_GT(maxDifference(rendered, x), 0.05);
+}
+
+TEST(HostDeEsser, DisplayUnitSettingsAreCheckedAndMonoStaysMono)
+{
+    REQUIRE_DEESSER();
+    TempDir dir;
+    std::string in = dir / "mono.wav";
+    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 1, 32000, TestSignal(1, 32000, 16000));
+    RunResult r = RunDeEsser({"render", in, dir / "a.wav", "--set", "Threshold=-30dB", "--set",
+                              "LowFreq=5000 Hz", "--set", "Output=-3", "--set", "ReleaseTime=0.05",
+                              "--set", "SideChain=OFF", "--set", "AttackTime=2", "--program", "0"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    for (const char* s : {"Threshold = -30.0 dB", "LowFreq = 5000.0 Hz", "Output = -3.0 dB",
+                          "ReleaseTime = 0.05 sec", "SideChain = OFF", "AttackTime = 2.0 ms"})
+        EXPECT_NE(r.out.find(s), std::string::npos) << s << " in\n" << r.out;
+    SF_INFO info;
+    EXPECT_EQ(ReadSound(dir / "a.wav", &info).size(), 16000u);
+    EXPECT_EQ(info.channels, 1);
+
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--set", "Threshold=5"}),
+                       "outside -100 .. 0");
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--set", "Ratio=0.5"}),
+                       "outside 1 .. 64");
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--set", "Output=21"}), "Output");
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--set", "SideChain=maybe"}),
+                       "ON or OFF");
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--set", "HiFreq=fast"}),
+                       "not a number");
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--set", "Treshold=-20"}),
+                       "unknown parameter");
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--program", "32"}),
+                       "does not exist");
+    expectOneLineError(RunDeEsser({"render", in, dir / "b.wav", "--program-name", "No Such"}),
+                       "no program named");
+    EXPECT_FALSE(Exists(dir / "b.wav"));
+}
+
+// A legacy list becomes a 2464-byte bank file whose programs carry the
+// imported values; the bank then loads for a render, and bad banks are refused.
+TEST(HostDeEsser, LegacyImportWritesABankThatRenderLoads)
+{
+    REQUIRE_DEESSER();
+    TempDir dir;
+    auto write = [&](const std::string& name, const std::string& text)
+    {
+        FILE* f = std::fopen((dir / name).c_str(), "wb");
+        std::fwrite(text.data(), 1, text.size(), f);
+        std::fclose(f);
+    };
+    write("PROGRAM.LST", "VRX5.0 EFFECT PROGRAM LIST and more\r\n2\r\nSoft Voice\r\nHard\r\n");
+    write("Soft Voice.PGM", "VRX5.0 EFFECT PRG FILE\r\n0\t-1310720\t65536\t6553\t262144\t99\r\n");
+    write("hard.pgm", "VRX5.0 EFFECT PRG FILE\n7\t\t196608\t\n");
+    std::string bank = dir / "bank.fxb";
+    RunResult r = RunDeEsser({"import-legacy", dir / "PROGRAM.LST", bank});
+    ASSERT_EQ(r.status, 0) << r.err;
+    std::string bytes = ReadBytes(bank);
+    ASSERT_EQ(bytes.size(), 2464u);
+    auto be = [&](size_t at)
+    {
+        return ((uint32_t)(uint8_t)bytes[at] << 24) | ((uint32_t)(uint8_t)bytes[at + 1] << 16) |
+               ((uint32_t)(uint8_t)bytes[at + 2] << 8) | (uint32_t)(uint8_t)bytes[at + 3];
+    };
+    EXPECT_EQ(bytes.substr(0, 4), "CcnK");
+    EXPECT_EQ(be(4), 0u);
+    EXPECT_EQ(bytes.substr(8, 4), "FBCh");
+    EXPECT_EQ(be(12), 1u);
+    EXPECT_EQ(be(16), 0x49446545u);
+    EXPECT_EQ(be(24), 32u);
+    EXPECT_EQ(bytes.substr(28, 128), std::string(128, '\0'));
+    EXPECT_EQ(be(156), 2304u);
+    auto value = [&](int program, int index)
+    {
+        float v;
+        std::memcpy(&v, bytes.data() + 160 + program * 72 + index * 4, 4);
+        return v;
+    };
+    auto name = [&](int program) { return std::string(bytes.data() + 160 + program * 72 + 44); };
+    EXPECT_EQ(name(0), "Soft Voice");
+    EXPECT_NEAR(value(0, 3), 0.8f, 1e-6);                           // -20 dB in -100..0
+    EXPECT_NEAR(value(0, 5), 1.0f / 20.0f, 1e-6);                   // 1 ms in 0..20
+    EXPECT_NEAR(value(0, 6), (6553 / 65536.0 - 0.01) / 3.99, 1e-6); // s in 0.01..4
+    EXPECT_NEAR(value(0, 4), 3.0f / 63.0f, 1e-6);                   // ratio 4 in 1..64
+    EXPECT_EQ(name(1), "Hard");
+    EXPECT_NEAR(value(1, 5), 3.0f / 20.0f, 1e-6); // only field 2 was present
+
+    // The bank loads, and its programs are found by name.
+    std::string in = dir / "in.wav";
+    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100, TestSignal(2, 44100, 22050));
+    r = RunDeEsser({"render", in, dir / "out.wav", "--bank", bank, "--program-name", "soft"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    EXPECT_NE(r.out.find("program 0 \"Soft Voice\""), std::string::npos) << r.out;
+
+    // Refused banks: cut short, another plug-in's, not a bank at all.
+    write("short.fxb", bytes.substr(0, 1000));
+    expectOneLineError(RunDeEsser({"render", in, dir / "x.wav", "--bank", dir / "short.fxb"}),
+                       "cut short");
+    std::string other = bytes;
+    other[19] = 'X';
+    write("other.fxb", other);
+    expectOneLineError(RunDeEsser({"render", in, dir / "x.wav", "--bank", dir / "other.fxb"}),
+                       "another plug-in");
+    expectOneLineError(RunDeEsser({"render", in, dir / "x.wav", "--bank", in}),
+                       "not a VST bank file");
+    EXPECT_FALSE(Exists(dir / "x.wav"));
+
+    // Bad lists: wrong magic, no programs, a missing program file; an existing output.
+    write("bad.LST", "VRX5.0 EFFECT PROGRAM LYST\n1\nHard\n");
+    expectOneLineError(RunDeEsser({"import-legacy", dir / "bad.LST", dir / "b.fxb"}),
+                       "not a legacy program list");
+    write("none.LST", "VRX5.0 EFFECT PROGRAM LIST\n0\n");
+    expectOneLineError(RunDeEsser({"import-legacy", dir / "none.LST", dir / "b.fxb"}),
+                       "names no programs");
+    write("gone.LST", "VRX5.0 EFFECT PROGRAM LIST\n1\nGone\n");
+    expectOneLineError(RunDeEsser({"import-legacy", dir / "gone.LST", dir / "b.fxb"}), "Gone.PGM");
+    expectOneLineError(RunDeEsser({"import-legacy", dir / "PROGRAM.LST", bank}), "exists");
+    EXPECT_FALSE(Exists(dir / "b.fxb"));
+}
