@@ -44,11 +44,13 @@ VstInt32 ADeEsser::setChunk(void* data, VstInt32 byteSize, bool isPreset)
     size_t size = (data && byteSize > 0) ? std::min<size_t>((size_t)byteSize, destination) : 0;
     if (isPreset)
     {
-        std::memcpy(&programs[curProgram], data, size);
+        if (size)
+            std::memcpy(&programs[curProgram], data, size);
     }
     else
     {
-        std::memcpy(programs, data, size);
+        if (size)
+            std::memcpy(programs, data, size);
         // A current program outside the bank leaves the current one as it was.
         if (isProgramIndex(programs[0].bankCurProgram))
             curProgram = programs[0].bankCurProgram;
@@ -78,7 +80,7 @@ bool ADeEsser::loadBankFile(const char* path, ADeEsserProgram* target, bool appl
     }
     if (applyAsChunk)
         setChunk(chunk.data(), (VstInt32)chunk.size(), false);
-    else
+    else if (!chunk.empty())
         std::memcpy(target, chunk.data(), chunk.size());
     return true;
 }
