@@ -60,13 +60,19 @@ double formantWeight(double freq, const double* formants)
 
 const std::vector<DemoSegment>& DemoSegments()
 {
-    // "a - s - e - s - i - s - o - s - u": vowels and sibilants alternate with
-    // short gaps, as in speech.
-    static const std::vector<DemoSegment> segments = {
-        {0.10, 0.55, false}, {0.60, 0.82, true},  {0.88, 1.35, false},
-        {1.40, 1.55, true},  {1.60, 2.15, false}, {2.20, 2.48, true},
-        {2.55, 3.05, false}, {3.10, 3.32, true},  {3.38, 3.90, false},
-    };
+    // Five syllables ending in "s" ("as, es, is, os, us"): a vowel, a short
+    // gap, the sibilant, then a pause before the next syllable, as between words.
+    static const std::vector<DemoSegment> segments = []
+    {
+        std::vector<DemoSegment> s;
+        for (int k = 0; k < 5; ++k)
+        {
+            double base = 0.05 + 0.78 * k;
+            s.push_back({base, base + 0.40, false});
+            s.push_back({base + 0.43, base + 0.58, true});
+        }
+        return s;
+    }();
     return segments;
 }
 

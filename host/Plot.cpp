@@ -122,8 +122,10 @@ void drawWave(cairo_t* cr, const Panel& p, const std::vector<float>& s, double r
     int columns = (int)p.w;
     for (int col = 0; col < columns; ++col)
     {
-        double ta = p.t0 + (p.t1 - p.t0) * col / columns;
-        double tb = p.t0 + (p.t1 - p.t0) * (col + 1) / columns;
+        // One column either side as well, so that pitch pulses narrower than a
+        // column do not turn into stripes.
+        double ta = p.t0 + (p.t1 - p.t0) * (col - 1) / columns;
+        double tb = p.t0 + (p.t1 - p.t0) * (col + 2) / columns;
         long long a = (long long)(ta * rate), b = (long long)(tb * rate);
         a = std::max(0LL, a);
         b = std::min((long long)s.size(), std::max(a + 1, b));
@@ -233,14 +235,11 @@ void WritePlot(const PlotData& d, const std::string& pngPath, int width, int hei
     Panel in = {left, top, w, panelH, 0, seconds, -range, range};
     drawFrame(cr, in, ampTicks, "%.2f", "input (amplitude)", false);
     drawWave(cr, in, d.input, d.sampleRate, kInputColor, 1.0);
-    legend(cr, in.x + in.w - 8, in.y + 8, {{kInputColor, "input"}}, false);
 
     Panel out = {left, top + panelH + gap, w, panelH, 0, seconds, -range, range};
     drawFrame(cr, out, ampTicks, "%.2f", "output (amplitude)", false);
     drawWave(cr, out, d.input, d.sampleRate, kInputColor, 0.35);
     drawWave(cr, out, d.output, d.sampleRate, kOutputColor, 1.0);
-    legend(cr, out.x + out.w - 8, out.y + 8,
-           {{kOutputColor, "output"}, {{0.85, 0.87, 0.9}, "input, for comparison"}}, false);
 
     double lowest = 0;
     for (double g : d.bandGain)
@@ -264,12 +263,16 @@ void WritePlot(const PlotData& d, const std::string& pngPath, int width, int hei
     cairo_stroke(cr);
     drawCurve(cr, gain, d.wideGain, d.windowSeconds, kWideColor, 1.5);
     drawCurve(cr, gain, d.bandGain, d.windowSeconds, kBandColor, 2.5);
-    legend(cr, gain.x + gain.w - 8, gain.y + gain.h - 56,
-           {{kBandColor, "5-9 kHz band, output vs input"},
-            {kWideColor, "whole signal, output vs input"}},
-           true);
     setColor(cr, kText);
     text(cr, left + w / 2, height - 22, "time (s)", 13, 0.5, 0.5);
+
+    // The legends sit in the header, clear of the data.
+    legend(
+        cr, left + w - 200, 8,
+        {{kInputColor, "input waveform"}, {kOutputColor, "output waveform (input faint behind)"}},
+        false);
+    legend(cr, left + w, 8,
+           {{kBandColor, "gain, 5-9 kHz band"}, {kWideColor, "gain, whole signal"}}, true);
 
     cairo_destroy(cr);
     cairo_surface_flush(surface);
