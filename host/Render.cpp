@@ -5,6 +5,7 @@
 #include "ParamValue.h"
 #include "VstHost.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <cstring>
@@ -35,9 +36,16 @@ int findProgramByName(CVstHost& host, const std::string& wanted)
     }
     if (partial.size() == 1)
         return partial[0];
-    std::string names;
+    std::string names; // each distinct name once
+    std::vector<std::string> seen;
     for (int i = 0; i < host.NumPrograms(); ++i)
-        names += (i ? ", " : "") + std::string("\"") + host.ProgramName(i) + "\"";
+    {
+        std::string name = host.ProgramName(i);
+        if (std::find(seen.begin(), seen.end(), name) != seen.end())
+            continue;
+        seen.push_back(name);
+        names += (names.empty() ? "\"" : ", \"") + name + "\"";
+    }
     if (partial.empty())
         throw CHostError("no program named \"" + wanted + "\" (programs: " + names + ")");
     throw CHostError("program name \"" + wanted + "\" matches " + std::to_string(partial.size()) +

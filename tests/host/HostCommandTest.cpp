@@ -461,7 +461,7 @@ TEST(HostDeEsser, LegacyImportWritesABankThatRenderLoads)
     // The bank loads, and its programs are found by name.
     std::string in = dir / "in.wav";
     WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100, TestSignal(2, 44100, 22050));
-    r = RunDeEsser({"render", in, dir / "out.wav", "--bank", bank, "--program-name", "soft"});
+    r = RunDeEsser({"render", in, dir / "out.wav", "--bank", bank, "--program-name", "soft voice"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("program 0 \"Soft Voice\""), std::string::npos) << r.out;
 
