@@ -1,0 +1,370 @@
+// Typed-value entry window on the headless toolkit: character rules, the
+// integer image the owner reads, sizing from the font, and the hand-over to
+// the owner on Return and Escape.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include "AfxWin.h"
+#include "CHeadless.h"
+#include "CVRXFloatEditWnd.h"
+
+namespace
+{
+// Stands in for the panel: parent and owner of the entry window. Records the
+// messages it gets, and what the field looked like when Return arrived.
+class COwnerProbe : public CWnd
+{
+public:
+    std::vector<UINT> received;
+    bool fieldVisibleAtReturn = false;
+    std::string textAtReturn;
+    CVRXFloatEditWnd* field = nullptr;
+
+    LRESULT OnInputReturn(WPARAM, LPARAM)
+    {
+        received.push_back(WM_INPUTVAL_RETURN);
+        fieldVisibleAtReturn = field && field->IsWindowVisible();
+        CString text;
+        if (field)
+            field->GetText(text);
+        textAtReturn = text.GetString();
+        return 0;
+    }
+    LRESULT OnInputEscape(WPARAM, LPARAM)
+    {
+        received.push_back(WM_INPUTVAL_ESCAPE);
+        return 0;
+    }
+
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(COwnerProbe, CWnd)
+ON_MESSAGE(WM_INPUTVAL_RETURN, OnInputReturn)
+ON_MESSAGE(WM_INPUTVAL_ESCAPE, OnInputEscape)
+END_MESSAGE_MAP()
+
+// The entry window with its metrics open to the test and a count of the
+// field's own change commands (WM_COMMAND, code 0, id 18001).
+class CFieldProbe : public CVRXFloatEditWnd
+{
+public:
+    int commands = 0;
+    void OnEditCommand() { commands++; }
+    void SetMetrics(int charWidth, int charHeight, int spinWidth)
+    {
+        m_nCharWidth = charWidth;
+        m_nCharHeight = charHeight;
+        m_nSpinWidth = spinWidth;
+    }
+    int CharWidth() const { return m_nCharWidth; }
+    int CharHeight() const { return m_nCharHeight; }
+    int SpinWidth() const { return m_nSpinWidth; }
+
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(CFieldProbe, CVRXFloatEditWnd)
+ON_COMMAND(IDC_VRXFLOATEDIT_EDIT, OnEditCommand)
+END_MESSAGE_MAP()
+
+class EntryFieldTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(CHeadless::Use() || std::string(CToolkit::BackendName()) == "headless");
+        m_Frame.SetNativeView((void*)0x1);
+        ASSERT_TRUE(m_Frame.GetSafeHwnd());
+        LPCTSTR cls = AfxRegisterWndClass(CS_DBLCLKS);
+        ASSERT_TRUE(m_Owner.Create(cls, "owner", WS_CHILD | WS_VISIBLE, CRect(0, 0, 400, 200),
+                                   &m_Frame, 0));
+        m_Font.CreatePointFont(12, "Osaka");
+        CWindowAttr attr{VRX_DEFAULT_POSITION, 6, &m_Font, true};
+        char title[] = "";
+        ASSERT_TRUE(m_Field.MakeWindow(&m_Owner, &m_Owner, title, &attr, 6, &m_Font, true));
+        m_Owner.field = &m_Field;
+    }
+    void TearDown() override
+    {
+        m_Field.DestroyWindow();
+        m_Owner.DestroyWindow();
+        m_Frame.SetNativeView(nullptr);
+    }
+
+    // What the panel does to open the field for a value.
+    void Open(int value, int min, int max, bool sign, int width)
+    {
+        m_Field.SetNewValue(value, min, max);
+        m_Field.SetSingnFlag(sign);
+        m_Field.ChangeSize(width, sign);
+        CRect r;
+        m_Field.GetClientRect(&r);
+        m_Field.MoveWindow(93, 105, r.Width(), r.Height());
+        m_Field.ShowWindow(SW_SHOW);
+        m_Field.GetEdit().SetFocus();
+    }
+    std::string EditText()
+    {
+        CString text;
+        m_Field.GetEdit().GetWindowText(text);
+        return text.GetString();
+    }
+    std::string Image()
+    {
+        CString text;
+        m_Field.GetText(text);
+        return text.GetString();
+    }
+
+    CFrameWnd m_Frame;
+    COwnerProbe m_Owner;
+    CFieldProbe m_Field;
+    CFont m_Font;
+};
+
+TEST_F(EntryFieldTest, CreatedHiddenWithItsControls)
+{
+    EXPECT_STREQ(m_Field.GetClassName(), "VRXFloatEditWnd");
+    EXPECT_FALSE(m_Field.IsWindowVisible());
+    EXPECT_EQ(m_Field.GetDlgItem(IDC_VRXFLOATEDIT_EDIT), &m_Field.GetEdit());
+    EXPECT_EQ(m_Field.GetDlgItem(IDC_VRXFLOATEDIT_SPIN), &m_Field.GetSpin());
+    EXPECT_EQ(m_Field.GetSpin().GetBuddy(), &m_Field.GetEdit());
+    EXPECT_EQ(m_Field.GetEdit().GetFont(), &m_Font);
+    EXPECT_EQ(m_Field.GetMaxChars(), 7);
+    EXPECT_EQ(m_Field.GetEdit().GetLimitText(), 7u);
+}
+
+TEST_F(EntryFieldTest, SizeFollowsTheFontAndTheMetrics)
+{
+    // Formula against the toolkit's own metrics and font extent.
+    CDC dc;
+    dc.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
+    dc.SelectObject(&m_Font);
+    CSize a = dc.GetTextExtent(CString("A"));
+    ASSERT_GT(a.cx, 0);
+    ASSERT_GT(a.cy, 0);
+    EXPECT_EQ(m_Field.CharWidth(), a.cx);
+    EXPECT_EQ(m_Field.CharHeight(), a.cy);
+    EXPECT_EQ(m_Field.SpinWidth(), GetSystemMetrics(SM_CYHSCROLL));
+    int edge = GetSystemMetrics(SM_CXEDGE);
+    EXPECT_EQ(m_Field.GetHeight(), a.cy + a.cy / 2);
+    EXPECT_EQ(m_Field.GetWidth(), 7 * a.cx + 2 * edge + m_Field.SpinWidth());
+    CRect client;
+    m_Field.GetClientRect(&client);
+    EXPECT_EQ(client.Width(), m_Field.GetWidth());
+    EXPECT_EQ(client.Height(), m_Field.GetHeight());
+
+    // An "A" of 7 x 12, edge 2 and spin 15: 5 characters make 18 x 61.
+    ASSERT_EQ(edge, 2);
+    m_Field.SetMetrics(7, 12, 15);
+    m_Field.MoveWindow(40, 30, 10, 10);
+    m_Field.ChangeSize(5, false);
+    EXPECT_EQ(m_Field.GetHeight(), 18);
+    EXPECT_EQ(m_Field.GetWidth(), 61);
+    EXPECT_EQ(m_Field.GetMaxChars(), 6);
+    EXPECT_EQ(m_Field.GetEdit().GetLimitText(), 6u);
+    EXPECT_FALSE(m_Field.GetSign());
+    EXPECT_FALSE(m_Field.GetEdit().GetSingnFlag());
+    CRect outer, edit, spin;
+    m_Field.GetWindowRect(&outer);
+    m_Field.GetEdit().GetWindowRect(&edit);
+    m_Field.GetSpin().GetWindowRect(&spin);
+    EXPECT_EQ(outer.Width(), 61);
+    EXPECT_EQ(outer.Height(), 18);
+    m_Field.GetParent()->ScreenToClient(&outer);
+    EXPECT_EQ(outer.left, 40); // resized, not moved
+    EXPECT_EQ(outer.top, 30);
+    m_Field.ScreenToClient(&edit);
+    m_Field.ScreenToClient(&spin);
+    EXPECT_EQ(edit, CRect(0, 0, 46, 18));
+    EXPECT_EQ(spin, CRect(46, 0, 61, 18));
+}
+
+TEST_F(EntryFieldTest, CharacterRules)
+{
+    Open(15, 0, 1000, false, 6);
+    EXPECT_EQ(EditText(), "15");
+    EXPECT_EQ(Image(), "15"); // the text the owner gave is already scaled
+    EXPECT_EQ(m_Field.GetSpin().GetPos32(), 15);
+
+    // Without the sign flag "-" is refused and the text re-formatted.
+    int before = m_Field.commands;
+    CHeadless::Char('-');
+    EXPECT_EQ(EditText(), "15.0");
+    EXPECT_EQ(Image(), "150");
+    EXPECT_EQ(m_Field.commands, before + 1);
+
+    // Letters likewise; digits, "." and backspace edit as usual.
+    CHeadless::Type("x");
+    EXPECT_EQ(EditText(), "15.0");
+    m_Field.GetEdit().SetSel(0, -1);
+    CHeadless::Type("7.25");
+    EXPECT_EQ(EditText(), "7.25"); // accepted text stays as typed
+    EXPECT_EQ(Image(), "73");      // 7.25 x 10 rounded
+    CHeadless::Char(8);
+    EXPECT_EQ(EditText(), "7.2");
+    EXPECT_EQ(Image(), "72");
+    EXPECT_EQ(m_Field.commands, before + 1 + 1 + 4 + 1);
+
+    // Return and Escape characters are swallowed: no edit, no notice.
+    int beforeSwallow = m_Field.commands;
+    CHeadless::Char(13);
+    CHeadless::Char(27);
+    EXPECT_EQ(EditText(), "7.2");
+    EXPECT_EQ(m_Field.commands, beforeSwallow);
+    EXPECT_TRUE(m_Owner.received.empty());
+
+    // The arrows (37, 39) move the caret rather than insert.
+    m_Field.GetEdit().SetSel(3, 3);
+    CHeadless::Char(37);
+    CHeadless::Char(37);
+    CHeadless::Type("9");
+    EXPECT_EQ(EditText(), "79.2");
+    CHeadless::Char(39);
+    CHeadless::Char(39);
+    CHeadless::Type("5");
+    EXPECT_EQ(EditText(), "79.25");
+
+    // With the sign flag "-" is inserted where the caret is.
+    m_Field.SetSingnFlag(true);
+    m_Field.GetEdit().SetSel(0, 0);
+    CHeadless::Char('-');
+    EXPECT_EQ(EditText(), "-79.25");
+    EXPECT_EQ(Image(), "-793");
+}
+
+TEST_F(EntryFieldTest, DecimalsSetScaleAndFormat)
+{
+    CNormalFloatEdit& edit = m_Field.GetEdit();
+    EXPECT_STREQ(edit.GetFormat(), "%.1f");
+    m_Field.SetFloatPoint(2);
+    EXPECT_STREQ(edit.GetFormat(), "%.2f");
+    EXPECT_DOUBLE_EQ(edit.GetScale(), 100.0);
+
+    Open(123, 0, 10000, false, 4);
+    edit.SetSel(0, -1);
+    CHeadless::Type("1.23");
+    EXPECT_EQ(EditText(), "1.23");
+    EXPECT_EQ(Image(), "123");
+    char buffer[50];
+    EXPECT_EQ(m_Field.GetText(buffer, sizeof(buffer)), 3);
+    EXPECT_STREQ(buffer, "123");
+    EXPECT_EQ(m_Field.GetText(buffer, 2), 1); // cut to the buffer
+    EXPECT_STREQ(buffer, "1");
+
+    // A refused key re-formats with two decimals.
+    CHeadless::Type("q");
+    EXPECT_EQ(EditText(), "1.23");
+    edit.SetSel(0, -1);
+    CHeadless::Type("4.5");
+    CHeadless::Type("q");
+    EXPECT_EQ(EditText(), "4.50");
+    EXPECT_EQ(Image(), "450");
+
+    m_Field.SetFloatPoint(0);
+    EXPECT_STREQ(edit.GetFormat(), "%.0f");
+    m_Field.SetFloatPoint(3);
+    EXPECT_STREQ(edit.GetFormat(), "%.3f");
+}
+
+TEST_F(EntryFieldTest, HugeValuesStopAtTheIntegerRange)
+{
+    m_Field.SetFloatPoint(2);
+    Open(0, 0, 100, true, 30);
+    m_Field.GetEdit().SetSel(0, -1);
+    CHeadless::Type("99999999999");
+    EXPECT_EQ(Image(), "2147483647");
+    m_Field.GetEdit().SetSel(0, -1);
+    CHeadless::Type("-99999999999");
+    EXPECT_EQ(Image(), "-2147483648");
+    m_Field.GetEdit().SetSel(0, -1);
+    CHeadless::Type(".");
+    EXPECT_EQ(Image(), "0");
+}
+
+TEST_F(EntryFieldTest, NotifyCharClasses)
+{
+    Open(0, 0, 10, false, 4);
+    CNormalFloatEdit& edit = m_Field.GetEdit();
+    for (UINT c = '0'; c <= '9'; c++)
+        EXPECT_EQ(edit.OnNotifyChar(c), (int)(c - '0'));
+    int before = m_Field.commands;
+    EXPECT_EQ(edit.OnNotifyChar(8), 8);
+    EXPECT_EQ(edit.OnNotifyChar(37), 37);
+    EXPECT_EQ(edit.OnNotifyChar(39), 39);
+    EXPECT_EQ(edit.OnNotifyChar('.'), '.');
+    EXPECT_EQ(m_Field.commands, before);
+    EXPECT_EQ(edit.OnNotifyChar('a'), -1);
+    EXPECT_EQ(edit.OnNotifyChar('-'), -1);
+    EXPECT_EQ(m_Field.commands, before + 2);
+}
+
+TEST_F(EntryFieldTest, ReturnTellsTheOwnerThenHides)
+{
+    Open(-150, -600, 0, true, 5);
+    EXPECT_TRUE(m_Field.IsWindowVisible());
+    EXPECT_EQ(CWnd::GetFocus(), &m_Field.GetEdit());
+
+    // Untouched, the owner reads back the value it gave.
+    CHeadless::Key(VK_RETURN_KEY);
+    ASSERT_EQ(m_Owner.received, std::vector<UINT>{WM_INPUTVAL_RETURN});
+    EXPECT_TRUE(m_Owner.fieldVisibleAtReturn);
+    EXPECT_EQ(m_Owner.textAtReturn, "-150");
+    EXPECT_FALSE(m_Field.IsWindowVisible());
+
+    // Key code 35 commits as well; the owner reads the typed value.
+    Open(0, -600, 0, true, 5);
+    m_Field.GetEdit().SetSel(0, -1);
+    CHeadless::Type("-12.5");
+    CHeadless::Key(35);
+    EXPECT_EQ(m_Owner.received, (std::vector<UINT>{WM_INPUTVAL_RETURN, WM_INPUTVAL_RETURN}));
+    EXPECT_EQ(m_Owner.textAtReturn, "-125");
+    EXPECT_FALSE(m_Field.IsWindowVisible());
+}
+
+TEST_F(EntryFieldTest, EscapeHidesWithoutAValue)
+{
+    Open(100, 0, 1000, false, 4);
+    m_Field.GetEdit().SetSel(0, -1);
+    CHeadless::Type("55");
+    CHeadless::Key(VK_ESCAPE_KEY);
+    EXPECT_EQ(m_Owner.received, std::vector<UINT>{WM_INPUTVAL_ESCAPE});
+    EXPECT_FALSE(m_Field.IsWindowVisible());
+    EXPECT_EQ(CWnd::GetFocus(), &m_Owner); // focus back to the parent
+
+    // Other keys stay with the edit field.
+    Open(100, 0, 1000, false, 4);
+    CHeadless::Key(VK_LEFT);
+    CHeadless::Key(VK_RIGHT);
+    EXPECT_EQ(m_Owner.received.size(), 1u);
+    EXPECT_TRUE(m_Field.IsWindowVisible());
+}
+
+TEST_F(EntryFieldTest, SpinStepsTheScaledValue)
+{
+    Open(50, 0, 51, false, 4);
+    m_Field.GetSpin().Step(1);
+    EXPECT_EQ(EditText(), "51");
+    EXPECT_EQ(Image(), "51");
+    m_Field.GetSpin().Step(1); // stops at the maximum
+    EXPECT_EQ(Image(), "51");
+}
+
+TEST(EntryFieldNoWindow, CallsBeforeCreationAreHarmless)
+{
+    CVRXFloatEditWnd field;
+    field.SetNewValue(1, 0, 2);
+    field.SetSingnFlag(true);
+    field.ChangeSize(4, true);
+    EXPECT_EQ(field.GetMaxChars(), 5);
+    CString text;
+    field.GetText(text);
+    EXPECT_TRUE(text.IsEmpty());
+    char title[] = "";
+    EXPECT_FALSE(field.MakeWindow(nullptr, nullptr, title, nullptr, 6, nullptr, false));
+}
+} // namespace

@@ -1,0 +1,234 @@
+// Preset save dialog on the headless toolkit, driven as a user would through
+// the modal hook: the slot list and name it opens with, the 23-byte
+// Shift-JIS name rule, slot changes and Cancel.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <functional>
+#include <string>
+
+#include "ADeEsser.h"
+#include "AfxWin.h"
+#include "CHeadless.h"
+#include "CPresetSaveDlg.h"
+
+namespace
+{
+VstIntPtr SilentHost(AEffect*, VstInt32, VstInt32, VstIntPtr, void*, float)
+{
+    return 0;
+}
+
+// Shift-JIS bytes of UTF-8 text, by iconv through the toolkit.
+std::string Sjis(const char* utf8)
+{
+    CString out;
+    EXPECT_TRUE(UTF8ToSJSINS(utf8, out));
+    return out.GetString();
+}
+
+// "ボーカル" and twelve kanji (24 Shift-JIS bytes).
+const char kVocalUtf8[] = "\xE3\x83\x9C\xE3\x83\xBC\xE3\x82\xAB\xE3\x83\xAB";
+const char kTwelveKanji[] = "\xE6\xBC\xA2\xE5\xAD\x97\xE6\xBC\xA2\xE5\xAD\x97\xE6\xBC\xA2\xE5"
+                            "\xAD\x97\xE6\xBC\xA2\xE5\xAD\x97\xE6\xBC\xA2\xE5\xAD\x97\xE6\xBC"
+                            "\xA2\xE5\xAD\x97"; // 漢字 x 6
+
+class SaveDialogTest : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(CHeadless::Use() || std::string(CToolkit::BackendName()) == "headless");
+        m_Effect = new ADeEsser(SilentHost);
+        SetName(5, "Vocal S");
+        SetName(9, Sjis(kVocalUtf8).c_str());
+        m_Effect->setProgram(5);
+        m_Frame.SetNativeView((void*)0x1);
+        LPCTSTR cls = AfxRegisterWndClass(CS_DBLCLKS);
+        ASSERT_TRUE(m_Panel.Create(cls, "panel", WS_CHILD | WS_VISIBLE, CRect(0, 0, 450, 210),
+                                   &m_Frame, 0));
+    }
+    void TearDown() override
+    {
+        CHeadless::SetModalHook(nullptr);
+        m_Panel.DestroyWindow();
+        m_Frame.SetNativeView(nullptr);
+        delete m_Effect;
+    }
+
+    void SetName(int slot, const char* sjis)
+    {
+        m_Effect->setProgram(slot);
+        char name[kProgramNameSize] = {};
+        std::strncpy(name, sjis, kProgramNameSize - 1);
+        m_Effect->setProgramName(name);
+    }
+
+    // Runs the dialog; `act` is called once, on the first turn of its modal
+    // loop, with the dialog. Returns DoModal's result.
+    INT_PTR Run(CPresetSaveDlg& dlg, std::function<void(CPresetSaveDlg&)> act)
+    {
+        bool acted = false;
+        CHeadless::SetModalHook(
+            [&](CWnd* modal)
+            {
+                if (acted || modal != &dlg)
+                    return;
+                acted = true;
+                act(dlg);
+            });
+        INT_PTR result = dlg.DoModal();
+        CHeadless::SetModalHook(nullptr);
+        EXPECT_TRUE(acted);
+        return result;
+    }
+
+    static std::string ItemText(CWnd& dlg, int id)
+    {
+        CString text;
+        dlg.GetDlgItemText(id, text);
+        return text.GetString();
+    }
+    static void Press(CWnd& dlg, int id)
+    {
+        CWnd* button = dlg.GetDlgItem(id);
+        ASSERT_NE(button, nullptr);
+        CRect r;
+        button->GetClientRect(&r);
+        CHeadless::Click(button, CPoint(r.Width() / 2, r.Height() / 2));
+    }
+    // Replaces the name field's text by typing.
+    static void TypeName(CWnd& dlg, const char* utf8)
+    {
+        CEdit* edit = static_cast<CEdit*>(dlg.GetDlgItem(IDC_PRESETNAME));
+        ASSERT_NE(edit, nullptr);
+        edit->SetFocus();
+        edit->SetSel(0, -1);
+        CHeadless::Type(utf8);
+    }
+
+    ADeEsser* m_Effect = nullptr;
+    CFrameWnd m_Frame;
+    CWnd m_Panel;
+};
+
+TEST_F(SaveDialogTest, OpensAtTheCurrentProgram)
+{
+    CPresetSaveDlg dlg(&m_Panel, m_Effect);
+    INT_PTR result =
+        Run(dlg,
+            [](CPresetSaveDlg& d)
+            {
+                ASSERT_EQ(d.m_PGMCombo.GetCount(), 32);
+                EXPECT_EQ(d.m_PGMCombo.GetCurSel(), 5);
+                CString line;
+                d.m_PGMCombo.GetLBText(5, line);
+                EXPECT_STREQ(line, "6:Vocal S");
+                d.m_PGMCombo.GetLBText(9, line);
+                EXPECT_EQ(std::string(line.GetString()), std::string("10:") + kVocalUtf8);
+                d.m_PGMCombo.GetLBText(0, line);
+                EXPECT_EQ(std::string(line.GetString()).substr(0, 2), "1:");
+                d.m_PGMCombo.GetLBText(31, line);
+                EXPECT_EQ(std::string(line.GetString()).substr(0, 3), "32:");
+                EXPECT_EQ(ItemText(d, IDC_PRESETNAME), "Vocal S");
+                // Every control of the layout is there and inside the dialog.
+                CRect client;
+                d.GetClientRect(&client);
+                for (int id : {IDC_PGMCOMBO, IDC_PRESETNAME, IDOK, IDCANCEL})
+                {
+                    CWnd* item = d.GetDlgItem(id);
+                    ASSERT_NE(item, nullptr) << id;
+                    CRect r;
+                    item->GetWindowRect(&r);
+                    d.ScreenToClient(&r);
+                    EXPECT_GE(r.left, 0);
+                    EXPECT_LE(r.right, client.right);
+                    EXPECT_LE(r.bottom, client.bottom);
+                    EXPECT_GE(r.Height(), 16);
+                }
+                Press(d, IDCANCEL);
+            });
+    EXPECT_EQ(result, IDCANCEL);
+    EXPECT_EQ(m_Effect->getProgram(), 5); // the dialog changes nothing
+}
+
+TEST_F(SaveDialogTest, LongAsciiNameKeepsTwentyThreeBytes)
+{
+    CPresetSaveDlg dlg(&m_Panel, m_Effect);
+    const char* typed = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123"; // 30 characters
+    INT_PTR result = Run(dlg,
+                         [&](CPresetSaveDlg& d)
+                         {
+                             TypeName(d, typed);
+                             EXPECT_EQ(ItemText(d, IDC_PRESETNAME), typed);
+                             Press(d, IDOK);
+                         });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(dlg.m_nSelect, 5);
+    EXPECT_EQ(std::string(dlg.m_strName.GetString()), std::string(typed, 23));
+}
+
+TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
+{
+    ASSERT_EQ(Sjis(kTwelveKanji).size(), 24u);
+    CPresetSaveDlg dlg(&m_Panel, m_Effect);
+    INT_PTR result = Run(dlg,
+                         [](CPresetSaveDlg& d)
+                         {
+                             TypeName(d, kTwelveKanji);
+                             Press(d, IDOK);
+                         });
+    EXPECT_EQ(result, IDOK);
+    // Byte 22 is the lead byte of the twelfth character: eleven remain.
+    EXPECT_EQ(std::string(dlg.m_strName.GetString()), Sjis(kTwelveKanji).substr(0, 22));
+    CString back;
+    EXPECT_TRUE(CheckSJISAndToUFT8(dlg.m_strName, back));
+    EXPECT_EQ(std::string(back.GetString()), std::string(kTwelveKanji, 33));
+
+    // The rule on its own: 23 bytes ending in a single-byte character stay.
+    std::string mixed = std::string(kTwelveKanji, 33) + "ab";
+    EXPECT_EQ(std::string(CPresetSaveDlg::MakeProgramName(mixed.c_str()).GetString()),
+              Sjis(mixed.c_str()).substr(0, 23));
+    EXPECT_STREQ(CPresetSaveDlg::MakeProgramName(""), "");
+    EXPECT_STREQ(CPresetSaveDlg::MakeProgramName("Short"), "Short");
+}
+
+TEST_F(SaveDialogTest, ChoosingASlotReplacesTheTypedName)
+{
+    CPresetSaveDlg dlg(&m_Panel, m_Effect);
+    INT_PTR result = Run(dlg,
+                         [](CPresetSaveDlg& d)
+                         {
+                             TypeName(d, "typed over");
+                             d.m_PGMCombo.SelectByUser(9);
+                             EXPECT_EQ(ItemText(d, IDC_PRESETNAME), kVocalUtf8);
+                             Press(d, IDOK);
+                         });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(dlg.m_nSelect, 9);
+    EXPECT_EQ(std::string(dlg.m_strName.GetString()), Sjis(kVocalUtf8));
+}
+
+TEST_F(SaveDialogTest, NameFillingTheWholeFieldIsReadSafely)
+{
+    // A name with no terminator in its 24 bytes (e.g. from a foreign chunk).
+    ADeEsserProgram full;
+    std::memset(full.name, 'N', sizeof(full.name));
+    ADeEsserProgram bank[kNumPrograms];
+    for (auto& p : bank)
+        p = full;
+    bank[0].bankCurProgram = 3;
+    m_Effect->setChunk(bank, (VstInt32)sizeof(bank), false);
+    CPresetSaveDlg dlg(&m_Panel, m_Effect);
+    INT_PTR result = Run(dlg,
+                         [](CPresetSaveDlg& d)
+                         {
+                             std::string shown = ItemText(d, IDC_PRESETNAME);
+                             EXPECT_LE(shown.size(), 24u);
+                             EXPECT_EQ(shown.find_first_not_of('N'), std::string::npos);
+                             Press(d, IDOK);
+                         });
+    EXPECT_EQ(result, IDOK);
+    EXPECT_LE(dlg.m_strName.GetLength(), 23);
+}
+} // namespace
