@@ -375,6 +375,21 @@ TEST(HostDeEsser, RenderMatchesDirectVstProcessing)
     EXPECT_GT(maxDifference(rendered, x), 0.05);
 }
 
+// The plug-in switches itself on when the host starts processing; a bypass
+// asked for with --set must still hold then, so the output equals the input.
+TEST(HostDeEsser, BypassSetOnTheCommandLineHoldsWhileProcessing)
+{
+    REQUIRE_DEESSER();
+    TempDir dir;
+    std::vector<float> x = TestSignal(2, 44100, 30000);
+    WriteSound(dir / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100, x);
+    RunResult r = RunDeEsser({"render", dir / "in.wav", dir / "out.wav", "--set", "ON/OFF=OFF",
+                              "--set", "Input=0", "--set", "Threshold=-60", "--set", "Ratio=8"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    SF_INFO info;
+    EXPECT_EQ(maxDifference(ReadSound(dir / "out.wav", &info), x), 0.0);
+}
+
 TEST(HostDeEsser, DisplayUnitSettingsAreCheckedAndMonoStaysMono)
 {
     REQUIRE_DEESSER();
