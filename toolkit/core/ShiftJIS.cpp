@@ -12,16 +12,26 @@ namespace
 {
 const char kReplacementUtf8[] = "\xEF\xBF\xBD"; // U+FFFD
 
-// Length of the UTF-8 sequence starting with `lead`, 1 for a stray byte.
-size_t Utf8SequenceLength(unsigned char lead)
+// Length of the well-formed UTF-8 sequence at `s` (at most `left` bytes),
+// or 1 for a stray or broken byte.
+size_t Utf8SequenceLength(const char* s, size_t left)
 {
+    unsigned char lead = (unsigned char)s[0];
+    size_t n = 1;
     if (lead >= 0xF0 && lead <= 0xF4)
-        return 4;
-    if (lead >= 0xE0)
-        return lead <= 0xEF ? 3 : 1;
-    if (lead >= 0xC2 && lead <= 0xDF)
-        return 2;
-    return 1;
+        n = 4;
+    else if (lead >= 0xE0 && lead <= 0xEF)
+        n = 3;
+    else if (lead >= 0xC2 && lead <= 0xDF)
+        n = 2;
+    if (n > left)
+        return 1;
+    for (size_t i = 1; i < n; ++i)
+    {
+        if (((unsigned char)s[i] & 0xC0) != 0x80)
+            return 1;
+    }
+    return n;
 }
 
 // Converts `in` from one encoding to another; each unconvertible unit is
@@ -50,7 +60,7 @@ bool Convert(const char* to, const char* from, const char* text, const char* rep
         // EILSEQ (invalid or unmappable) or EINVAL (cut short at the end).
         clean = false;
         out += replacement;
-        size_t skip = utf8Source ? Utf8SequenceLength((unsigned char)*in) : 1;
+        size_t skip = utf8Source ? Utf8SequenceLength(in, inLeft) : 1;
         if (skip > inLeft)
             skip = inLeft;
         in += skip;

@@ -93,6 +93,7 @@ int RunMessageBox(CWnd* parent, LPCTSTR text, LPCTSTR caption, UINT type)
     AfxRegisterDialogTemplate(kMessageBoxTemplate, t);
     CAfxMessageBox box(parent, type);
     INT_PTR r = box.DoModal();
+    AfxRegisterDialogTemplate(kMessageBoxTemplate, AfxDlgTemplate{}); // drop the texts
     if (r < 0)
         return kind == MB_OK ? IDOK : IDCANCEL;
     return (int)r;

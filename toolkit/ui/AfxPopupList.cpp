@@ -72,11 +72,14 @@ int CAfxPopupList::Run(const std::vector<Entry>& entries, CPoint screen, int min
         return -1;
     if (m_hWnd->native)
         m_hWnd->native->GrabPointer(true);
+    CWnd* oldFocus = CWnd::GetFocus();
     SetFocus();
     CToolkit::RunModalLoop(this, m_bDone);
     if (m_hWnd && m_hWnd->native)
         m_hWnd->native->GrabPointer(false);
     DestroyWindow();
+    if (oldFocus && oldFocus->m_hWnd)
+        oldFocus->SetFocus();
     return m_nResult;
 }
 

@@ -1,0 +1,296 @@
+// Drawing: raster operations on known pixels, scaled copies, PNG loading and
+// resources, fonts, text extents and clipped text.
+#include <gtest/gtest.h>
+
+#include <cairo.h>
+#include <string>
+#include <vector>
+
+#include "AfxWin.h"
+#include "CHeadless.h"
+
+namespace
+{
+// A bitmap of the given size filled with one colour.
+void MakeFilled(CBitmap& bmp, int w, int h, COLORREF color)
+{
+    ASSERT_TRUE(bmp.CreateBitmap(w, h));
+    CDC dc;
+    dc.CreateCompatibleDC(nullptr);
+    dc.SelectObject(&bmp);
+    dc.FillSolidRect(0, 0, w, h, color);
+    dc.ExitDrawing();
+}
+
+COLORREF PixelOf(CBitmap& bmp, int x, int y)
+{
+    CDC dc;
+    dc.CreateCompatibleDC(nullptr);
+    dc.SelectObject(&bmp);
+    return dc.GetPixel(x, y);
+}
+
+cairo_status_t AppendPng(void* closure, const unsigned char* data, unsigned int length)
+{
+    static_cast<std::vector<unsigned char>*>(closure)->insert(
+        static_cast<std::vector<unsigned char>*>(closure)->end(), data, data + length);
+    return CAIRO_STATUS_SUCCESS;
+}
+
+// PNG bytes of a w x h image: left half red, right half opaque blue.
+std::vector<unsigned char> TwoColourPng(int w, int h)
+{
+    cairo_surface_t* s = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
+    cairo_t* cr = cairo_create(s);
+    cairo_set_source_rgb(cr, 1, 0, 0);
+    cairo_rectangle(cr, 0, 0, w / 2, h);
+    cairo_fill(cr);
+    cairo_set_source_rgb(cr, 0, 0, 1);
+    cairo_rectangle(cr, w / 2, 0, w - w / 2, h);
+    cairo_fill(cr);
+    cairo_destroy(cr);
+    std::vector<unsigned char> png;
+    cairo_surface_write_to_png_stream(s, AppendPng, &png);
+    cairo_surface_destroy(s);
+    return png;
+}
+} // namespace
+
+TEST(ToolkitDrawing, BitBltCopyAndXorOnKnownPixels)
+{
+    const COLORREF dstColor = RGB(0xF0, 0x0F, 0xAA);
+    const COLORREF srcColor = RGB(0x3C, 0xFF, 0x55);
+    for (DWORD rop : {(DWORD)SRCCOPY, (DWORD)SRCAND, (DWORD)SRCINVERT})
+    {
+        CBitmap dst, src;
+        MakeFilled(dst, 8, 8, dstColor);
+        MakeFilled(src, 4, 4, srcColor);
+        CDC dstDC, srcDC;
+        dstDC.CreateCompatibleDC(nullptr);
+        srcDC.CreateCompatibleDC(&dstDC);
+        dstDC.SelectObject(&dst);
+        srcDC.SelectObject(&src);
+        // 3x3 from (1,1) of the source to (2,2): the source has only 3x3
+        // pixels there, so nothing beyond (4,4) changes.
+        ASSERT_TRUE(dstDC.BitBlt(2, 2, 5, 5, &srcDC, 1, 1, rop));
+        COLORREF expected = rop == SRCCOPY  ? srcColor
+                            : rop == SRCAND ? RGB(0x30, 0x0F, 0x00)
+                                            : RGB(0xCC, 0xF0, 0xFF);
+        for (int y = 0; y < 8; ++y)
+        {
+            for (int x = 0; x < 8; ++x)
+            {
+                bool inside = x >= 2 && x <= 4 && y >= 2 && y <= 4;
+                EXPECT_EQ(dstDC.GetPixel(x, y), inside ? expected : dstColor)
+                    << "rop " << std::hex << rop << " at " << std::dec << x << "," << y;
+            }
+        }
+    }
+}
+
+TEST(ToolkitDrawing, XorTwiceRestoresAndMaskDrawingShowsTheBackground)
+{
+    // The switch's disable-image drawing: xor, and with a mask, xor again
+    // leaves the background where the mask is white and the image where it
+    // is black.
+    const COLORREF bg = RGB(0x12, 0x34, 0x56);
+    const COLORREF img = RGB(0xAB, 0xCD, 0xEF);
+    CBitmap back, image, mask;
+    MakeFilled(back, 4, 1, bg);
+    MakeFilled(image, 4, 1, img);
+    MakeFilled(mask, 4, 1, RGB(255, 255, 255));
+    {
+        CDC m;
+        m.CreateCompatibleDC(nullptr);
+        m.SelectObject(&mask);
+        m.FillSolidRect(0, 0, 2, 1, RGB(0, 0, 0)); // black on the left half
+    }
+    CDC backDC, imageDC, maskDC;
+    backDC.CreateCompatibleDC(nullptr);
+    imageDC.CreateCompatibleDC(nullptr);
+    maskDC.CreateCompatibleDC(nullptr);
+    backDC.SelectObject(&back);
+    imageDC.SelectObject(&image);
+    maskDC.SelectObject(&mask);
+    backDC.BitBlt(0, 0, 4, 1, &imageDC, 0, 0, SRCINVERT);
+    backDC.BitBlt(0, 0, 4, 1, &maskDC, 0, 0, SRCAND);
+    backDC.BitBlt(0, 0, 4, 1, &imageDC, 0, 0, SRCINVERT);
+    EXPECT_EQ(backDC.GetPixel(0, 0), img);
+    EXPECT_EQ(backDC.GetPixel(1, 0), img);
+    EXPECT_EQ(backDC.GetPixel(2, 0), bg);
+    EXPECT_EQ(backDC.GetPixel(3, 0), bg);
+}
+
+TEST(ToolkitDrawing, BitmapContextsStretchAndOverlap)
+{
+    CDC off;
+    ASSERT_TRUE(off.CreateBitmapDC(10, 6));
+    EXPECT_EQ(off.GetTargetSize(), CSize(10, 6));
+    off.FillSolidRect(0, 0, 10, 6, RGB(0, 0, 0));
+    off.FillSolidRect(0, 0, 2, 2, RGB(255, 255, 255));
+    // Overlapping copy within one context reads the source before writing.
+    off.BitBlt(1, 1, 3, 3, &off, 0, 0, SRCCOPY);
+    EXPECT_EQ(off.GetPixel(1, 1), RGB(255, 255, 255));
+    EXPECT_EQ(off.GetPixel(2, 2), RGB(255, 255, 255));
+    EXPECT_EQ(off.GetPixel(3, 3), RGB(0, 0, 0));
+
+    CDC big;
+    ASSERT_TRUE(big.CreateBitmapDC(20, 20));
+    big.FillSolidRect(0, 0, 20, 20, RGB(0, 255, 0));
+    ASSERT_TRUE(big.StretchBlt(0, 0, 8, 8, &off, 0, 0, 2, 2, SRCCOPY));
+    EXPECT_EQ(big.GetPixel(3, 3), RGB(255, 255, 255));
+    EXPECT_EQ(big.GetPixel(9, 9), RGB(0, 255, 0));
+    EXPECT_FALSE(big.StretchBlt(0, 0, 0, 8, &off, 0, 0, 2, 2, SRCCOPY));
+
+    EXPECT_FALSE(off.CreateBitmapDC(0, 5));
+    EXPECT_FALSE(off.BitBlt(0, 0, 1, 1, nullptr, 0, 0, SRCCOPY));
+    EXPECT_EQ(off.GetPixel(0, 0), CLR_INVALID);
+}
+
+TEST(ToolkitDrawing, PngFromMemoryResourcesAndBadData)
+{
+    std::vector<unsigned char> png = TwoColourPng(6, 4);
+    CBitmap bmp;
+    ASSERT_TRUE(bmp.LoadPNG(png.data(), png.size()));
+    EXPECT_EQ(bmp.GetSize(), CSize(6, 4));
+    EXPECT_EQ(PixelOf(bmp, 0, 0), RGB(255, 0, 0));
+    EXPECT_EQ(PixelOf(bmp, 5, 3), RGB(0, 0, 255));
+
+    AfxRegisterResource("5000.png", png.data(), png.size());
+    HBITMAP loaded = LoadBitmap0(5000, "com.example.bundle");
+    ASSERT_NE(loaded, nullptr);
+    EXPECT_EQ(GetBitmapSize0(loaded), CSize(6, 4));
+    CBitmap attached;
+    EXPECT_TRUE(attached.Attach(loaded));
+    EXPECT_EQ(attached.GetSafeHandle(), (HGDIOBJ)loaded);
+    EXPECT_EQ(LoadBitmap0(5999, nullptr), nullptr); // missing resource
+    EXPECT_EQ(GetBitmapSize0(nullptr), CSize());
+
+    // Truncated and foreign data load nothing, without crashing.
+    EXPECT_FALSE(bmp.LoadPNG(png.data(), png.size() / 2));
+    EXPECT_EQ(bmp.GetSize(), CSize());
+    const char notPng[] = "GIF89a....";
+    EXPECT_FALSE(bmp.LoadPNG(notPng, sizeof(notPng)));
+    EXPECT_FALSE(bmp.LoadPNG(nullptr, 10));
+    EXPECT_FALSE(bmp.LoadPNGFile("/nonexistent/5000.png"));
+    AfxRegisterResource("5001.png", notPng, sizeof(notPng));
+    EXPECT_EQ(LoadBitmap0(5001, nullptr), nullptr);
+}
+
+TEST(ToolkitDrawing, FontsFallBackAndMeasureText)
+{
+    CFont small, large;
+    ASSERT_TRUE(small.CreatePointFont(9, "Osaka"));
+    ASSERT_TRUE(large.CreatePointFont(120, "Osaka")); // tenths of a point
+    EXPECT_DOUBLE_EQ(small.GetPixelSize(), 9.0);
+    EXPECT_DOUBLE_EQ(large.GetPixelSize(), 12.0);
+    EXPECT_FALSE(small.GetFamily().IsEmpty());
+    EXPECT_FALSE(CFont().CreatePointFont(0, "Osaka"));
+
+    CDC dc;
+    dc.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
+    dc.SelectObject(&small);
+    CSize a = dc.GetTextExtent(CString("A"));
+    CSize aaaa = dc.GetTextExtent(CString("AAAA"));
+    EXPECT_GT(a.cx, 0);
+    EXPECT_GT(a.cy, 0);
+    EXPECT_NEAR(aaaa.cx, 4 * a.cx, 4);
+    EXPECT_EQ(dc.GetTextExtent(CString("")).cx, 0);
+    CFont* previous = dc.SelectObject(&large);
+    EXPECT_EQ(previous, &small);
+    EXPECT_GT(dc.GetTextExtent(CString("AAAA")).cx, aaaa.cx);
+    // Japanese text has width too (the fallback face covers it), and bad
+    // UTF-8 is measured rather than refused.
+    EXPECT_GT(dc.GetTextExtent(CString("\xE3\x83\x97\xE3\x83\xAA")).cx, 0);
+    EXPECT_GT(dc.GetTextExtent(CString("a\xFF"
+                                       "b"))
+                  .cx,
+              0);
+}
+
+TEST(ToolkitDrawing, TextIsDrawnAtItsTopLeftAndClipped)
+{
+    CFont font;
+    ASSERT_TRUE(font.CreatePointFont(12, "Osaka"));
+    auto darkColumns = [](CDC& dc, int x0, int x1)
+    {
+        int dark = 0;
+        for (int x = x0; x < x1; ++x)
+            for (int y = 0; y < 30; ++y)
+                dark += GetRValue(dc.GetPixel(x, y)) < 128 ? 1 : 0;
+        return dark;
+    };
+    for (bool clipped : {false, true})
+    {
+        CDC dc;
+        ASSERT_TRUE(dc.CreateBitmapDC(120, 30));
+        dc.FillSolidRect(0, 0, 120, 30, RGB(255, 255, 255));
+        dc.SelectObject(&font);
+        dc.SetBkMode(TRANSPARENT);
+        EXPECT_EQ(dc.SetTextColor(RGB(0, 0, 0)), 0u);
+        CRect clip(0, 0, 20, 30);
+        CString text("WWWWWWWW");
+        ASSERT_GT(dc.GetTextExtent(text).cx, 40);
+        dc.ExtTextOut(4, 5, clipped ? ETO_CLIPPED : 0, &clip, text, nullptr);
+        EXPECT_GT(darkColumns(dc, 4, 20), 0);
+        EXPECT_EQ(darkColumns(dc, 0, 4), 0); // nothing left of x
+        if (clipped)
+            EXPECT_EQ(darkColumns(dc, 20, 120), 0);
+        else
+            EXPECT_GT(darkColumns(dc, 20, 120), 0);
+        // Nothing above the top edge given.
+        for (int x = 0; x < 120; ++x)
+            for (int y = 0; y < 5; ++y)
+                EXPECT_GT(GetRValue(dc.GetPixel(x, y)), 128) << x << "," << y;
+    }
+}
+
+TEST(ToolkitDrawing, OpaqueTextFillsItsBackground)
+{
+    CDC dc;
+    ASSERT_TRUE(dc.CreateBitmapDC(60, 20));
+    dc.FillSolidRect(0, 0, 60, 20, RGB(255, 255, 255));
+    dc.SetBkMode(OPAQUE);
+    dc.SetBkColor(RGB(0, 0, 255));
+    dc.SetTextColor(RGB(255, 0, 0));
+    CSize ext = dc.GetTextExtent(CString("ii"));
+    dc.ExtTextOut(0, 0, 0, nullptr, CString("ii"), nullptr);
+    EXPECT_EQ(dc.GetPixel(0, ext.cy - 1), RGB(0, 0, 255));
+    EXPECT_EQ(dc.GetPixel(ext.cx + 2, 1), RGB(255, 255, 255));
+}
+
+TEST(ToolkitDrawing, PaintAndClientContextsDrawIntoTheWindow)
+{
+    ASSERT_TRUE(CHeadless::Use());
+    CWnd wnd;
+    ASSERT_TRUE(wnd.Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(0, 0, 30, 20), nullptr, 0));
+    CToolkit::Pump();
+    {
+        CClientDC dc(&wnd);
+        dc.FillSolidRect(0, 0, 30, 20, RGB(10, 200, 30));
+    }
+    EXPECT_EQ(CHeadless::GetPixel(&wnd, 29, 19), RGB(10, 200, 30));
+    // A paint cycle is clipped to the invalid area.
+    CRect part(0, 0, 10, 10);
+    wnd.InvalidateRect(&part, FALSE);
+    {
+        CPaintDC dc(&wnd);
+        EXPECT_EQ(dc.m_rcPaint, part);
+        dc.FillSolidRect(0, 0, 30, 20, RGB(255, 0, 0));
+    }
+    EXPECT_EQ(CHeadless::GetPixel(&wnd, 5, 5), RGB(255, 0, 0));
+    EXPECT_EQ(CHeadless::GetPixel(&wnd, 15, 15), RGB(10, 200, 30));
+    HBITMAP shot = CHeadless::Snapshot(&wnd);
+    ASSERT_NE(shot, nullptr);
+    CBitmap snap;
+    snap.Attach(shot);
+    EXPECT_EQ(PixelOf(snap, 5, 5), RGB(255, 0, 0));
+    wnd.DestroyWindow();
+    // A context outliving its window draws into an orphaned image safely.
+    CWnd gone;
+    ASSERT_TRUE(gone.Create(nullptr, "", WS_POPUP, CRect(0, 0, 5, 5), nullptr, 0));
+    CClientDC late(&gone);
+    gone.DestroyWindow();
+    late.FillSolidRect(0, 0, 5, 5, RGB(1, 2, 3));
+    EXPECT_EQ(late.GetPixel(1, 1), RGB(1, 2, 3));
+}

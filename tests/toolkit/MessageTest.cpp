@@ -1,0 +1,369 @@
+// Windows and messages on the headless backend: message-map search order,
+// creation, sent and posted messages, paint scheduling, timers, mouse
+// routing with capture and double clicks, and the host frame.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "AfxWin.h"
+#include "CHeadless.h"
+
+namespace
+{
+std::vector<std::string> g_Log;
+
+class CBaseWnd : public CWnd
+{
+public:
+    int m_nCreateResult = 0;
+    int OnCreate(LPCREATESTRUCT cs)
+    {
+        g_Log.push_back("base:create " + std::to_string(cs->cx) + "x" + std::to_string(cs->cy));
+        return CWnd::OnCreate(cs) == 0 ? m_nCreateResult : -1;
+    }
+    void OnLButtonDown(UINT, CPoint p)
+    {
+        g_Log.push_back("base:down " + std::to_string(p.x) + "," + std::to_string(p.y));
+    }
+    void OnDestroy() { g_Log.push_back("base:destroy"); }
+    void OnBaseCommand(UINT id) { g_Log.push_back("base:cmd " + std::to_string(id)); }
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(CBaseWnd, CWnd)
+ON_WM_CREATE()
+ON_WM_LBUTTONDOWN()
+ON_WM_DESTROY()
+ON_COMMAND_RANGE(1000, 1300, OnBaseCommand)
+END_MESSAGE_MAP()
+
+const UINT WM_TEST_USER = 0x0A01;
+
+class CDerivedWnd : public CBaseWnd
+{
+public:
+    int m_nPaints = 0;
+    void OnLButtonDown(UINT, CPoint) { g_Log.push_back("derived:down"); }
+    void OnRange(UINT id) { g_Log.push_back("derived:range " + std::to_string(id)); }
+    void OnSpecial() { g_Log.push_back("derived:special"); }
+    void OnSelChange() { g_Log.push_back("derived:selchange"); }
+    LRESULT OnUser(WPARAM w, LPARAM l)
+    {
+        g_Log.push_back("derived:user " + std::to_string(w) + "," + std::to_string(l));
+        return 42;
+    }
+    void OnPaint()
+    {
+        ++m_nPaints;
+        CPaintDC dc(this);
+        dc.FillSolidRect(&dc.m_rcPaint, RGB(0, 128, 255));
+    }
+    DECLARE_MESSAGE_MAP()
+};
+
+// The range comes before the single id, so it wins for 1050.
+BEGIN_MESSAGE_MAP(CDerivedWnd, CBaseWnd)
+ON_WM_LBUTTONDOWN()
+ON_WM_PAINT()
+ON_COMMAND_RANGE(1010, 1110, OnRange)
+ON_COMMAND(1050, OnSpecial)
+ON_COMMAND(1200, OnSpecial)
+ON_CBN_SELCHANGE(1120, OnSelChange)
+ON_MESSAGE(WM_TEST_USER, OnUser)
+END_MESSAGE_MAP()
+
+class ToolkitMessages : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(CHeadless::Use());
+        g_Log.clear();
+    }
+    void TearDown() override { EXPECT_EQ(CToolkit::WindowCount(), 0); }
+};
+} // namespace
+
+TEST_F(ToolkitMessages, MessageMapsAreSearchedDerivedFirstInTableOrder)
+{
+    CDerivedWnd wnd;
+    ASSERT_TRUE(wnd.Create(nullptr, "w", WS_POPUP | WS_VISIBLE, CRect(0, 0, 100, 50), nullptr, 0));
+    g_Log.clear();
+
+    wnd.SendMessage(WM_LBUTTONDOWN, 0, MAKELPARAM(3, 4)); // derived hides base
+    wnd.SendMessage(WM_COMMAND, MAKEWPARAM(1050, 0), 0);  // range listed first
+    wnd.SendMessage(WM_COMMAND, MAKEWPARAM(1200, 0), 0);  // only the single id matches
+    wnd.SendMessage(WM_COMMAND, MAKEWPARAM(1250, 0), 0);  // falls through to the base map
+    wnd.SendMessage(WM_COMMAND, MAKEWPARAM(1120, CBN_SELCHANGE), 0);
+    wnd.SendMessage(WM_COMMAND, MAKEWPARAM(1121, CBN_SELCHANGE), 0); // no entry: ignored
+    EXPECT_EQ(wnd.SendMessage(WM_TEST_USER, 7, -3), 42);
+    std::vector<std::string> expected = {"derived:down",      "derived:range 1050",
+                                         "derived:special",   "base:cmd 1250",
+                                         "derived:selchange", "derived:user 7,-3"};
+    EXPECT_EQ(g_Log, expected);
+    EXPECT_EQ(wnd.FindMessageEntry(WM_TIMER, 0), nullptr);
+    ASSERT_NE(wnd.FindMessageEntry(WM_CREATE, 0), nullptr);
+    EXPECT_EQ(wnd.FindMessageEntry(WM_CREATE, 0)->nSig, (UINT)AfxSig_is);
+
+    g_Log.clear();
+    wnd.DestroyWindow();
+    EXPECT_EQ(g_Log, std::vector<std::string>{"base:destroy"});
+    EXPECT_EQ(wnd.m_hWnd, nullptr);
+    EXPECT_EQ(wnd.SendMessage(WM_TEST_USER, 1, 1), 0); // no window: nothing dispatched
+}
+
+TEST_F(ToolkitMessages, CreateSendsCreateBeforeReturningAndHonoursFailure)
+{
+    CFrameWnd frame;
+    frame.SetNativeView((void*)0x1234);
+    ASSERT_NE(frame.m_hWnd, nullptr);
+    EXPECT_EQ(frame.GetNativeView(), (void*)0x1234);
+
+    CBaseWnd child;
+    ASSERT_TRUE(child.Create(AfxRegisterWndClass(CS_DBLCLKS, LoadCursor(nullptr, IDC_ARROW),
+                                                 (HBRUSH)GetStockObject(NULL_BRUSH)),
+                             "UIWindow", WS_CHILD | WS_VISIBLE, CRect(0, 0, 450, 210), &frame, 0));
+    EXPECT_EQ(g_Log, std::vector<std::string>{"base:create 450x210"});
+    EXPECT_EQ(child.GetParent(), &frame);
+    EXPECT_TRUE(child.IsWindowVisible());
+    CRect r;
+    child.GetClientRect(&r);
+    EXPECT_EQ(r, CRect(0, 0, 450, 210));
+    child.MoveWindow(5, 6, 100, 80);
+    child.GetClientRect(&r);
+    EXPECT_EQ(r, CRect(0, 0, 100, 80));
+    CPoint p(1, 2);
+    child.ClientToScreen(&p);
+    EXPECT_EQ(p, CPoint(6, 8));
+
+    CBaseWnd failing;
+    failing.m_nCreateResult = -1;
+    EXPECT_FALSE(failing.Create(nullptr, "", WS_CHILD, CRect(0, 0, 10, 10), &frame, 1));
+    EXPECT_EQ(failing.m_hWnd, nullptr);
+    // A child needs a parent.
+    CBaseWnd orphan;
+    EXPECT_FALSE(orphan.Create(nullptr, "", WS_CHILD, CRect(0, 0, 10, 10), nullptr, 1));
+
+    // Destroying the frame takes its child along.
+    frame.SetNativeView(nullptr);
+    EXPECT_EQ(child.m_hWnd, nullptr);
+    EXPECT_EQ(frame.m_hWnd, nullptr);
+}
+
+TEST_F(ToolkitMessages, PostedMessagesWaitForThePump)
+{
+    CDerivedWnd wnd;
+    ASSERT_TRUE(wnd.Create(nullptr, "", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 0));
+    g_Log.clear();
+    EXPECT_TRUE(wnd.PostMessage(WM_TEST_USER, 1, 2));
+    EXPECT_TRUE(wnd.PostMessage(WM_TEST_USER, 3, 4));
+    EXPECT_TRUE(g_Log.empty());
+    CToolkit::Pump();
+    EXPECT_EQ(g_Log, (std::vector<std::string>{"derived:user 1,2", "derived:user 3,4"}));
+    CToolkit::Pump();
+    EXPECT_EQ(g_Log.size(), 2u);
+    // Messages for a window destroyed before the pump are dropped.
+    wnd.PostMessage(WM_TEST_USER, 5, 6);
+    wnd.DestroyWindow();
+    CToolkit::Pump();
+    EXPECT_EQ(g_Log.size(), 3u); // only "base:destroy" was added
+}
+
+TEST_F(ToolkitMessages, InvalidationLeadsToOnePaintOnThePump)
+{
+    CDerivedWnd wnd;
+    ASSERT_TRUE(wnd.Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(0, 0, 40, 30), nullptr, 0));
+    EXPECT_EQ(wnd.m_nPaints, 0); // creation only invalidates
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_nPaints, 1);
+    EXPECT_EQ(CHeadless::GetPixel(&wnd, 39, 29), RGB(0, 128, 255));
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_nPaints, 1);
+
+    CRect a(0, 0, 5, 5), b(10, 10, 20, 20);
+    wnd.InvalidateRect(&a, FALSE);
+    wnd.InvalidateRect(&b, TRUE);
+    wnd.Invalidate(FALSE);
+    CRect update;
+    EXPECT_TRUE(wnd.GetUpdateRect(&update));
+    EXPECT_EQ(update, CRect(0, 0, 40, 30));
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_nPaints, 2);
+    EXPECT_FALSE(wnd.GetUpdateRect(&update));
+
+    // A hidden window is not painted until shown.
+    wnd.ShowWindow(SW_HIDE);
+    wnd.Invalidate();
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_nPaints, 2);
+    wnd.ShowWindow(SW_SHOW);
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_nPaints, 3);
+
+    // A paint sent directly is synchronous.
+    wnd.SendMessage(WM_PAINT);
+    EXPECT_EQ(wnd.m_nPaints, 4);
+    wnd.DestroyWindow();
+}
+
+namespace
+{
+int g_TimerCalls = 0;
+void TimerCallback(HWND, UINT message, UINT_PTR id, DWORD)
+{
+    if (message == WM_TIMER && id == 7)
+        ++g_TimerCalls;
+}
+
+class CTimerWnd : public CWnd
+{
+public:
+    std::vector<UINT_PTR> m_Fired;
+    void OnTimer(UINT_PTR id) { m_Fired.push_back(id); }
+    DECLARE_MESSAGE_MAP()
+};
+BEGIN_MESSAGE_MAP(CTimerWnd, CWnd)
+ON_WM_TIMER()
+END_MESSAGE_MAP()
+} // namespace
+
+TEST_F(ToolkitMessages, TimersFireFromThePump)
+{
+    CTimerWnd wnd;
+    ASSERT_TRUE(wnd.Create(nullptr, "", WS_POPUP, CRect(0, 0, 10, 10), nullptr, 0));
+    EXPECT_EQ(wnd.SetTimer(1024, 75, nullptr), 1024u);
+    CHeadless::AdvanceTime(74);
+    CToolkit::Pump();
+    EXPECT_TRUE(wnd.m_Fired.empty());
+    CHeadless::AdvanceTime(1);
+    EXPECT_TRUE(wnd.m_Fired.empty()); // time alone fires nothing
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_Fired, std::vector<UINT_PTR>{1024});
+    // A long gap fires once; missed periods are not made up.
+    CHeadless::AdvanceTime(1000);
+    CToolkit::Pump();
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_Fired.size(), 2u);
+
+    g_TimerCalls = 0;
+    wnd.SetTimer(7, 10, TimerCallback);
+    CHeadless::AdvanceTime(10);
+    CToolkit::Pump();
+    EXPECT_EQ(g_TimerCalls, 1);
+    EXPECT_EQ(wnd.m_Fired.size(), 2u); // 1024 not yet due again, 7 went to the callback
+
+    EXPECT_TRUE(wnd.KillTimer(1024));
+    EXPECT_FALSE(wnd.KillTimer(1024));
+    EXPECT_TRUE(wnd.KillTimer(7));
+    CHeadless::AdvanceTime(500);
+    CToolkit::Pump();
+    EXPECT_EQ(wnd.m_Fired.size(), 2u);
+    EXPECT_EQ(g_TimerCalls, 1);
+    wnd.DestroyWindow();
+}
+
+namespace
+{
+class CMouseWnd : public CWnd
+{
+public:
+    std::string m_Name;
+    bool m_bCapture = false;
+    std::vector<std::string>* m_pLog = nullptr;
+    void Log(const char* what, CPoint p)
+    {
+        m_pLog->push_back(m_Name + ":" + what + " " + std::to_string(p.x) + "," +
+                          std::to_string(p.y));
+    }
+    void OnLButtonDown(UINT, CPoint p)
+    {
+        Log("down", p);
+        if (m_bCapture)
+            SetCapture();
+    }
+    void OnLButtonDblClk(UINT, CPoint p) { Log("dbl", p); }
+    void OnMouseMove(UINT flags, CPoint p) { Log(flags & MK_LBUTTON ? "drag" : "move", p); }
+    void OnLButtonUp(UINT, CPoint p)
+    {
+        Log("up", p);
+        if (GetCapture() == this)
+            ReleaseCapture();
+    }
+    DECLARE_MESSAGE_MAP()
+};
+BEGIN_MESSAGE_MAP(CMouseWnd, CWnd)
+ON_WM_LBUTTONDOWN()
+ON_WM_LBUTTONDBLCLK()
+ON_WM_MOUSEMOVE()
+ON_WM_LBUTTONUP()
+END_MESSAGE_MAP()
+} // namespace
+
+TEST_F(ToolkitMessages, CaptureRoutesMovesAndReleaseToTheCapturingWindow)
+{
+    std::vector<std::string> log;
+    CMouseWnd panel, knob;
+    panel.m_Name = "panel";
+    knob.m_Name = "knob";
+    panel.m_pLog = knob.m_pLog = &log;
+    knob.m_bCapture = true;
+    ASSERT_TRUE(
+        panel.Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(100, 100, 300, 200), nullptr, 0));
+    ASSERT_TRUE(knob.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(10, 20, 50, 60), &panel, 1));
+
+    CHeadless::MouseMove(&panel, CPoint(15, 25)); // over the child: the child gets it
+    CHeadless::MouseDown(&panel, CPoint(15, 25));
+    EXPECT_EQ(CWnd::GetCapture(), &knob);
+    CHeadless::MouseMove(&panel, CPoint(150, 90)); // far outside the child
+    CHeadless::MouseUp(&panel, CPoint(-5, 95));
+    EXPECT_EQ(CWnd::GetCapture(), nullptr);
+    CHeadless::MouseMove(&panel, CPoint(150, 90)); // no capture: the panel again
+    std::vector<std::string> expected = {"knob:move 5,5", "knob:down 5,5", "knob:drag 140,70",
+                                         "knob:up -15,75", "panel:move 150,90"};
+    EXPECT_EQ(log, expected);
+
+    // Hidden and disabled children take no input.
+    log.clear();
+    knob.EnableWindow(FALSE);
+    CHeadless::MouseDown(&panel, CPoint(15, 25));
+    knob.EnableWindow(TRUE);
+    knob.ShowWindow(SW_HIDE);
+    CHeadless::MouseDown(&panel, CPoint(15, 25));
+    CHeadless::MouseUp(&panel, CPoint(15, 25));
+    EXPECT_EQ(log, (std::vector<std::string>{"panel:down 15,25", "panel:up 15,25"}));
+    panel.DestroyWindow();
+    EXPECT_EQ(knob.m_hWnd, nullptr);
+}
+
+TEST_F(ToolkitMessages, DoubleClicksNeedTheClassStyle)
+{
+    std::vector<std::string> log;
+    CMouseWnd plain, dbl;
+    plain.m_Name = "plain";
+    dbl.m_Name = "dbl";
+    plain.m_pLog = dbl.m_pLog = &log;
+    ASSERT_TRUE(plain.Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(0, 0, 20, 20), nullptr, 0));
+    ASSERT_TRUE(dbl.Create(AfxRegisterWndClass(CS_DBLCLKS), "", WS_POPUP | WS_VISIBLE,
+                           CRect(0, 0, 20, 20), nullptr, 0));
+    CHeadless::DoubleClick(&plain, CPoint(1, 1));
+    CHeadless::DoubleClick(&dbl, CPoint(2, 2));
+    std::vector<std::string> expected = {"plain:down 1,1", "plain:up 1,1", "plain:down 1,1",
+                                         "plain:up 1,1",   "dbl:down 2,2", "dbl:up 2,2",
+                                         "dbl:dbl 2,2",    "dbl:up 2,2"};
+    EXPECT_EQ(log, expected);
+    // Registering the same class twice gives the same name.
+    EXPECT_STREQ(AfxRegisterWndClass(CS_DBLCLKS), AfxRegisterWndClass(CS_DBLCLKS));
+    EXPECT_STRNE(AfxRegisterWndClass(CS_DBLCLKS), AfxRegisterWndClass(0));
+}
+
+TEST_F(ToolkitMessages, SystemMetricsAndStockObjects)
+{
+    EXPECT_EQ(GetSystemMetrics(SM_CXEDGE), 2);
+    EXPECT_EQ(GetSystemMetrics(SM_CYHSCROLL), 15);
+    EXPECT_EQ(GetSystemMetrics(12345), 0);
+    EXPECT_NE(GetStockObject(NULL_BRUSH), nullptr);
+    EXPECT_EQ(GetStockObject(99), nullptr);
+    CWinApp app("test");
+    EXPECT_EQ(AfxGetApp(), &app);
+}

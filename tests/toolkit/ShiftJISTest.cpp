@@ -1,0 +1,97 @@
+// Shift-JIS <-> UTF-8 round trips, bad input, the lead-byte test and the
+// modifier key state.
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "KeyState.h"
+#include "ShiftJIS.h"
+
+TEST(ShiftJIS, RoundTripsAsciiKanaAndKanji)
+{
+    struct Case
+    {
+        const char* sjis;
+        const char* utf8;
+    };
+    // clang-format off
+    const Case cases[] = {
+        {"Init Program", "Init Program"},
+        {"\x83\x76\x83\x8A\x83\x5A\x83\x62\x83\x67", "\xE3\x83\x97\xE3\x83\xAA\xE3\x82\xBB\xE3\x83\x83\xE3\x83\x88"}, // プリセット
+        {"\xB1\xB2\xB3", "\xEF\xBD\xB1\xEF\xBD\xB2\xEF\xBD\xB3"},  // half-width ｱｲｳ
+        {"\x8A\xBF\x8E\x9A", "\xE6\xBC\xA2\xE5\xAD\x97"},          // 漢字
+        {"Vo \x82\xA0 1", "Vo \xE3\x81\x82 1"},                    // mixed: あ
+        {"", ""},
+    };
+    // clang-format on
+    for (const Case& c : cases)
+    {
+        CString utf8, back;
+        EXPECT_TRUE(CheckSJISAndToUFT8(c.sjis, utf8)) << c.utf8;
+        EXPECT_STREQ(utf8, c.utf8);
+        EXPECT_TRUE(UTF8ToSJSINS(utf8, back)) << c.utf8;
+        EXPECT_STREQ(back, c.sjis);
+    }
+}
+
+TEST(ShiftJIS, InvalidInputGivesMarkedTextAndFalse)
+{
+    CString out("unchanged");
+    // A lead byte at the end has no trail byte.
+    EXPECT_FALSE(CheckSJISAndToUFT8("AB\x82", out));
+    EXPECT_STREQ(out, "AB\xEF\xBF\xBD");
+    // 0xFF is no Shift-JIS byte at all; the text after it survives.
+    EXPECT_FALSE(CheckSJISAndToUFT8("a\xFF"
+                                    "b",
+                                    out));
+    EXPECT_STREQ(out, "a\xEF\xBF\xBD"
+                      "b");
+    EXPECT_FALSE(CheckSJISAndToUFT8(nullptr, out));
+    EXPECT_STREQ(out, "");
+
+    // Broken UTF-8 and characters without a Shift-JIS form become "?".
+    EXPECT_FALSE(UTF8ToSJSINS("x\xC3(y", out));
+    EXPECT_STREQ(out, "x?(y");
+    EXPECT_FALSE(UTF8ToSJSINS("\xF0\x9F\x98\x80!", out)); // an emoji
+    EXPECT_STREQ(out, "?!");
+    EXPECT_FALSE(UTF8ToSJSINS(nullptr, out));
+    EXPECT_STREQ(out, "");
+}
+
+TEST(ShiftJIS, LeadBytes)
+{
+    int leads = 0;
+    for (int b = 0; b < 256; ++b)
+    {
+        bool expected = (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC);
+        EXPECT_EQ(IsDBCSLeadByte((unsigned char)b), expected) << b;
+        leads += IsDBCSLeadByte((unsigned char)b) ? 1 : 0;
+    }
+    EXPECT_EQ(leads, 31 + 29);
+    // Twelve double-byte characters cut at 23 bytes leave a lead byte at 22.
+    std::string twelve;
+    for (int i = 0; i < 12; ++i)
+        twelve += "\x82\xA0";
+    EXPECT_TRUE(IsDBCSLeadByte((unsigned char)twelve[22]));
+    EXPECT_FALSE(IsDBCSLeadByte((unsigned char)twelve[21]));
+}
+
+TEST(KeyState, ReadsRecordedModifiers)
+{
+    SetKeyModifierState(0);
+    for (int vk : {16, 17, 18, 19, 20, 65, 0, -1})
+        EXPECT_EQ(GetKeyState(vk), 0) << vk;
+    SetKeyModifierState(KEYMOD_SHIFT);
+    EXPECT_LT(GetKeyState(16), 0);
+    EXPECT_EQ(GetKeyState(17), 0);
+    SetKeyModifierState(KEYMOD_CONTROL | KEYMOD_OPTION);
+    EXPECT_EQ(GetKeyState(16), 0);
+    EXPECT_LT(GetKeyState(17), 0);
+    EXPECT_EQ(GetKeyState(18), 0);
+    EXPECT_LT(GetKeyState(19), 0);
+    EXPECT_EQ(GetKeyState(65), 0);
+    SetKeyModifierState(KEYMOD_COMMAND);
+    EXPECT_LT(GetKeyState(18), 0);
+    EXPECT_EQ((uint16_t)GetKeyState(18), 0x8000);
+    SetKeyModifierState(0);
+}
