@@ -40,13 +40,14 @@ int StrTerminateTab(char* line, int start, char* field, int fieldSize)
     size_t length = std::strlen(line);
     if ((size_t)start > length)
         return -1;
-    std::strncpy(work, line + start, sizeof(work) - 1);
+    std::memcpy(work, line + start, strnlen(line + start, sizeof(work) - 1));
 
     char* tab = std::strchr(work, '\t');
     if (tab)
         *tab = '\0';
-    std::strncpy(field, work, (size_t)fieldSize - 1);
-    field[fieldSize - 1] = '\0';
+    size_t n = strnlen(work, (size_t)fieldSize - 1);
+    std::memcpy(field, work, n);
+    field[n] = '\0';
     if (!tab)
         return -1;
     return start + (int)(tab - work) + 1;
@@ -89,7 +90,7 @@ int ImportProgramList(const char* listPath, const char* programFolder, ADeEsserP
 
         ADeEsserProgram& program = bank[i];
         std::memset(program.name, 0, sizeof(program.name));
-        std::strncpy(program.name, name, sizeof(program.name) - 1);
+        std::memcpy(program.name, name, strnlen(name, sizeof(program.name) - 1));
 
         LoadPGMFileBody(&path[0], line);
 
