@@ -298,8 +298,9 @@ void PrintSummary(FILE* out, const RenderReport& r)
     std::fprintf(out, "%-26s %10s %10s %10s\n", "", "input", "output", "change");
     auto row = [&](const char* name, double x, double y)
     {
-        std::fprintf(out, "%-26s %10s %10s %10s\n", name, (dbText(x) + " dBFS").c_str(),
-                     (dbText(y) + " dBFS").c_str(), changeText(x, y).c_str());
+        auto level = [](double v) { return std::isnan(v) ? dbText(v) : dbText(v) + " dBFS"; };
+        std::fprintf(out, "%-26s %10s %10s %10s\n", name, level(x).c_str(), level(y).c_str(),
+                     changeText(x, y).c_str());
     };
     row("peak", a.PeakDb(), b.PeakDb());
     row("RMS", a.RmsDb(), b.RmsDb());
@@ -312,6 +313,9 @@ void PrintSummary(FILE* out, const RenderReport& r)
                      "largest gain reduction: %.1f dB at %.2f s (5-9 kHz band level, output "
                      "against input, %.0f ms windows; measured by this host)\n",
                      reduction, window * a.WindowSeconds(), a.WindowSeconds() * 1000.0);
+    else if (!a.SibilanceUsable())
+        std::fprintf(out, "largest gain reduction: n/a (the 5-9 kHz band does not fit at %d Hz)\n",
+                     r.input.sampleRate);
     else
         std::fprintf(out, "largest gain reduction: n/a (no 5-9 kHz band content above -60 dBFS)\n");
     if (r.processSeconds > 0)

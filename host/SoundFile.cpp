@@ -213,6 +213,9 @@ void CheckOutputPath(const std::string& output, const std::string& input, bool f
         throw CHostError("output " + output + " is the input file; choose another name");
     if (S_ISDIR(out.st_mode))
         throw CHostError("output " + output + " is a folder");
+    // The output is renamed into place: never over a device, pipe or socket.
+    if (!S_ISREG(out.st_mode))
+        throw CHostError("output " + output + " exists and is not a regular file");
     if (!force)
         throw CHostError("output " + output + " exists (use --force to overwrite)");
 }

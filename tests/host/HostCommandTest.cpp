@@ -233,6 +233,12 @@ TEST(HostRender, OutputRulesProtectExistingFilesAndTheInput)
     SF_INFO info;
     EXPECT_EQ(ReadSound(out, &info).size(), 16000u);
 
+    ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0644), 0);
+    expectOneLineError(RunDeEsser({"render", in, dir / "fifo", "--plugin", fake, "--force"}),
+                       "not a regular file");
+    expectOneLineError(RunDeEsser({"render", in, dir / "nowhere/out.wav", "--plugin", fake}),
+                       "cannot create a file in");
+
     ASSERT_EQ(link(in.c_str(), (dir / "hard.wav").c_str()), 0);
     ASSERT_EQ(symlink("in.wav", (dir / "soft.wav").c_str()), 0);
     for (const std::string& same : {in, dir.Path() + "/./in.wav", dir.Path() + "//in.wav",
