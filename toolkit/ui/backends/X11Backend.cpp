@@ -155,8 +155,6 @@ private:
     Atom m_WmDelete = 0;
     Atom m_WmType = 0;
     Atom m_WmTypeDialog = 0;
-    Atom m_NetWmName = 0;
-    Atom m_Utf8String = 0;
     std::unordered_map<Window, X11Window*> m_Windows;
     // Double-click detection.
     Window m_LastClickWindow = 0;
@@ -164,8 +162,6 @@ private:
     CPoint m_LastClickPoint;
     bool m_LastWasDouble = false;
 };
-
-X11Backend* g_Active = nullptr;
 
 // X11Window -----------------------------------------------------------------
 
@@ -305,15 +301,12 @@ bool X11Backend::EnsureDisplay()
     if (!m_pDisplay)
         return false;
     g_OurDisplay = m_pDisplay;
-    g_Active = this;
     m_bDead = false;
     XSetIOErrorExitHandler(m_pDisplay, &X11Backend::OnConnectionLost, this);
     m_WmProtocols = XInternAtom(m_pDisplay, "WM_PROTOCOLS", False);
     m_WmDelete = XInternAtom(m_pDisplay, "WM_DELETE_WINDOW", False);
     m_WmType = XInternAtom(m_pDisplay, "_NET_WM_WINDOW_TYPE", False);
     m_WmTypeDialog = XInternAtom(m_pDisplay, "_NET_WM_WINDOW_TYPE_DIALOG", False);
-    m_NetWmName = XInternAtom(m_pDisplay, "_NET_WM_NAME", False);
-    m_Utf8String = XInternAtom(m_pDisplay, "UTF8_STRING", False);
     // The input method gives UTF-8 text entry; without one, key symbols are
     // mapped to characters directly.
     m_Im = XOpenIM(m_pDisplay, nullptr, nullptr, nullptr);
