@@ -511,3 +511,37 @@ TEST(HostDeEsser, LegacyImportWritesABankThatRenderLoads)
     expectOneLineError(RunDeEsser({"import-legacy", dir / "PROGRAM.LST", bank}), "exists");
     EXPECT_FALSE(Exists(dir / "b.fxb"));
 }
+
+namespace
+{
+// The "change" column of a summary row, in dB.
+double summaryChange(const std::string& out, const std::string& row)
+{
+    size_t at = out.find(row);
+    if (at == std::string::npos)
+        return NAN;
+    std::string line = out.substr(at, out.find('\n', at) - at);
+    size_t end = line.rfind(" dB");
+    size_t start = line.rfind(' ', end - 1);
+    return std::atof(line.substr(start + 1, end - start - 1).c_str());
+}
+} // namespace
+
+// The main job: the demo writes its three files and de-esses by several dB
+// while the voice band stays within half a decibel.
+TEST(HostDeEsser, DemoReducesSibilanceAndSparesTheVoice)
+{
+    REQUIRE_DEESSER();
+    TempDir dir;
+    RunResult r = RunDeEsser({"demo", "--out-dir", dir / "demo"});
+    ASSERT_EQ(r.status, 0) << r.err;
+    SF_INFO in, out;
+    EXPECT_EQ(ReadSound(dir / "demo/demo-in.wav", &in).size(), 176400u);
+    EXPECT_EQ(ReadSound(dir / "demo/demo-out.wav", &out).size(), 176400u);
+    EXPECT_EQ(in.samplerate, 44100);
+    EXPECT_EQ(ReadBytes(dir / "demo/demo.png").substr(1, 3), "PNG");
+    double sibilance = summaryChange(r.out, "sibilance band 5-9 kHz");
+    double voice = summaryChange(r.out, "voice band 100-3000 Hz");
+    EXPECT_LT(sibilance, -4.0) << r.out;
+    EXPECT_LT(std::fabs(voice), 0.5) << r.out;
+}
