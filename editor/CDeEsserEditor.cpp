@@ -1,0 +1,119 @@
+// CDeEsserEditor: editor bridge between the host's editor calls and the panel.
+#include "CDeEsserEditor.h"
+
+#include "ADeEsser.h"
+#include "CUIWindow.h"
+
+CDeEsserEditor::CDeEsserEditor(AudioEffect* effect) : IDeEsserEditor(effect)
+{
+    m_Background.LoadResourceBitmap(5000);
+    if (effect)
+        effect->setEditor(this);
+    m_Rect.top = 0;
+    m_Rect.left = 0;
+    m_Rect.bottom = (VstInt16)m_Background.Height();
+    m_Rect.right = (VstInt16)m_Background.Width();
+    m_pUIWindow = nullptr;
+}
+
+CDeEsserEditor::~CDeEsserEditor()
+{
+    if (m_pUIWindow)
+        close();
+}
+
+ADeEsser* CDeEsserEditor::GetDeEsser() const
+{
+    return static_cast<ADeEsser*>(effect);
+}
+
+bool CDeEsserEditor::getRect(ERect** rect)
+{
+    if (!rect)
+        return false;
+    *rect = &m_Rect;
+    return true;
+}
+
+bool CDeEsserEditor::open(void* parentWindow)
+{
+    if (m_pUIWindow)
+        return true;
+    if (!parentWindow)
+        return false;
+    systemWindow = parentWindow;
+    m_pUIWindow = new CUIWindow;
+    m_Frame.SetNativeView(parentWindow);
+    if (!m_Frame.GetSafeHwnd() || !m_pUIWindow->MakeWindow(&m_Frame, &m_Background, this))
+    {
+        // No display or no window system: leave everything closed.
+        delete m_pUIWindow;
+        m_pUIWindow = nullptr;
+        m_Frame.SetNativeView(nullptr);
+        systemWindow = nullptr;
+        return false;
+    }
+    m_pUIWindow->MoveWindow(0, 0, m_Background.Width(), m_Background.Height(), TRUE);
+    return true;
+}
+
+void CDeEsserEditor::close()
+{
+    systemWindow = nullptr;
+    if (m_pUIWindow)
+    {
+        m_pUIWindow->DestroyWindow();
+        delete m_pUIWindow;
+        m_pUIWindow = nullptr;
+    }
+    // Detaching the frame releases the last window, and with it the
+    // toolkit's display connection.
+    m_Frame.SetNativeView(nullptr);
+}
+
+void CDeEsserEditor::idle()
+{
+    if (!m_pUIWindow)
+        return;
+    CToolkit::Pump();
+    // The pump may have learnt that the host destroyed its window.
+    if (m_pUIWindow && m_pUIWindow->GetSafeHwnd())
+        m_pUIWindow->idle();
+}
+
+void CDeEsserEditor::draw(ERect*)
+{
+    if (m_pUIWindow && m_pUIWindow->GetSafeHwnd())
+        m_pUIWindow->SendMessage(WM_PAINT);
+}
+
+VstInt32 CDeEsserEditor::mouse(VstInt32, VstInt32)
+{
+    return 0;
+}
+
+IDeEsserPanel* CDeEsserEditor::GetPanel()
+{
+    return m_pUIWindow && m_pUIWindow->GetSafeHwnd() ? m_pUIWindow : nullptr;
+}
+
+bool CDeEsserEditor::ShowMessage(const char* text)
+{
+    if (!text || !m_pUIWindow || !m_pUIWindow->GetSafeHwnd())
+        return false;
+    m_pUIWindow->MessageBox(text, "DeEsser", MB_OK | MB_ICONEXCLAMATION);
+    return true;
+}
+
+bool ControlCallback(int controlId, float value, void* owner)
+{
+    if (!owner)
+        return false;
+    static_cast<CUIWindow*>(owner)->ChangeControl(controlId, value);
+    return true;
+}
+
+IDeEsserEditor* CreateDeEsserEditor(ADeEsser* effect)
+{
+    return new CDeEsserEditor(effect);
+}

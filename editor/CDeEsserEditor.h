@@ -1,0 +1,53 @@
+// CDeEsserEditor: the editor object the host sees. It owns the background
+// image (which fixes the editor's size), creates the main panel CUIWindow
+// inside the host's window on open, forwards idle and redraw calls to it and
+// tears it down on close.
+//
+// On Linux the host hands effEditOpen an X11 Window id; the panel becomes a
+// child window of it on the toolkit's own Display connection, which opens
+// with the first window and closes with the last. Idle pumps the toolkit's
+// events (input, timers, paints) and then polls the meters.
+//
+// Thread: every call comes from the host's UI/dispatcher thread.
+#pragma once
+
+#include "AfxWin.h"
+#include "CVRXBitmap.h"
+#include "IDeEsserPanel.h"
+
+class ADeEsser;
+class CUIWindow;
+
+class CDeEsserEditor : public IDeEsserEditor
+{
+public:
+    explicit CDeEsserEditor(AudioEffect* effect);
+    ~CDeEsserEditor() override; // closes first when still open
+
+    bool getRect(ERect** rect) override;
+    // parentWindow: the host's native window (X11 Window id as a pointer).
+    // A second open while open does nothing. False only when no window could
+    // be made (null parent, no display).
+    bool open(void* parentWindow) override;
+    void close() override;
+    void idle() override;
+    void draw(ERect* rect) override;
+    VstInt32 mouse(VstInt32 x, VstInt32 y) override;
+
+    IDeEsserPanel* GetPanel() override;
+    bool ShowMessage(const char* text) override;
+
+    CUIWindow* GetUIWindow() const { return m_pUIWindow; }
+    ADeEsser* GetDeEsser() const;
+    const CVRXBitmap& GetBackground() const { return m_Background; }
+
+private:
+    ERect m_Rect{0, 0, 0, 0};
+    CVRXBitmap m_Background;          // 5000.png
+    CUIWindow* m_pUIWindow = nullptr; // owned, null while closed
+    CFrameWnd m_Frame;                // stands for the host's window
+};
+
+// The callback every bitmap control of the panel reports to; owner is the
+// panel. Passes both values on to CUIWindow::ChangeControl.
+bool ControlCallback(int controlId, float value, void* owner);

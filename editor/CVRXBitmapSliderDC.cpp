@@ -1,0 +1,166 @@
+// CVRXBitmapSliderDC: fader value <-> cap position, and its drawing.
+#include "CVRXBitmapSliderDC.h"
+
+#include <cmath>
+
+void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVRXBitmap* track,
+                              CVRXBitmap* third, CVRXBitmap* cap, float min, float max,
+                              CPoint start, CPoint end, unsigned id, int orientation,
+                              bool logarithmic, bool reversed, bool hideCap, bool snapToEnds,
+                              VRXCONTROLCALLBACK callback, void* owner)
+{
+    m_Rect = rect;
+    m_DispRect = displayRect;
+    m_pParent = parent;
+    m_pTrack = track;
+    m_pThird = third;
+    m_pCap = cap;
+    m_fMin = min;
+    m_fMax = max;
+    m_StartPoint = start;
+    m_EndPoint = end;
+    m_nID = id;
+    m_nOrientation = orientation;
+    m_bLog = logarithmic;
+    m_bReverse = reversed;
+    m_bHideCap = hideCap;
+    m_bSnap = snapToEnds;
+    m_pCallback = callback;
+    m_pOwner = owner;
+    m_bDragging = false;
+    m_bEnable = true;
+    m_fValue = min;
+    m_nTrackWidth = track ? track->Width() : 0;
+    m_nTrackHeight = track ? track->Height() : 0;
+    if (m_bLog)
+    {
+        // Kept with the fader's state; the mappings below work on 0..1 travel.
+        const int travel = orientation ? start.y - end.y : end.x - start.x;
+        m_dLogSpan = std::log10((double)max) - std::log10((double)min);
+        m_dLogFactor = m_dLogSpan != 0.0 ? travel / m_dLogSpan : 0.0;
+    }
+}
+
+void CVRXBitmapSliderDC::InvalidateDisplay()
+{
+    if (!m_DispRect.IsRectEmpty() && m_pParent && m_pParent->GetSafeHwnd())
+        m_pParent->InvalidateRect(&m_DispRect, TRUE);
+}
+
+void CVRXBitmapSliderDC::SetValue(float value, CDC* dc, bool notify)
+{
+    if (value < m_fMin)
+        value = m_fMin;
+    if (value > m_fMax)
+        value = m_fMax;
+    if (value != m_fValue)
+    {
+        m_fValue = value;
+        if (notify && m_pCallback)
+            m_pCallback((int)m_nID, m_fValue, m_pOwner);
+    }
+    if (dc)
+        DrawSlider(dc);
+    InvalidateDisplay();
+}
+
+double CVRXBitmapSliderDC::GetCapCentre() const
+{
+    const double s = m_nOrientation ? m_StartPoint.y : m_StartPoint.x;
+    const double e = m_nOrientation ? m_EndPoint.y : m_EndPoint.x;
+    const double span = (double)m_fMax - m_fMin;
+    double t = span != 0.0 ? (m_fValue - m_fMin) / span : 0.0;
+    if (m_bLog)
+        t = std::log10(t * 9.0 + 1.0);
+    return s - t * (s - e);
+}
+
+void CVRXBitmapSliderDC::DrawSlider(CDC* dc)
+{
+    if (!dc || !m_pTrack || !m_pTrack->GetHandle() || m_nTrackWidth <= 0 || m_nTrackHeight <= 0)
+        return;
+    CDC work;
+    work.CreateBitmapDC(m_nTrackWidth, m_nTrackHeight);
+    CDC mem;
+    mem.CreateCompatibleDC(dc);
+    CBitmap* old = mem.SelectObject(m_pTrack);
+    work.BitBlt(0, 0, m_nTrackWidth, m_nTrackHeight, &mem, 0, 0, SRCCOPY);
+    if (!m_bHideCap && m_pCap && m_pCap->GetHandle())
+    {
+        const int capW = m_pCap->Width();
+        const int capH = m_pCap->Height();
+        const int p = (int)GetCapCentre();
+        mem.SelectObject(m_pCap);
+        if (m_nOrientation)
+            work.BitBlt((m_nTrackWidth - capW) / 2, p - capH / 2, capW, capH, &mem, 0, 0, SRCCOPY);
+        else
+            work.BitBlt(p - capW / 2, (m_nTrackHeight - capH) / 2, capW, capH, &mem, 0, 0, SRCCOPY);
+    }
+    mem.SelectObject(old);
+    dc->BitBlt(m_Rect.left, m_Rect.top, m_nTrackWidth, m_nTrackHeight, &work, 0, 0, SRCCOPY);
+}
+
+bool CVRXBitmapSliderDC::PtInSwitch(CPoint point)
+{
+    if (!m_bEnable || !m_Rect.PtInRect(point))
+        return false;
+    if (m_pParent && m_pParent->GetSafeHwnd())
+        m_pParent->SetCapture();
+    m_bDragging = true;
+    return true;
+}
+
+void CVRXBitmapSliderDC::SetNewRect(CRect& rect, CRect& displayRect)
+{
+    m_Rect = rect;
+    m_DispRect = displayRect;
+}
+
+void CVRXBitmapSliderDC::SetValueByPoint(CPoint point)
+{
+    const int pos = m_nOrientation ? point.y - m_Rect.top : point.x - m_Rect.left;
+    const int s = m_nOrientation ? m_StartPoint.y : m_StartPoint.x;
+    const int e = m_nOrientation ? m_EndPoint.y : m_EndPoint.x;
+    // Not reversed, the minimum end lies at larger coordinates (the bottom of
+    // a vertical fader); the horizontal case compares x the same way.
+    float value;
+    if (!m_bReverse ? pos > s : pos < s)
+        value = m_fMin;
+    else if (!m_bReverse ? pos < e : pos > e)
+        value = m_fMax;
+    else if (m_bLog)
+        value =
+            (float)(m_fMin + (m_fMax - m_fMin) *
+                                 (std::pow(10.0, (double)(pos - s) / (double)(e - s)) - 1.0) / 9.0);
+    else if (s == e)
+        value = m_fMin;
+    else
+        value = m_fMin + (float)(s - pos) * (m_fMax - m_fMin) / (float)(s - e);
+    if (m_bSnap)
+        value = value < (m_fMin + m_fMax) * 0.5f ? m_fMin : m_fMax;
+    if (value == m_fValue)
+        return;
+    m_fValue = value;
+    InvalidateDisplay();
+    if (m_pCallback)
+        m_pCallback((int)m_nID, m_fValue, m_pOwner);
+}
+
+void CVRXBitmapSliderDC::OnMouseMove(CPoint point, CDC* dc)
+{
+    if (!m_bDragging)
+        return;
+    SetValueByPoint(point);
+    DrawSlider(dc);
+}
+
+void CVRXBitmapSliderDC::OnLButtonUp(CPoint point, CDC* dc)
+{
+    if (!m_bDragging)
+        return;
+    if (m_pParent && m_pParent->GetSafeHwnd())
+        m_pParent->ReleaseCapture();
+    m_bDragging = false;
+    SetValueByPoint(point);
+    DrawSlider(dc);
+}

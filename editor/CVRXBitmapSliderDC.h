@@ -1,0 +1,74 @@
+// A fader drawn from a track image and a cap image. The cap travels between
+// a start point (the minimum) and an end point (the maximum), both relative
+// to the control rectangle. In logarithmic mode the travel position t (0..1)
+// and the value v of a 0..1 range meet as v = (10^t - 1) / 9.
+// Not a window: the owner forwards the mouse and paints it on a context.
+// Thread: UI only.
+#pragma once
+
+#include "AfxWin.h"
+#include "CVRXBitmap.h"
+#include "VRXControlCallback.h"
+
+class CVRXBitmapSliderDC
+{
+public:
+    CVRXBitmapSliderDC() = default;
+
+    // orientation: non-zero = vertical.
+    void Make(CRect& rect, CRect& displayRect, CWnd* parent, CVRXBitmap* track, CVRXBitmap* third,
+              CVRXBitmap* cap, float min, float max, CPoint start, CPoint end, unsigned id,
+              int orientation, bool logarithmic, bool reversed, bool hideCap, bool snapToEnds,
+              VRXCONTROLCALLBACK callback, void* owner);
+
+    void Enable(bool enable) { m_bEnable = enable; }
+    bool IsEnabled() const { return m_bEnable; }
+    // Clamps; stores and calls back (when notify) only on a change; draws on
+    // dc when given.
+    void SetValue(float value, CDC* dc, bool notify);
+    void DrawSlider(CDC* dc);
+    void GetRect(CRect* rect) const { *rect = m_Rect; }
+    // Accepts a press inside the fader while enabled: captures the mouse and
+    // starts a drag.
+    bool PtInSwitch(CPoint point);
+    void SetNewRect(CRect& rect, CRect& displayRect);
+    void OnMouseMove(CPoint point, CDC* dc);
+    // Maps a parent point to a value; calls back when it changed.
+    void SetValueByPoint(CPoint point);
+    void OnLButtonUp(CPoint point, CDC* dc);
+    float GetValue() const { return m_fValue; }
+
+    bool IsDragging() const { return m_bDragging; }
+    // Travel coordinate of the cap's centre for the current value (y for a
+    // vertical fader), relative to the control rectangle.
+    double GetCapCentre() const;
+
+private:
+    void InvalidateDisplay();
+
+    float m_fMin = 0.f;
+    float m_fMax = 1.f;
+    CPoint m_StartPoint; // minimum end of the travel
+    CPoint m_EndPoint;   // maximum end of the travel
+    unsigned m_nID = 0;
+    int m_nOrientation = 1;
+    CVRXBitmap* m_pTrack = nullptr;
+    CVRXBitmap* m_pCap = nullptr;
+    CVRXBitmap* m_pThird = nullptr;
+    bool m_bDragging = false;
+    float m_fValue = 0.f;
+    bool m_bHideCap = false;
+    bool m_bLog = false;
+    double m_dLogSpan = 0.0;   // log10(max) - log10(min)
+    double m_dLogFactor = 0.0; // travel / m_dLogSpan
+    bool m_bReverse = false;
+    bool m_bSnap = false;
+    int m_nTrackWidth = 0;
+    int m_nTrackHeight = 0;
+    CRect m_Rect;
+    CWnd* m_pParent = nullptr;
+    VRXCONTROLCALLBACK m_pCallback = nullptr;
+    void* m_pOwner = nullptr;
+    bool m_bEnable = true;
+    CRect m_DispRect; // value display, invalidated on every change
+};

@@ -1,0 +1,120 @@
+// Recording host, editor fixture, pixel helpers and the test program's main:
+// the toolkit runs headless and the effect's user folder is a fresh
+// temporary folder, so saving a program never touches the real one.
+#include "EditorTestSupport.h"
+
+#include <cstdlib>
+#include <string>
+
+std::vector<RecordedHostCall>& HostCalls()
+{
+    static std::vector<RecordedHostCall> calls;
+    return calls;
+}
+
+VstIntPtr RecordingHostCallback(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr, void*,
+                                float opt)
+{
+    HostCalls().push_back({opcode, index, opt});
+    if (opcode == audioMasterVersion)
+        return 2400;
+    return 0;
+}
+
+std::vector<float> AutomatedValues(int index)
+{
+    std::vector<float> values;
+    for (const RecordedHostCall& c : HostCalls())
+        if (c.opcode == audioMasterAutomate && c.index == index)
+            values.push_back(c.opt);
+    return values;
+}
+
+void EditorFixture::SetUp()
+{
+    CHeadless::SetModalHook({});
+    SetKeyModifierState(0);
+    effect = std::make_unique<ADeEsser>(RecordingHostCallback);
+    effect->dispatcher(effOpen, 0, 0, nullptr, 0.f);
+    ASSERT_EQ(1, effect->dispatcher(effEditOpen, 0, 0, (void*)0x1234, 0.f));
+    ASSERT_NE(nullptr, Panel());
+    Pump();
+    HostCalls().clear();
+}
+
+void EditorFixture::TearDown()
+{
+    CHeadless::SetModalHook({});
+    SetKeyModifierState(0);
+    if (effect)
+        effect->dispatcher(effEditClose, 0, 0, nullptr, 0.f);
+    effect.reset();
+}
+
+CDeEsserEditor* EditorFixture::Editor() const
+{
+    return static_cast<CDeEsserEditor*>(effect->getEditor());
+}
+
+CUIWindow* EditorFixture::Panel() const
+{
+    return Editor()->GetUIWindow();
+}
+
+COLORREF ImagePixel(const CBitmap& image, int x, int y)
+{
+    CDC mem;
+    mem.CreateCompatibleDC(nullptr);
+    mem.SelectObject(const_cast<CBitmap*>(&image));
+    return mem.GetPixel(x, y);
+}
+
+namespace
+{
+template <typename Get>
+::testing::AssertionResult Compare(Get get, const CBitmap& image, int x, int y, int sx, int sy,
+                                   int w, int h)
+{
+    CDC mem;
+    mem.CreateCompatibleDC(nullptr);
+    mem.SelectObject(const_cast<CBitmap*>(&image));
+    for (int j = 0; j < h; ++j)
+        for (int i = 0; i < w; ++i)
+        {
+            COLORREF got = get(x + i, y + j);
+            COLORREF want = mem.GetPixel(sx + i, sy + j);
+            if (got != want)
+                return ::testing::AssertionFailure()
+                       << "pixel (" << x + i << ", " << y + j << ") is " << std::hex << got
+                       << ", image (" << std::dec << sx + i << ", " << sy + j << ") is " << std::hex
+                       << want;
+        }
+    return ::testing::AssertionSuccess();
+}
+} // namespace
+
+::testing::AssertionResult BlockMatches(CDC& dc, int x, int y, const CBitmap& image, int sx, int sy,
+                                        int w, int h)
+{
+    return Compare([&](int px, int py) { return dc.GetPixel(px, py); }, image, x, y, sx, sy, w, h);
+}
+
+::testing::AssertionResult PanelBlockMatches(CWnd* panel, int x, int y, const CBitmap& image,
+                                             int sx, int sy, int w, int h)
+{
+    return Compare([&](int px, int py) { return CHeadless::GetPixel(panel, px, py); }, image, x, y,
+                   sx, sy, w, h);
+}
+
+int main(int argc, char** argv)
+{
+    ::testing::InitGoogleTest(&argc, argv);
+    CHeadless::Use();
+    char folder[] = "/tmp/deesser-editor-tests-XXXXXX";
+    if (!mkdtemp(folder))
+        return 1;
+    setenv("XDG_CONFIG_HOME", folder, 1);
+    const int result = RUN_ALL_TESTS();
+    std::system((std::string("rm -rf ") + folder).c_str());
+    return result;
+}

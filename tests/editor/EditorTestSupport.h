@@ -1,0 +1,58 @@
+// Shared pieces of the headless editor tests: a host callback that records
+// every call, an effect with its editor open on the headless backend, and
+// pixel helpers over images and device contexts.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <vector>
+
+#include "ADeEsser.h"
+#include "AfxWin.h"
+#include "CDeEsserEditor.h"
+#include "CHeadless.h"
+#include "CUIWindow.h"
+
+struct RecordedHostCall
+{
+    VstInt32 opcode;
+    VstInt32 index;
+    float opt;
+};
+
+// Every host call of every effect made in this process, in order.
+std::vector<RecordedHostCall>& HostCalls();
+VstIntPtr RecordingHostCallback(AEffect* effect, VstInt32 opcode, VstInt32 index, VstIntPtr value,
+                                void* ptr, float opt);
+// The audioMasterAutomate calls recorded so far for one parameter.
+std::vector<float> AutomatedValues(int index);
+
+// An effect made as a host makes it (constructor, effOpen), with its editor
+// opened into a stand-in host window.
+class EditorFixture : public ::testing::Test
+{
+protected:
+    void SetUp() override;
+    void TearDown() override;
+
+    CDeEsserEditor* Editor() const;
+    CUIWindow* Panel() const;
+    // Runs the toolkit's event pump (posted messages, timers, paints).
+    void Pump() const { CHeadless::Pump(); }
+    // Sends a full paint to the panel and returns its back buffer pixel.
+    COLORREF PanelPixel(int x, int y) const { return CHeadless::GetPixel((CWnd*)Panel(), x, y); }
+    void PaintNow() const { Panel()->SendMessage(WM_PAINT); }
+
+    std::unique_ptr<ADeEsser> effect;
+};
+
+// Pixel (0x00BBGGRR) of an image; CLR_INVALID outside it.
+COLORREF ImagePixel(const CBitmap& image, int x, int y);
+// True when the w x h block of `dc` at (x, y) equals the block of `image`
+// at (sx, sy) pixel for pixel; reports the first difference.
+::testing::AssertionResult BlockMatches(CDC& dc, int x, int y, const CBitmap& image, int sx, int sy,
+                                        int w, int h);
+// The same against the panel's back buffer.
+::testing::AssertionResult PanelBlockMatches(CWnd* panel, int x, int y, const CBitmap& image,
+                                             int sx, int sy, int w, int h);

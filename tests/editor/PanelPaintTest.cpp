@@ -1,0 +1,253 @@
+// What the panel paints: every control at its place from its images, the
+// eight value displays centred and clipped in their boxes, the level and
+// reduction meters from their strips, and the meters' fall-back per idle.
+#include "EditorTestSupport.h"
+
+#include <cmath>
+
+#include "ParamTable.h"
+
+namespace
+{
+class PanelPaint : public EditorFixture
+{
+protected:
+    void SetUp() override
+    {
+        EditorFixture::SetUp();
+        // Unity input gain, so the input meters read the samples as given.
+        effect->setParameter(kParamInput, ValToNormalizeValue(kParamInput, 1.f));
+    }
+    CUIWindow* P() const { return Panel(); }
+    const CVRXBitmap& Background() const { return Editor()->GetBackground(); }
+
+    // One block through the effect: a sine of `amp` at `hz` on both inputs.
+    void Process(float amp, double hz = 6000.0)
+    {
+        std::vector<float> l(256), r(256), ol(256), orr(256);
+        for (int n = 0; n < 256; ++n)
+            l[n] = r[n] = (float)(amp * std::sin(2.0 * M_PI * hz * (n + phase) / 44100.0));
+        phase += 256;
+        float* in[2] = {l.data(), r.data()};
+        float* out[2] = {ol.data(), orr.data()};
+        effect->processReplacing(in, out, 256);
+    }
+    void Idle(int n)
+    {
+        for (int i = 0; i < n; ++i)
+            P()->idle();
+    }
+    // Level strip i (0..3) shows rows from `litFrom` down lit, the rest unlit.
+    ::testing::AssertionResult VUShows(int i, int litFrom)
+    {
+        const int xs[4] = {29, 38, 422, 431};
+        const CVRXBitmap& strip = P()->Image(5011);
+        if (litFrom > 0)
+        {
+            auto r = PanelBlockMatches(P(), xs[i], 45, strip, 0, 0, 7, litFrom);
+            if (!r)
+                return r;
+        }
+        return PanelBlockMatches(P(), xs[i], 45 + litFrom, strip, 7, litFrom, 7, 134 - litFrom);
+    }
+    ::testing::AssertionResult ReductionShows(int litRows)
+    {
+        const CVRXBitmap& strip = P()->Image(5012);
+        if (litRows > 0)
+        {
+            auto r = PanelBlockMatches(P(), 198, 55, strip, 8, 0, 8, litRows);
+            if (!r)
+                return r;
+        }
+        return PanelBlockMatches(P(), 198, 55 + litRows, strip, 0, litRows, 8, 120 - litRows);
+    }
+    int phase = 0;
+};
+} // namespace
+
+TEST_F(PanelPaint, EveryControlIsDrawnAtItsPlaceFromItsImages)
+{
+    effect->setParameter(kParamThreshold, 0.25f);
+    effect->setParameter(kParamRelease, 1.f);
+    effect->setParameter(kParamSideChain, 0.f);
+    effect->setParameter(kParamAutoThreshold, 1.f);
+    PaintNow();
+    const CVRXBitmap& strip = P()->Image(5001);
+    const struct
+    {
+        int id;
+        CRect r;
+    } knobs[] = {{100, {262, 66, 296, 100}}, {101, {262, 141, 296, 175}},
+                 {102, {333, 66, 367, 100}}, {103, {333, 141, 367, 175}},
+                 {108, {99, 54, 133, 88}},   {109, {99, 139, 133, 173}}};
+    for (auto& k : knobs)
+    {
+        const int frame = (int)std::floor(P()->Knob(k.id).GetValue() * 60.f + 0.5f);
+        EXPECT_TRUE(PanelBlockMatches(P(), k.r.left, k.r.top, strip, 0, frame * 34, 34, 34))
+            << k.id;
+    }
+    EXPECT_TRUE(PanelBlockMatches(P(), 262, 66, strip, 0, 15 * 34, 34, 34));
+    EXPECT_TRUE(PanelBlockMatches(P(), 333, 66, strip, 0, 60 * 34, 34, 34));
+
+    // Switches: (image for 0, image for non-zero) at their rectangles.
+    const struct
+    {
+        int id, img0, img1;
+        CRect r;
+    } switches[] = {{107, 5003, 5002, {23, 7, 52, 27}},
+                    {131, 5018, 5017, {64, 10, 89, 27}},
+                    {111, 5014, 5013, {168, 68, 182, 80}},
+                    {112, 5016, 5015, {168, 85, 182, 97}},
+                    {106, 5005, 5004, {305, 56, 319, 68}}};
+    for (auto& s : switches)
+    {
+        const int img = P()->Switch(s.id).GetValue() ? s.img1 : s.img0;
+        EXPECT_TRUE(PanelBlockMatches(P(), s.r.left, s.r.top, P()->Image(img), 0, 0, s.r.Width(),
+                                      s.r.Height()))
+            << s.id;
+    }
+    EXPECT_TRUE(PanelBlockMatches(P(), 168, 85, P()->Image(5016), 0, 0, 14, 12));
+    EXPECT_TRUE(PanelBlockMatches(P(), 305, 56, P()->Image(5004), 0, 0, 14, 12));
+
+    // Faders: the cap over the track where the logarithmic travel puts it.
+    for (int id : {104, 105})
+    {
+        const int left = id == 104 ? 48 : 403;
+        const double t = std::log10(P()->Fader(id).GetValue() * 9.0 + 1.0);
+        const int capTop = (int)(127 - t * 121) - 6;
+        EXPECT_TRUE(PanelBlockMatches(P(), left, 45 + capTop, P()->Image(5010), 0, 0, 16, 12))
+            << id;
+        EXPECT_TRUE(PanelBlockMatches(P(), left, 45, P()->Image(5009), 0, 0, 16, capTop)) << id;
+    }
+
+    // The save face, and background where nothing is drawn.
+    EXPECT_TRUE(PanelBlockMatches(P(), 195, 10, P()->Image(5019), 0, 0, 43, 16));
+    EXPECT_TRUE(PanelBlockMatches(P(), 0, 0, Background(), 0, 0, 23, 7));
+    EXPECT_TRUE(PanelBlockMatches(P(), 240, 125, Background(), 240, 125, 80, 10));
+}
+
+TEST_F(PanelPaint, ValueDisplaysAreCentredClippedAndInTheTextColour)
+{
+    PaintNow();
+    CDC measure;
+    measure.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
+    measure.SelectObject(&P()->DisplayFont());
+    for (int param : {kParamOutput, kParamInput, kParamThreshold, kParamRatio, kParamAttack,
+                      kParamRelease, kParamLowFreq, kParamHiFreq})
+    {
+        const CRect rect = CUIWindow::DisplayRect(param);
+        char text[64] = {0};
+        effect->getParameterDisplay(param, text);
+        const CSize size = measure.GetTextExtent(CString(text));
+        ASSERT_GT(size.cx, 0) << param;
+        const int x = rect.left + (rect.Width() - size.cx) / 2;
+
+        int minX = 10000, maxX = -1, darkest = 255;
+        for (int py = rect.top; py < rect.bottom; ++py)
+            for (int px = rect.left; px < rect.right; ++px)
+            {
+                const COLORREF got = CHeadless::GetPixel(P(), px, py);
+                if (got == ImagePixel(Background(), px, py))
+                    continue;
+                minX = std::min(minX, px);
+                maxX = std::max(maxX, px);
+                darkest = std::min(darkest, (int)GetGValue(got));
+            }
+        ASSERT_GE(maxX, 0) << "no text in display of parameter " << param;
+        EXPECT_GE(minX, x - 1) << param << " " << text;
+        EXPECT_LE(maxX, x + size.cx + 1) << param << " " << text;
+        EXPECT_LE(darkest, 110) << param; // RGB(72, 72, 72), edge pixels blended
+        // Nothing outside the box: the rows above and below are background.
+        EXPECT_TRUE(PanelBlockMatches(P(), rect.left, rect.bottom, Background(), rect.left,
+                                      rect.bottom, rect.Width(), 1))
+            << param;
+    }
+}
+
+TEST_F(PanelPaint, LevelMetersLightFromTheirRowAndFallAQuarterDecibelPerIdle)
+{
+    // Before any audio: all unlit but the bottom row (-38 dB is row 133).
+    PaintNow();
+    for (int i = 0; i < 4; ++i)
+        EXPECT_TRUE(VUShows(i, 133)) << i;
+
+    Process(4.f); // 12 dB over full scale: clamped to +6
+    Idle(1);
+    EXPECT_FLOAT_EQ(6.f, P()->GetLevelDb(0));
+    EXPECT_FLOAT_EQ(6.f, P()->GetLevelDb(1));
+    EXPECT_TRUE(VUShows(0, 1)); // +6 dB: row 19 - 18 = 1
+    EXPECT_TRUE(VUShows(1, 1));
+
+    Idle(175);
+    EXPECT_FLOAT_EQ(-37.75f, P()->GetLevelDb(0));
+    EXPECT_TRUE(VUShows(0, 132)); // (int)(37.75 * 3 + 19)
+    Idle(1);
+    EXPECT_FLOAT_EQ(-38.f, P()->GetLevelDb(0));
+    EXPECT_TRUE(VUShows(0, 133));
+    Idle(3);
+    EXPECT_FLOAT_EQ(-38.f, P()->GetLevelDb(0));
+
+    // A new block sets the level at once: 0.5 is -6 dB (6 dB per doubling).
+    Process(0.5f, 11025.0); // samples 0, 0.5, 0, -0.5: peak exactly 0.5
+    Idle(1);
+    EXPECT_FLOAT_EQ(-6.f, P()->GetLevelDb(0));
+    EXPECT_TRUE(VUShows(0, 37));
+    // Silence converts to minus infinity and shows -38.
+    Process(0.f);
+    Idle(1);
+    EXPECT_FLOAT_EQ(-38.f, P()->GetLevelDb(0));
+    EXPECT_FLOAT_EQ(-38.f, P()->GetLevelDb(1));
+}
+
+TEST_F(PanelPaint, ReductionMeterFillsDownwardAndReturnsOneDecibelPerIdle)
+{
+    PaintNow();
+    EXPECT_TRUE(ReductionShows(0));
+    // Everything set for the deepest reduction of a loud sibilant.
+    effect->setParameter(kParamThreshold, 0.f);
+    effect->setParameter(kParamRatio, 1.f);
+    effect->setParameter(kParamAttack, 0.f);
+    effect->setParameter(kParamAutoThreshold, 0.f);
+    for (int i = 0; i < 40; ++i)
+        Process(0.9f);
+    Idle(1);
+    ASSERT_FLOAT_EQ(-40.f, P()->GetReductionDb());
+    EXPECT_TRUE(ReductionShows(120)); // 40 dB fills the strip
+
+    Idle(10);
+    EXPECT_FLOAT_EQ(-30.f, P()->GetReductionDb());
+    EXPECT_TRUE(ReductionShows(90)); // 120 / 40 * 30
+    Idle(29);
+    EXPECT_FLOAT_EQ(-1.f, P()->GetReductionDb());
+    Idle(1);
+    EXPECT_FLOAT_EQ(0.f, P()->GetReductionDb());
+    EXPECT_TRUE(ReductionShows(0));
+    Idle(2);
+    EXPECT_FLOAT_EQ(0.f, P()->GetReductionDb());
+
+    // Listening, the effect reports a gain of 1: 0 dB at the next block.
+    Process(0.9f);
+    Idle(1);
+    ASSERT_LT(P()->GetReductionDb(), -1.f);
+    effect->SetListen(true);
+    Process(0.9f);
+    Idle(1);
+    EXPECT_FLOAT_EQ(0.f, P()->GetReductionDb());
+}
+
+TEST_F(PanelPaint, IdleRedrawsOnlyWhatChanged)
+{
+    PaintNow();
+    // Paint a marker over both meters; an idle with nothing new keeps it.
+    {
+        CClientDC dc(P());
+        dc.FillSolidRect(29, 45, 7, 134, RGB(255, 0, 255));
+        dc.FillSolidRect(198, 55, 8, 120, RGB(255, 0, 255));
+    }
+    Idle(1); // levels at -38 stay, reduction at 0 stays
+    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 30, 50));
+    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 200, 60));
+    Process(1.f, 11025.0); // peak exactly 1: 0 dB, row 19
+    Idle(1);
+    EXPECT_TRUE(VUShows(0, 19));
+}

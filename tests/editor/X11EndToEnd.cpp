@@ -1,0 +1,303 @@
+// End to end on a real X server: the built DeEsser.so loaded with dlopen and
+// entered through VSTPluginMain, its editor opened into a window made the way
+// a host makes one, idled as a host idles it, photographed, and dragged with
+// XTest. Needs $DISPLAY (run under xvfb-run -a); skips without one.
+#include <gtest/gtest.h>
+
+#include <cairo.h>
+#include <dirent.h>
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+
+#include <set>
+#include <string>
+
+#include "AEffect.h"
+
+namespace
+{
+VstIntPtr HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
+{
+    return opcode == audioMasterVersion ? 2400 : 0;
+}
+
+int OpenFdCount()
+{
+    int n = 0;
+    if (DIR* dir = opendir("/proc/self/fd"))
+    {
+        while (readdir(dir))
+            ++n;
+        closedir(dir);
+    }
+    return n;
+}
+
+class X11Editor : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        if (!getenv("DISPLAY") || !*getenv("DISPLAY"))
+            GTEST_SKIP() << "no $DISPLAY; run under xvfb-run -a";
+        display = XOpenDisplay(nullptr);
+        if (!display)
+            GTEST_SKIP() << "cannot open $DISPLAY";
+        library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
+        ASSERT_NE(nullptr, library) << dlerror();
+        auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
+        ASSERT_NE(nullptr, entry);
+        effect = entry(HostCallback);
+        ASSERT_NE(nullptr, effect);
+        ASSERT_TRUE(effect->flags & effFlagsHasEditor);
+        Dispatch(effOpen);
+        Dispatch(effSetSampleRate, 0, 0, nullptr, 44100.f);
+        Dispatch(effSetBlockSize, 0, 256);
+        Dispatch(effMainsChanged, 0, 1);
+    }
+
+    void TearDown() override
+    {
+        if (effect)
+        {
+            Dispatch(effEditClose);
+            Dispatch(effMainsChanged, 0, 0);
+            Dispatch(effClose);
+        }
+        if (hostWindow && display)
+            XDestroyWindow(display, hostWindow);
+        if (display)
+            XCloseDisplay(display);
+        if (library)
+            dlclose(library);
+    }
+
+    VstIntPtr Dispatch(VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0,
+                       void* ptr = nullptr, float opt = 0.f)
+    {
+        return effect->dispatcher(effect, opcode, index, value, ptr, opt);
+    }
+
+    // The host's editor window, sized from effEditGetRect and mapped.
+    void MakeHostWindow()
+    {
+        ERect* rect = nullptr;
+        ASSERT_EQ(1, Dispatch(effEditGetRect, 0, 0, &rect));
+        ASSERT_NE(nullptr, rect);
+        width = rect->right - rect->left;
+        height = rect->bottom - rect->top;
+        ASSERT_GT(width, 0);
+        ASSERT_GT(height, 0);
+        hostWindow = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, width, height,
+                                         0, 0, 0x00FF00FF);
+        XSelectInput(display, hostWindow, StructureNotifyMask | ExposureMask);
+        XMapWindow(display, hostWindow);
+        XEvent ev;
+        do
+            XNextEvent(display, &ev);
+        while (ev.type != MapNotify);
+    }
+
+    bool OpenEditor()
+    {
+        return Dispatch(effEditOpen, 0, (VstIntPtr)display, (void*)(uintptr_t)hostWindow) == 1;
+    }
+
+    // Host-style idling: effEditIdle at a steady rate, draining our own events.
+    void Idle(int calls, int sleepMs = 5)
+    {
+        for (int i = 0; i < calls; ++i)
+        {
+            Dispatch(effEditIdle);
+            while (XPending(display))
+            {
+                XEvent ev;
+                XNextEvent(display, &ev);
+            }
+            usleep(sleepMs * 1000);
+        }
+    }
+
+    // The host window as the screen shows it, as a cairo image.
+    cairo_surface_t* Screenshot()
+    {
+        XSync(display, False);
+        XImage* image = XGetImage(display, hostWindow, 0, 0, width, height, AllPlanes, ZPixmap);
+        if (!image)
+            return nullptr;
+        cairo_surface_t* s = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+        unsigned char* data = cairo_image_surface_get_data(s);
+        const int stride = cairo_image_surface_get_stride(s);
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+            {
+                unsigned long p = XGetPixel(image, x, y);
+                auto channel = [p](unsigned long mask)
+                {
+                    int shift = 0;
+                    while (mask && !(mask & 1))
+                    {
+                        mask >>= 1;
+                        ++shift;
+                    }
+                    return (uint32_t)((p >> shift) & 0xFF);
+                };
+                const uint32_t rgb = channel(image->red_mask) << 16 |
+                                     channel(image->green_mask) << 8 | channel(image->blue_mask);
+                *reinterpret_cast<uint32_t*>(data + y * stride + x * 4) = rgb;
+            }
+        cairo_surface_mark_dirty(s);
+        XDestroyImage(image);
+        return s;
+    }
+
+    static uint32_t Pixel(cairo_surface_t* s, int x, int y)
+    {
+        const unsigned char* data = cairo_image_surface_get_data(s);
+        return *reinterpret_cast<const uint32_t*>(data + y * cairo_image_surface_get_stride(s) +
+                                                  x * 4) &
+               0xFFFFFF;
+    }
+
+    Display* display = nullptr; // the host's own connection
+    void* library = nullptr;
+    AEffect* effect = nullptr;
+    Window hostWindow = 0;
+    int width = 0;
+    int height = 0;
+};
+} // namespace
+
+TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
+{
+    // The size is known before the editor was ever opened.
+    MakeHostWindow();
+    EXPECT_EQ(460, width);
+    EXPECT_EQ(210, height);
+    ASSERT_TRUE(OpenEditor());
+    Idle(20);
+
+    cairo_surface_t* shot = Screenshot();
+    ASSERT_NE(nullptr, shot);
+    const std::string path = std::string(EDITOR_SCREENSHOT_DIR) + "/editor_screenshot.png";
+    EXPECT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_write_to_png(shot, path.c_str()));
+    std::printf("screenshot: %s\n", path.c_str());
+
+    // Not blank, and nothing of the host's magenta left uncovered.
+    std::set<uint32_t> colours;
+    int magenta = 0;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+        {
+            colours.insert(Pixel(shot, x, y));
+            magenta += Pixel(shot, x, y) == 0xFF00FF;
+        }
+    EXPECT_GT(colours.size(), 100u);
+    EXPECT_EQ(0, magenta);
+
+    // Away from every control, display and meter the background shows as it is.
+    cairo_surface_t* background = cairo_image_surface_create_from_png(EDITOR_BACKGROUND_PNG);
+    ASSERT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_status(background));
+    const int points[][2] = {{2, 2},    {457, 2},   {2, 207},   {457, 207},
+                             {240, 30}, {150, 120}, {320, 135}, {80, 150}};
+    for (auto& p : points)
+        EXPECT_EQ(Pixel(background, p[0], p[1]), Pixel(shot, p[0], p[1])) << p[0] << "," << p[1];
+
+    // The value displays carry text: dark pixels inside the threshold display
+    // that the background does not have there.
+    int textPixels = 0;
+    for (int y = 105; y < 119; ++y)
+        for (int x = 255; x < 303; ++x)
+            if (Pixel(shot, x, y) != Pixel(background, x, y) && (Pixel(shot, x, y) & 0xFF) < 160)
+                ++textPixels;
+    EXPECT_GT(textPixels, 10);
+
+    cairo_surface_destroy(background);
+    cairo_surface_destroy(shot);
+}
+
+TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
+{
+    int eventBase, errorBase, major, minor;
+    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+        GTEST_SKIP() << "no XTest extension";
+    MakeHostWindow();
+    ASSERT_TRUE(OpenEditor());
+    Idle(10);
+    // Start away from both ends: a knob resting at an end keeps to it while
+    // the pointer is on the far side of the dead zone.
+    effect->setParameter(effect, 3, 0.5f);
+    Idle(2);
+    const float before = effect->getParameter(effect, 3);
+
+    int ox = 0, oy = 0;
+    Window child;
+    XTranslateCoordinates(display, hostWindow, DefaultRootWindow(display), 0, 0, &ox, &oy, &child);
+    const int cx = ox + 262 + 17, cy = oy + 66 + 17; // the knob's centre
+    auto moveTo = [&](int x, int y)
+    {
+        XTestFakeMotionEvent(display, -1, x, y, 0);
+        XFlush(display);
+        Idle(4);
+    };
+    moveTo(cx - 10, cy); // left: 0.2
+    XTestFakeButtonEvent(display, 1, True, 0);
+    XFlush(display);
+    Idle(4);
+    EXPECT_NEAR(0.2f, effect->getParameter(effect, 3), 1e-4);
+    moveTo(cx, cy - 12);      // up: 0.5
+    moveTo(cx + 12, cy);      // right: 0.8
+    moveTo(cx + 40, cy + 20); // outside the knob: the capture keeps the drag
+    XTestFakeButtonEvent(display, 1, False, 0);
+    XFlush(display);
+    Idle(4);
+
+    const float after = effect->getParameter(effect, 3);
+    EXPECT_NE(before, after);
+    // (40, 20) from the centre: atan2 clockwise from down = 296.57 deg.
+    EXPECT_NEAR((296.565 - 30.0) / 300.0, after, 1e-3);
+}
+
+TEST_F(X11Editor, OpenCloseCyclesLeaveNoConnectionBehind)
+{
+    MakeHostWindow();
+    // One cycle first: the first open may load fonts and caches for good.
+    ASSERT_TRUE(OpenEditor());
+    Idle(3);
+    Dispatch(effEditClose);
+    const int fds = OpenFdCount();
+    for (int i = 0; i < 5; ++i)
+    {
+        ASSERT_TRUE(OpenEditor());
+        EXPECT_GT(OpenFdCount(), fds) << "the editor talks to X on a connection of its own";
+        Idle(3);
+        Dispatch(effEditClose);
+        EXPECT_EQ(fds, OpenFdCount()) << "cycle " << i;
+    }
+}
+
+TEST_F(X11Editor, HostDestroyingItsWindowBeforeCloseIsSurvived)
+{
+    MakeHostWindow();
+    const int fds = OpenFdCount();
+    ASSERT_TRUE(OpenEditor());
+    Idle(5);
+    XDestroyWindow(display, hostWindow);
+    XSync(display, False);
+    hostWindow = 0;
+    Idle(5); // the editor learns of it here
+    Dispatch(effEditDraw);
+    Dispatch(effEditClose);
+    Dispatch(effEditIdle);
+    EXPECT_EQ(fds, OpenFdCount());
+
+    // And the editor opens again into a new window.
+    MakeHostWindow();
+    ASSERT_TRUE(OpenEditor());
+    Idle(5);
+    Dispatch(effEditClose);
+}
