@@ -8,6 +8,7 @@
 #include <X11/Xutil.h>
 #include <chrono>
 #include <cstdlib>
+#include <string>
 #include <thread>
 
 #include "AfxWin.h"
@@ -157,5 +158,38 @@ TEST(ToolkitX11, PanelInHostWindowPaintsAndSurvivesTheHost)
     EXPECT_EQ(CToolkit::WindowCount(), 0);
     XCloseDisplay(host);
     XSetErrorHandler(nullptr);
+    CToolkit::UseHeadless();
+}
+
+TEST(ToolkitX11, WithoutADisplayWindowsLiveOffScreenAndModalLoopsEnd)
+{
+    // An unreachable display: windows still work as records, nothing hangs.
+    const char* saved = std::getenv("DISPLAY");
+    std::string keep = saved ? saved : "";
+    setenv("DISPLAY", ":4095", 1);
+    ASSERT_TRUE(CToolkit::UseX11());
+    {
+        CFrameWnd frame;
+        frame.SetNativeView((void*)(uintptr_t)0x123456);
+        CRedPanel panel;
+        ASSERT_TRUE(
+            panel.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 50, 40), &frame, 0));
+        EXPECT_EQ(panel.GetNativeView(), nullptr);
+        CToolkit::Pump();
+        EXPECT_EQ(panel.m_nPaints, 1);
+        EXPECT_FALSE(AfxX11DisplayOpen());
+        EXPECT_EQ(AfxMessageBox("nobody can answer", MB_OKCANCEL), IDCANCEL);
+        CMenu menu;
+        menu.CreatePopupMenu();
+        menu.AppendMenu(MF_STRING, 1010, "one");
+        EXPECT_FALSE(menu.TrackPopupMenu(0, 0, 0, &panel));
+        panel.DestroyWindow();
+        frame.SetNativeView(nullptr);
+    }
+    EXPECT_FALSE(AfxX11ErrorHandlerInstalled());
+    if (saved)
+        setenv("DISPLAY", keep.c_str(), 1);
+    else
+        unsetenv("DISPLAY");
     CToolkit::UseHeadless();
 }

@@ -700,6 +700,13 @@ void CToolkit::RunModalLoop(CWnd* modal, const bool& done)
                 break;
             }
         }
+        else if (!backend->CanDeliverInput() || !w->native || w->nativeGone)
+        {
+            // Nobody can ever answer a window that is not on screen.
+            modal->SendMessage(WM_CLOSE);
+            Pump();
+            break;
+        }
         else
         {
             backend->WaitForEvents(MsUntilNextTimer());

@@ -32,7 +32,9 @@ public:
     // input to windows outside `modal` (and its pop-ups) is ignored meanwhile.
     // Blocks in the backend between events (no busy loop). On the headless
     // backend each turn calls the modal hook (CHeadless::SetModalHook); with
-    // no hook, or after 1000 turns, the loop sends WM_CLOSE to `modal`.
+    // no hook, or after 1000 turns, the loop sends WM_CLOSE to `modal`. When
+    // the window is not on screen (no display, lost connection) the loop
+    // sends WM_CLOSE at once: nobody could ever answer it.
     static void RunModalLoop(CWnd* modal, const bool& done);
     static CWnd* GetModalWindow(); // innermost modal window, or null
 

@@ -56,4 +56,7 @@ public:
     virtual CSize ScreenSize() const = 0;
     // Called when the last toolkit window is gone (x11 closes its display).
     virtual void AllWindowsGone() {}
+    // False when no window system can deliver input (no display, or the
+    // connection was lost): modal loops then end at once instead of waiting.
+    virtual bool CanDeliverInput() const { return true; }
 };

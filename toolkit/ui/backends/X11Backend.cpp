@@ -127,6 +127,7 @@ public:
         return CSize(DisplayWidth(m_pDisplay, s), DisplayHeight(m_pDisplay, s));
     }
     void AllWindowsGone() override { CloseDisplay(); }
+    bool CanDeliverInput() const override { return Usable(); }
 
     bool Usable() const { return m_pDisplay && !m_bDead; }
     Display* Dpy() const { return m_pDisplay; }
