@@ -1,0 +1,173 @@
+// Window state on the headless backend: sizing messages and SetWindowPos
+// flags, visibility through parents, focus messages, pre-translation,
+// stacking of overlapping children, and what destruction clears.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "AfxWin.h"
+#include "CHeadless.h"
+
+namespace
+{
+std::vector<std::string> g_Events;
+
+class CStateWnd : public CWnd
+{
+public:
+    std::string m_Name;
+    bool m_bEatKeys = false;
+    void Note(const std::string& what) { g_Events.push_back(m_Name + ":" + what); }
+    void OnSize(UINT, int cx, int cy)
+    {
+        Note("size " + std::to_string(cx) + "x" + std::to_string(cy));
+    }
+    void OnDestroy() { Note("destroy"); }
+    void OnSetFocus(CWnd* old) { Note(std::string("setfocus from ") + (old ? "wnd" : "none")); }
+    void OnKillFocus(CWnd*) { Note("killfocus"); }
+    void OnKeyDown(UINT key, UINT, UINT) { Note("key " + std::to_string(key)); }
+    void OnLButtonDown(UINT, CPoint p) { Note("down " + std::to_string(p.x)); }
+    BOOL PreTranslateMessage(UINT message, WPARAM wParam, LPARAM) override
+    {
+        if (m_bEatKeys && message == WM_KEYDOWN)
+        {
+            Note("ate " + std::to_string(wParam));
+            return TRUE;
+        }
+        return FALSE;
+    }
+    DECLARE_MESSAGE_MAP()
+};
+BEGIN_MESSAGE_MAP(CStateWnd, CWnd)
+ON_WM_SIZE()
+ON_WM_DESTROY()
+ON_WM_SETFOCUS()
+ON_WM_KILLFOCUS()
+ON_WM_KEYDOWN()
+ON_WM_LBUTTONDOWN()
+END_MESSAGE_MAP()
+
+class ToolkitWindowState : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        ASSERT_TRUE(CHeadless::Use());
+        g_Events.clear();
+        m_Top.m_Name = "top";
+        ASSERT_TRUE(
+            m_Top.Create(nullptr, "top", WS_POPUP | WS_VISIBLE, CRect(0, 0, 200, 100), nullptr, 0));
+        g_Events.clear();
+    }
+    void TearDown() override
+    {
+        m_Top.DestroyWindow();
+        EXPECT_EQ(CToolkit::WindowCount(), 0);
+    }
+    CStateWnd m_Top;
+};
+} // namespace
+
+TEST_F(ToolkitWindowState, SetWindowPosHonoursItsFlagsAndReportsSizes)
+{
+    CStateWnd child;
+    child.m_Name = "child";
+    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(10, 10, 40, 30), &m_Top, 5));
+    EXPECT_EQ(g_Events, std::vector<std::string>{"child:size 30x20"});
+    g_Events.clear();
+
+    child.SetWindowPos(nullptr, 0, 0, 61, 18, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
+    CRect r;
+    child.GetWindowRect(&r);
+    EXPECT_EQ(r, CRect(10, 10, 71, 28));
+    child.SetWindowPos(nullptr, 50, 60, 1, 1, SWP_NOSIZE | SWP_NOZORDER);
+    child.GetWindowRect(&r);
+    EXPECT_EQ(r, CRect(50, 60, 111, 78));
+    child.MoveWindow(50, 60, 61, 18); // same place and size: no message
+    EXPECT_EQ(g_Events, std::vector<std::string>{"child:size 61x18"});
+
+    CPoint p(55, 65);
+    child.ScreenToClient(&p);
+    EXPECT_EQ(p, CPoint(5, 5));
+    EXPECT_EQ(m_Top.GetDlgItem(5), &child);
+    EXPECT_EQ(m_Top.GetDlgItem(6), nullptr);
+    EXPECT_EQ(child.GetDlgCtrlID(), 5);
+    m_Top.SetDlgItemText(5, "caption");
+    CString text;
+    EXPECT_EQ(m_Top.GetDlgItemText(5, text), 7);
+    EXPECT_STREQ(text, "caption");
+    char small[4];
+    EXPECT_EQ(child.GetWindowText(small, sizeof(small)), 3);
+    EXPECT_STREQ(small, "cap");
+}
+
+TEST_F(ToolkitWindowState, VisibilityFollowsParentsAndShowReturnsThePreviousState)
+{
+    CStateWnd child;
+    child.m_Name = "child";
+    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD, CRect(0, 0, 10, 10), &m_Top, 1));
+    EXPECT_FALSE(child.IsWindowVisible());
+    EXPECT_FALSE(child.ShowWindow(SW_SHOW));
+    EXPECT_TRUE(child.IsWindowVisible());
+    EXPECT_TRUE(child.ShowWindow(SW_SHOW));
+    m_Top.ShowWindow(SW_HIDE);
+    EXPECT_FALSE(child.IsWindowVisible()); // hidden with its parent
+    m_Top.ShowWindow(SW_SHOW);
+    EXPECT_TRUE(child.IsWindowVisible());
+    EXPECT_NE(child.GetStyle() & WS_VISIBLE, 0u);
+    child.ShowWindow(SW_HIDE);
+    EXPECT_EQ(child.GetStyle() & WS_VISIBLE, 0u);
+}
+
+TEST_F(ToolkitWindowState, FocusMessagesAndPreTranslation)
+{
+    CStateWnd a, b;
+    a.m_Name = "a";
+    b.m_Name = "b";
+    ASSERT_TRUE(a.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &m_Top, 1));
+    ASSERT_TRUE(b.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(20, 0, 30, 10), &m_Top, 2));
+    g_Events.clear();
+    EXPECT_EQ(a.SetFocus(), nullptr);
+    EXPECT_EQ(b.SetFocus(), &a);
+    EXPECT_EQ(CWnd::GetFocus(), &b);
+    CHeadless::Key(VK_LEFT);
+    m_Top.m_bEatKeys = true; // the parent sees keys first now
+    CHeadless::Key(VK_RIGHT);
+    std::vector<std::string> expected = {"a:setfocus from none", "a:killfocus",
+                                         "b:setfocus from wnd", "b:key 37", "top:ate 39"};
+    EXPECT_EQ(g_Events, expected);
+    // Hiding the focus window drops the focus; destroying the capture drops it.
+    b.ShowWindow(SW_HIDE);
+    EXPECT_EQ(CWnd::GetFocus(), nullptr);
+    a.SetCapture();
+    EXPECT_EQ(CWnd::GetCapture(), &a);
+    a.DestroyWindow();
+    EXPECT_EQ(CWnd::GetCapture(), nullptr);
+}
+
+TEST_F(ToolkitWindowState, LaterChildrenAreOnTopAndDestructionGoesParentFirst)
+{
+    CStateWnd under, over;
+    under.m_Name = "under";
+    over.m_Name = "over";
+    ASSERT_TRUE(under.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 100, 100), &m_Top, 1));
+    ASSERT_TRUE(over.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(50, 0, 100, 50), &m_Top, 2));
+    g_Events.clear();
+    CHeadless::MouseDown(&m_Top, CPoint(60, 10)); // both contain it: the later one wins
+    CHeadless::MouseUp(&m_Top, CPoint(60, 10));
+    CHeadless::MouseDown(&m_Top, CPoint(20, 10));
+    CHeadless::MouseUp(&m_Top, CPoint(20, 10));
+    CHeadless::MouseDown(&m_Top, CPoint(150, 10)); // the top window itself
+    CHeadless::MouseUp(&m_Top, CPoint(150, 10));
+    EXPECT_EQ(g_Events,
+              (std::vector<std::string>{"over:down 10", "under:down 20", "top:down 150"}));
+
+    g_Events.clear();
+    m_Top.DestroyWindow();
+    EXPECT_EQ(g_Events.front(), "top:destroy");
+    EXPECT_EQ(g_Events.size(), 3u);
+    EXPECT_EQ(under.m_hWnd, nullptr);
+    EXPECT_EQ(over.m_hWnd, nullptr);
+    EXPECT_FALSE(over.DestroyWindow()); // already gone
+}
