@@ -98,3 +98,81 @@ void CBiquadFilter::OperateFilter(const float* in, float* out, int count)
     y1 = ym1;
     y2 = ym2;
 }
+
+namespace
+{
+typedef float v4 __attribute__((vector_size(16)));
+
+// K filters (2 or 4) in the lanes of one vector; unused lanes stay zero.
+template <int K>
+void OperateLanes(CBiquadFilter* const* f, const float* const* in, float* const* out, int count)
+{
+    v4 c0 = {}, c1 = {}, c2 = {}, d1 = {}, d2 = {}, xm1 = {}, xm2 = {}, ym1 = {}, ym2 = {};
+    for (int k = 0; k < K; ++k)
+    {
+        c0[k] = f[k]->b0;
+        c1[k] = f[k]->b1;
+        c2[k] = f[k]->b2;
+        d1[k] = f[k]->a1;
+        d2[k] = f[k]->a2;
+        xm1[k] = f[k]->x1;
+        xm2[k] = f[k]->x2;
+        ym1[k] = f[k]->y1;
+        ym2[k] = f[k]->y2;
+    }
+    const float* in0 = in[0];
+    const float* in1 = in[1];
+    const float* in2 = in[K > 2 ? 2 : 0];
+    const float* in3 = in[K > 2 ? 3 : 0];
+    float* out0 = out[0];
+    float* out1 = out[1];
+    float* out2 = out[K > 2 ? 2 : 0];
+    float* out3 = out[K > 2 ? 3 : 0];
+    for (int i = 0; i < count; ++i)
+    {
+        v4 x;
+        if (K > 2)
+            x = v4{in0[i], in1[i], in2[i], in3[i]};
+        else
+            x = v4{in0[i], in1[i], 0.f, 0.f};
+        const v4 y = c0 * x + c1 * xm1 + c2 * xm2 - d1 * ym1 - d2 * ym2;
+        out0[i] = y[0];
+        out1[i] = y[1];
+        if (K > 2)
+        {
+            out2[i] = y[2];
+            out3[i] = y[3];
+        }
+        xm2 = xm1;
+        xm1 = x;
+        ym2 = ym1;
+        ym1 = y;
+    }
+    for (int k = 0; k < K; ++k)
+    {
+        f[k]->x1 = xm1[k];
+        f[k]->x2 = xm2[k];
+        f[k]->y1 = ym1[k];
+        f[k]->y2 = ym2[k];
+    }
+}
+} // namespace
+
+void CBiquadFilter::OperateFilters(CBiquadFilter* const* filters, const float* const* in,
+                                   float* const* out, int numFilters, int count)
+{
+    if (count <= 0 || numFilters <= 0)
+        return;
+    if (numFilters == 2)
+        OperateLanes<2>(filters, in, out, count);
+    else if (numFilters == 4)
+        OperateLanes<4>(filters, in, out, count);
+    else if (numFilters == 3)
+    {
+        OperateLanes<2>(filters, in, out, count);
+        filters[2]->OperateFilter(in[2], out[2], count);
+    }
+    else
+        for (int k = 0; k < numFilters; ++k)
+            filters[k]->OperateFilter(in[k], out[k], count);
+}

@@ -2,6 +2,7 @@
 // level above threshold in dB, smooths it with attack/release coefficients and
 // turns it back into a linear gain with the ratio's slope.
 #include "CVRXComp.h"
+#include "CompressorKernel.h"
 
 #include <cmath>
 #include <cstring>
@@ -104,6 +105,12 @@ CVRXComp::GainComputer CVRXComp::MakeGainComputer() const
     return gc;
 }
 
+compkernel::Params CVRXComp::KernelParams() const
+{
+    return {thresholdDb,       m_QuietKeyLimit,    1.0 / ratio - 1.0,  attack.getCoef(),
+            release.getCoef(), (double)inputLevel, (double)outputLevel};
+}
+
 void CVRXComp::process(double& left, double& right, double keyLevel, bool externalKey)
 {
     CSingleLock lock(m_Lock);
@@ -131,30 +138,16 @@ void CVRXComp::process(float** in, float** out, float** key, int count, bool ext
     if (count <= 0)
         return;
 
-    const GainComputer gc = MakeGainComputer();
-    const double inLevel = inputLevel, outLevel = outputLevel;
-    const float* inL = in[0];
-    const float* inR = in[1];
     const float* keyL = key[0];
     const float* keyR = key[1];
-    float* outL = out[0];
-    float* outR = out[1];
-    double env = envelopeDb;
-    double g = 1.0;
-    for (int i = 0; i < count; ++i)
+    // The two key channels are linked: the louder one sets the level.
+    auto keyAt = [keyL, keyR](int i)
     {
-        double l = (double)inL[i] * inLevel;
-        double r = (double)inR[i] * inLevel;
         const float kl = std::fabs(keyL[i]);
         const float kr = std::fabs(keyR[i]);
-        // The two key channels are linked: the louder one sets the level.
-        const double keyLevel = kl < kr ? kr : kl;
-        g = gc.Step(env, l, r, keyLevel, externalKey);
-        l *= g;
-        r *= g;
-        outL[i] = (float)(outLevel * l);
-        outR[i] = (float)(outLevel * r);
-    }
-    envelopeDb = env;
+        return (double)(kl < kr ? kr : kl);
+    };
+    const double g = compkernel::Dispatch(externalKey, autoThreshold != 0.f, KernelParams(),
+                                          envelopeDb, in[0], in[1], out[0], out[1], count, keyAt);
     gainReduction = (float)g;
 }

@@ -5,6 +5,11 @@
 
 #include "AttRelEnvelope.h"
 
+namespace compkernel
+{
+struct Params;
+}
+
 #include <algorithm>
 #include <cmath>
 
@@ -76,6 +81,8 @@ protected:
         }
     };
     GainComputer MakeGainComputer() const;
+    // The same parameters for the block loop (CompressorKernel.h).
+    compkernel::Params KernelParams() const;
 
     bool active = true;
     float outputLevel = 1.f;

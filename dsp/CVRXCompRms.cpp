@@ -1,6 +1,7 @@
 // The compressor keyed by a running mean square of the product of the two key
 // channels (window 5 ms by default).
 #include "CVRXCompRms.h"
+#include "CompressorKernel.h"
 
 #include <cmath>
 #include <cstring>
@@ -53,32 +54,24 @@ void CVRXCompRms::process(float** in, float** out, float** key, int count, bool 
     if (count <= 0)
         return;
 
-    const GainComputer gc = MakeGainComputer();
-    const double inLevel = inputLevel, outLevel = outputLevel;
+    const float* keyL = key[0];
+    const float* keyR = key[1];
     const double windowCoef = window.getCoef();
-    double env = envelopeDb;
     double ms = meanSquare;
-    double g = 1.0;
-    for (int i = 0; i < count; ++i)
+    auto keyAt = [keyL, keyR, windowCoef, &ms](int i)
     {
-        double l = (double)in[0][i] * inLevel;
-        double r = (double)in[1][i] * inLevel;
         // The product of the two key channels (in float, doubled), not a sum
         // of squares: negative when the channels differ in sign.
-        const double p = (double)(2.f * key[0][i] * key[1][i]) + 1e-25;
+        const double p = (double)(2.f * keyL[i] * keyR[i]) + 1e-25;
         const double previous = ms;
         ms = (previous - p) * windowCoef + p;
         // The first sample after a reset takes the instantaneous value. A
         // negative mean square counts as silence (sqrt of 0, never NaN).
         const double square = previous == 1e-25 ? p : ms;
-        const double keyLevel = std::sqrt(square > 0.0 ? square : 0.0);
-        g = gc.Step(env, l, r, keyLevel, externalKey);
-        l *= g;
-        r *= g;
-        out[0][i] = (float)(outLevel * l);
-        out[1][i] = (float)(outLevel * r);
-    }
-    envelopeDb = env;
+        return std::sqrt(square > 0.0 ? square : 0.0);
+    };
+    const double g = compkernel::Dispatch(externalKey, autoThreshold != 0.f, KernelParams(),
+                                          envelopeDb, in[0], in[1], out[0], out[1], count, keyAt);
     meanSquare = ms;
     gainReduction = (float)g;
 }

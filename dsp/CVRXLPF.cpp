@@ -310,61 +310,60 @@ bool CVRXLPF::Transform(float** in, int count, float** out, int* outCount)
 // the same order as input copy -> OperateEqualizer -> LPFData -> output copy:
 //   w = in * inputGain; y = b0 w + b1 x1 + b2 x2 + fb1 y1 + fb2 y2;
 //   o = outputGain * y (over-level test); out = o * outputGain.
-// Running the two independent recursions side by side halves the time the
-// serial dependency costs.
+// Left and right share one vector (lanes 0 and 1), so the two recursions cost
+// the time of one; every lane does exactly the scalar arithmetic.
 void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, float* outR,
                               int count)
 {
+    typedef float v4 __attribute__((vector_size(16)));
+    typedef int v4i __attribute__((vector_size(16)));
     CIIRFilter& fl = m_Filters[0];
     CIIRFilter& fr = m_Filters[1];
     CSingleLock lockL(fl.m_Lock);
     CSingleLock lockR(fr.m_Lock);
-    const float ig = m_InputGain, og = m_OutputGain, thr = m_OverLevelThreshold;
-    const float lb0 = fl.b0, lb1 = fl.b1, lb2 = fl.b2, lf1 = fl.fb1, lf2 = fl.fb2;
-    const float rb0 = fr.b0, rb1 = fr.b1, rb2 = fr.b2, rf1 = fr.fb1, rf2 = fr.fb2;
-    float lx1 = fl.x1, lx2 = fl.x2, ly1 = fl.y1, ly2 = fl.y2;
-    float rx1 = fr.x1, rx2 = fr.x2, ry1 = fr.y1, ry2 = fr.y2;
-    float pil = 0.f, pir = 0.f, pol = 0.f, por = 0.f;
-    bool over = false;
+    const v4 ig = {m_InputGain, m_InputGain, 0.f, 0.f};
+    const v4 og = {m_OutputGain, m_OutputGain, 0.f, 0.f};
+    const v4 thr = {m_OverLevelThreshold, m_OverLevelThreshold, 0.f, 0.f};
+    const v4 b0 = {fl.b0, fr.b0, 0.f, 0.f}, b1 = {fl.b1, fr.b1, 0.f, 0.f};
+    const v4 b2 = {fl.b2, fr.b2, 0.f, 0.f}, f1 = {fl.fb1, fr.fb1, 0.f, 0.f};
+    const v4 f2 = {fl.fb2, fr.fb2, 0.f, 0.f};
+    const v4i absMask = {0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF};
+    v4 x1 = {fl.x1, fr.x1, 0.f, 0.f}, x2 = {fl.x2, fr.x2, 0.f, 0.f};
+    v4 y1 = {fl.y1, fr.y1, 0.f, 0.f}, y2 = {fl.y2, fr.y2, 0.f, 0.f};
+    v4 peakIn = {0.f, 0.f, 0.f, 0.f}, peakOut = peakIn;
+    v4i over = {0, 0, 0, 0};
     for (int i = 0; i < count; ++i)
     {
-        const float wl = inL[i] * ig;
-        const float wr = inR[i] * ig;
-        pil = Peak(pil, wl);
-        pir = Peak(pir, wr);
-        const float yl = lb0 * wl + lb1 * lx1 + lb2 * lx2 + lf1 * ly1 + lf2 * ly2;
-        const float yr = rb0 * wr + rb1 * rx1 + rb2 * rx2 + rf1 * ry1 + rf2 * ry2;
-        lx2 = lx1;
-        lx1 = wl;
-        ly2 = ly1;
-        ly1 = yl;
-        rx2 = rx1;
-        rx1 = wr;
-        ry2 = ry1;
-        ry1 = yr;
-        const float ol = og * yl;
-        const float orr = og * yr;
-        over |= (std::fabs(ol) > thr) | (std::fabs(orr) > thr);
-        const float zl = ol * og;
-        const float zr = orr * og;
-        outL[i] = zl;
-        outR[i] = zr;
-        pol = Peak(pol, zl);
-        por = Peak(por, zr);
+        const v4 in = {inL[i], inR[i], 0.f, 0.f};
+        const v4 w = in * ig;
+        const v4 aw = (v4)((v4i)w & absMask);
+        peakIn = aw > peakIn ? aw : peakIn;
+        const v4 y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
+        x2 = x1;
+        x1 = w;
+        y2 = y1;
+        y1 = y;
+        const v4 o = og * y;
+        over |= (v4)((v4i)o & absMask) > thr;
+        const v4 z = o * og;
+        outL[i] = z[0];
+        outR[i] = z[1];
+        const v4 az = (v4)((v4i)z & absMask);
+        peakOut = az > peakOut ? az : peakOut;
     }
-    fl.x1 = lx1;
-    fl.x2 = lx2;
-    fl.y1 = ly1;
-    fl.y2 = ly2;
-    fr.x1 = rx1;
-    fr.x2 = rx2;
-    fr.y1 = ry1;
-    fr.y2 = ry2;
-    m_OverLevel = m_OverLevel || over;
-    m_PeakInL = pil;
-    m_PeakInR = pir;
-    m_PeakOutL = pol;
-    m_PeakOutR = por;
+    fl.x1 = x1[0];
+    fl.x2 = x2[0];
+    fl.y1 = y1[0];
+    fl.y2 = y2[0];
+    fr.x1 = x1[1];
+    fr.x2 = x2[1];
+    fr.y1 = y1[1];
+    fr.y2 = y2[1];
+    m_OverLevel = m_OverLevel || over[0] != 0 || over[1] != 0;
+    m_PeakInL = peakIn[0];
+    m_PeakInR = peakIn[1];
+    m_PeakOutL = peakOut[0];
+    m_PeakOutR = peakOut[1];
 }
 
 void CVRXLPF::TransformMono(const float* in, float* out, int count)

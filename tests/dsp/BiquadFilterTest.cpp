@@ -257,3 +257,52 @@ TEST(BiquadFilter, NonFiniteStateIsDetectedAndReset)
     for (float y : out)
         EXPECT_TRUE(std::isfinite(y));
 }
+
+TEST(BiquadFilter, SideBySideEqualsSeparateCalls)
+{
+    const std::vector<float> a = Noise(700, 1.f, 11u), b = Noise(700, 0.5f, 12u);
+    const float freqs[5] = {3000.f, 9000.f, 500.f, 15000.f, 7000.f};
+    for (int n = 1; n <= 5; ++n)
+    {
+        CBiquadFilter together[5], apart[5];
+        const float* in[5];
+        float* out[5];
+        std::vector<std::vector<float>> got(5, std::vector<float>(700)), want = got;
+        CBiquadFilter* ptrs[5];
+        for (int k = 0; k < n; ++k)
+        {
+            together[k].CalcCoefficients(48000.f, freqs[k], -12.f, 1.f, k % 3);
+            apart[k] = together[k];
+            in[k] = k % 2 ? b.data() : a.data(); // inputs may be shared
+            out[k] = got[(size_t)k].data();
+            ptrs[k] = &together[k];
+        }
+        for (int chunk : {1, 2, 31, 255})
+        {
+            for (int k = 0; k < n; ++k)
+            {
+                together[k].Reset();
+                apart[k].Reset();
+            }
+            for (int done = 0; done < 700; done += chunk)
+            {
+                const int c = std::min(chunk, 700 - done);
+                const float* ins[5];
+                float* outs[5];
+                for (int k = 0; k < n; ++k)
+                {
+                    ins[k] = in[k] + done;
+                    outs[k] = out[k] + done;
+                    apart[k].OperateFilter(in[k] + done, want[(size_t)k].data() + done, c);
+                }
+                CBiquadFilter::OperateFilters(ptrs, ins, outs, n, c);
+            }
+            for (int k = 0; k < n; ++k)
+            {
+                EXPECT_EQ(got[(size_t)k], want[(size_t)k]) << n << " " << k << " " << chunk;
+                EXPECT_EQ(together[k].y1, apart[k].y1);
+                EXPECT_EQ(together[k].x2, apart[k].x2);
+            }
+        }
+    }
+}

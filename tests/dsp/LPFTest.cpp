@@ -7,44 +7,13 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
-#include <cstdlib>
-#include <new>
 #include <vector>
 
 using namespace dsptest;
 
-// Counts every allocation of this test program.
-static std::atomic<long> g_Allocations{0};
-
-void* operator new(std::size_t size)
-{
-    ++g_Allocations;
-    if (void* p = std::malloc(size ? size : 1))
-        return p;
-    throw std::bad_alloc();
-}
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-void operator delete(void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p) noexcept
-{
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
-void operator delete[](void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
+// Allocations made by this test program so far (AllocationCounter.cpp).
+long AllocationCount();
 
 namespace
 {
@@ -175,14 +144,14 @@ TEST(LPF, TransformNeverAllocates)
     float* in[2] = {s.l.data(), s.r.data()};
     float* out[2] = {ol.data(), orr.data()};
     int outCount = 0;
-    const long before = g_Allocations.load();
+    const long before = AllocationCount();
     p.Transform(in, 100, out, &outCount); // no work buffers prepared
     p.SetSampleSize(0);
-    const long afterPrepare = g_Allocations.load();
+    const long afterPrepare = AllocationCount();
     p.Transform(in, 4096, out, &outCount); // longer than prepared
     p.Transform(in, 7, out, &outCount);
     EXPECT_EQ(before, afterPrepare - 5); // only SetSampleSize's five buffers
-    EXPECT_EQ(g_Allocations.load(), afterPrepare);
+    EXPECT_EQ(AllocationCount(), afterPrepare);
 }
 
 TEST(LPF, OutputLevelActsTwiceAndButterworthShape)
