@@ -113,7 +113,7 @@ void ADeEsser::setParameterWork(int index, float n, bool fromPanel)
         CSingleLock lock(m_Lock);
         m_NormValue[0] = n;
         program.values[0] = n;
-        float a = (float)(int)n;
+        float a = std::trunc(n); // whole part: 0.99 switches off
         m_Comp.set_Activate(a);
         m_CompRms.set_Activate(a);
         break;

@@ -21,5 +21,5 @@ TSAN_OPTIONS="halt_on_error=1" ctest --preset tsan -R Stress
 # setChunk, the bank-file reader and the legacy import under libFuzzer with
 # AddressSanitizer and UBSan, for a bounded number of runs.
 cmake --preset fuzz >/dev/null
-cmake --build --preset fuzz -j "$jobs"
+cmake --build --preset fuzz -j "$jobs" --target fuzz_setchunk fuzz_bankfile fuzz_legacy
 ctest --preset fuzz -L fuzz
