@@ -42,11 +42,16 @@ bool CDeEsserEditor::open(void* parentWindow)
     if (!parentWindow)
         return false;
     systemWindow = parentWindow;
+    m_UIThread = std::this_thread::get_id();
+    m_Deferred.Clear();
     m_pUIWindow = new CUIWindow;
     m_Frame.SetNativeView(parentWindow);
-    if (!m_Frame.GetSafeHwnd() || !m_pUIWindow->MakeWindow(&m_Frame, &m_Background, this))
+    if (!m_Frame.GetSafeHwnd() || !m_pUIWindow->MakeWindow(&m_Frame, &m_Background, this) ||
+        !m_pUIWindow->GetNativeView())
     {
-        // No display or no window system: leave everything closed.
+        // No display, or the host's window is not one: leave everything closed.
+        if (m_pUIWindow->GetSafeHwnd())
+            m_pUIWindow->DestroyWindow();
         delete m_pUIWindow;
         m_pUIWindow = nullptr;
         m_Frame.SetNativeView(nullptr);
@@ -54,11 +59,13 @@ bool CDeEsserEditor::open(void* parentWindow)
         return false;
     }
     m_pUIWindow->MoveWindow(0, 0, m_Background.Width(), m_Background.Height(), TRUE);
+    m_bOpen.store(true, std::memory_order_release);
     return true;
 }
 
 void CDeEsserEditor::close()
 {
+    m_bOpen.store(false, std::memory_order_release);
     systemWindow = nullptr;
     if (m_pUIWindow)
     {
@@ -78,7 +85,10 @@ void CDeEsserEditor::idle()
     CToolkit::Pump();
     // The pump may have learnt that the host destroyed its window.
     if (m_pUIWindow && m_pUIWindow->GetSafeHwnd())
+    {
+        m_Deferred.ApplyTo(m_pUIWindow);
         m_pUIWindow->idle();
+    }
 }
 
 void CDeEsserEditor::draw(ERect*)
@@ -94,6 +104,10 @@ VstInt32 CDeEsserEditor::mouse(VstInt32, VstInt32)
 
 IDeEsserPanel* CDeEsserEditor::GetPanel()
 {
+    if (!m_bOpen.load(std::memory_order_acquire))
+        return nullptr;
+    if (std::this_thread::get_id() != m_UIThread)
+        return &m_Deferred;
     return m_pUIWindow && m_pUIWindow->GetSafeHwnd() ? m_pUIWindow : nullptr;
 }
 

@@ -8,10 +8,16 @@
 // with the first window and closes with the last. Idle pumps the toolkit's
 // events (input, timers, paints) and then polls the meters.
 //
-// Thread: every call comes from the host's UI/dispatcher thread.
+// Thread: every call comes from the host's UI/dispatcher thread, except
+// GetPanel, which the effect also calls when a host automates parameters
+// from its audio thread; that caller gets the deferred-update mailbox.
 #pragma once
 
+#include <atomic>
+#include <thread>
+
 #include "AfxWin.h"
+#include "CDeferredPanelUpdates.h"
 #include "CVRXBitmap.h"
 #include "IDeEsserPanel.h"
 
@@ -34,6 +40,8 @@ public:
     void draw(ERect* rect) override;
     VstInt32 mouse(VstInt32 x, VstInt32 y) override;
 
+    // The panel while open; off the UI thread, the mailbox that the next
+    // idle empties into the panel.
     IDeEsserPanel* GetPanel() override;
     bool ShowMessage(const char* text) override;
 
@@ -46,6 +54,9 @@ private:
     CVRXBitmap m_Background;          // 5000.png
     CUIWindow* m_pUIWindow = nullptr; // owned, null while closed
     CFrameWnd m_Frame;                // stands for the host's window
+    CDeferredPanelUpdates m_Deferred; // panel calls from other threads
+    std::atomic<bool> m_bOpen{false};
+    std::thread::id m_UIThread; // the thread that opened the editor
 };
 
 // The callback every bitmap control of the panel reports to; owner is the

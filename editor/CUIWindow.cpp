@@ -77,7 +77,7 @@ ON_MESSAGE(WM_INPUTVAL_RETURN, OnInputValReturn)
 ON_COMMAND_RANGE(IDM_COPYPG_FIRST, IDM_COPYPG_LAST, OnSelCopyPg)
 END_MESSAGE_MAP()
 
-CUIWindow::CUIWindow() : m_UIThread(std::this_thread::get_id())
+CUIWindow::CUIWindow()
 {
     m_rcThreshold = kThresholdDisp;
     m_rcAttack = kAttackDisp;
@@ -88,8 +88,6 @@ CUIWindow::CUIWindow() : m_UIThread(std::this_thread::get_id())
     m_rcLowFreq = kLowFreqDisp;
     m_rcHiFreq = kHiFreqDisp;
     m_rcModify = kLampRect;
-    for (auto& v : m_PendingValue)
-        v.store(0.f);
 }
 
 CUIWindow::~CUIWindow()
@@ -176,7 +174,6 @@ BOOL CUIWindow::MakeWindow(CWnd* parentFrame, CVRXBitmap* background, CDeEsserEd
     m_pEditor = editor;
     m_pBackground = background;
     m_pParentFrame = parentFrame;
-    m_UIThread = std::this_thread::get_id();
     m_Font9.CreatePointFont(9, "Osaka");
     m_Font12.CreatePointFont(12, "Osaka");
     const int w = background ? background->Width() : 0;

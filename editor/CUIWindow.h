@@ -5,14 +5,11 @@
 // panel path; host changes arrive through UpdateControl / UpdateModify; the
 // meters are polled on every host idle call.
 //
-// Thread: UI only. UpdateControl and UpdateModify may also arrive from a
-// host's audio thread (automation through setParameter); those calls are
-// queued and applied at the next idle.
+// Thread: UI only (the editor queues calls from other threads, see
+// CDeferredPanelUpdates).
 #pragma once
 
-#include <atomic>
 #include <cstdint>
-#include <thread>
 
 #include "AfxWin.h"
 #include "CVRXBitmap.h"
@@ -128,8 +125,6 @@ private:
     ADeEsser* Effect() const;
     void DrawDisplay(CDC* dc, int paramIndex);
     void CopyProgramMenu();
-    void ApplyPendingUpdates();
-    bool OnUIThread() const { return std::this_thread::get_id() == m_UIThread; }
 
     CVRXBitmap m_Bmp[20]; // resources 5001..5020
 
@@ -159,11 +154,6 @@ private:
     CVRXFloatEditWnd m_EditWnd;
     int m_nEditId = -1; // typed-value id, -1: none
     bool m_bFlag = false;
-
-    // Host changes that arrived off the UI thread, applied at the next idle.
-    std::thread::id m_UIThread;
-    std::atomic<float> m_PendingValue[11];
-    std::atomic<uint32_t> m_PendingMask{0}; // bit i: parameter i; bit 31: lamp
 
     DECLARE_MESSAGE_MAP()
 };

@@ -350,16 +350,7 @@ void CUIWindow::ChangeControl(int controlId, float value)
 
 void CUIWindow::UpdateControl(int index, float value)
 {
-    if (index < 0 || index >= kNumParams)
-        return;
-    if (!OnUIThread())
-    {
-        // Automation from the audio thread: drawing belongs to the UI thread.
-        m_PendingValue[index].store(value, std::memory_order_relaxed);
-        m_PendingMask.fetch_or(1u << index | 1u << 31, std::memory_order_release);
-        return;
-    }
-    if (!m_hWnd)
+    if (index < 0 || index >= kNumParams || !m_hWnd)
         return;
     CClientDC dc(this);
     switch (index)
@@ -408,24 +399,8 @@ void CUIWindow::UpdateControl(int index, float value)
 
 void CUIWindow::UpdateModify()
 {
-    if (!OnUIThread())
-    {
-        m_PendingMask.fetch_or(1u << 31, std::memory_order_release);
-        return;
-    }
     if (m_hWnd)
         InvalidateRect(&m_rcModify, TRUE);
-}
-
-void CUIWindow::ApplyPendingUpdates()
-{
-    const uint32_t mask = m_PendingMask.exchange(0, std::memory_order_acquire);
-    if (!mask)
-        return;
-    for (int i = 0; i < kNumParams; ++i)
-        if (mask & (1u << i))
-            UpdateControl(i, m_PendingValue[i].load(std::memory_order_relaxed));
-    UpdateModify();
 }
 
 // Meters ------------------------------------------------------------------------
@@ -435,7 +410,6 @@ void CUIWindow::idle()
     ADeEsser* effect = Effect();
     if (!effect || !m_hWnd)
         return;
-    ApplyPendingUpdates();
 
     const uint32_t counters = effect->GetBlockCounters();
     const float oldVU[4] = {m_fVU[0], m_fVU[1], m_fVU[2], m_fVU[3]};

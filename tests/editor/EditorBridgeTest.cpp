@@ -3,6 +3,8 @@
 // the message box, the control callback and image loading.
 #include "EditorTestSupport.h"
 
+#include <thread>
+
 #include "CInDeEsser.h"
 #include "ParamTable.h"
 
@@ -96,6 +98,36 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelAndCloseRemovesIt)
     EXPECT_EQ(0, effect->dispatcher(effEditOpen, 0, 0, nullptr, 0.f));
     EXPECT_FALSE(editor->isOpen());
     EXPECT_EQ(windows, CToolkit::WindowCount());
+}
+
+TEST(EditorBridge, OtherThreadsGetTheMailboxNotThePanel)
+{
+    auto effect = MakeEffect();
+    CDeEsserEditor* editor = EditorOf(effect.get());
+    IDeEsserPanel* seen = nullptr;
+    auto ask = [&]
+    {
+        std::thread other([&] { seen = editor->GetPanel(); });
+        other.join();
+    };
+    ask();
+    EXPECT_EQ(nullptr, seen);
+    ASSERT_EQ(1, effect->dispatcher(effEditOpen, 0, 0, (void*)0x77, 0.f));
+    ask();
+    ASSERT_NE(nullptr, seen);
+    EXPECT_NE(static_cast<IDeEsserPanel*>(editor->GetUIWindow()), seen);
+    // Queued calls keep the last value per parameter and wait for idle.
+    seen->UpdateControl(kParamRatio, 0.25f);
+    seen->UpdateControl(kParamRatio, 0.5f);
+    seen->UpdateControl(kParamOutput, 0.75f);
+    seen->UpdateControl(42, 1.f); // no such parameter: dropped
+    EXPECT_NE(0.5f, editor->GetUIWindow()->Knob(103).GetValue());
+    effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
+    EXPECT_FLOAT_EQ(0.5f, editor->GetUIWindow()->Knob(103).GetValue());
+    EXPECT_FLOAT_EQ(0.75f, editor->GetUIWindow()->Fader(105).GetValue());
+    effect->dispatcher(effEditClose, 0, 0, nullptr, 0.f);
+    ask();
+    EXPECT_EQ(nullptr, seen);
 }
 
 TEST(EditorBridge, DestroyingTheEffectWhileOpenClosesThePanelFirst)

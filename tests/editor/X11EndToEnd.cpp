@@ -15,6 +15,7 @@
 
 #include <set>
 #include <string>
+#include <vector>
 
 #include "AEffect.h"
 
@@ -216,6 +217,24 @@ TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
                 ++textPixels;
     EXPECT_GT(textPixels, 10);
 
+    // Audio moves the level meters at the next idle calls: a full-scale
+    // block lights the input meter from its 0 dB row (19) down.
+    std::vector<float> l(256), r(256), ol(256), orr(256);
+    for (int n = 0; n < 256; ++n)
+        l[n] = r[n] = n % 2 ? 1.f : -1.f;
+    float* in[2] = {l.data(), r.data()};
+    float* out[2] = {ol.data(), orr.data()};
+    effect->processReplacing(effect, in, out, 256);
+    Idle(2, 1);
+    cairo_surface_t* lit = Screenshot();
+    ASSERT_NE(nullptr, lit);
+    int changed = 0;
+    for (int y = 45 + 25; y < 45 + 130; ++y)
+        changed += Pixel(lit, 31, y) != Pixel(shot, 31, y);
+    EXPECT_GT(changed, 50);
+    EXPECT_EQ(Pixel(shot, 31, 45 + 10), Pixel(lit, 31, 45 + 10)); // above 0 dB: still dark
+
+    cairo_surface_destroy(lit);
     cairo_surface_destroy(background);
     cairo_surface_destroy(shot);
 }
@@ -300,4 +319,29 @@ TEST_F(X11Editor, HostDestroyingItsWindowBeforeCloseIsSurvived)
     ASSERT_TRUE(OpenEditor());
     Idle(5);
     Dispatch(effEditClose);
+}
+
+TEST(X11EditorNoDisplay, OpenWithoutAnXServerFailsCleanly)
+{
+    const char* saved = getenv("DISPLAY");
+    const std::string display = saved ? saved : "";
+    setenv("DISPLAY", ":9999", 1); // no server there
+    void* library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
+    ASSERT_NE(nullptr, library) << dlerror();
+    auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
+    AEffect* effect = entry(HostCallback);
+    ASSERT_NE(nullptr, effect);
+    effect->dispatcher(effect, effOpen, 0, 0, nullptr, 0.f);
+    ERect* rect = nullptr;
+    EXPECT_EQ(1, effect->dispatcher(effect, effEditGetRect, 0, 0, &rect, 0.f));
+    EXPECT_EQ(0, effect->dispatcher(effect, effEditOpen, 0, 0, (void*)(uintptr_t)0x400001, 0.f));
+    effect->dispatcher(effect, effEditIdle, 0, 0, nullptr, 0.f);
+    effect->dispatcher(effect, effEditDraw, 0, 0, nullptr, 0.f);
+    effect->dispatcher(effect, effEditClose, 0, 0, nullptr, 0.f);
+    effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.f);
+    dlclose(library);
+    if (saved)
+        setenv("DISPLAY", display.c_str(), 1);
+    else
+        unsetenv("DISPLAY");
 }
