@@ -13,8 +13,10 @@
 #include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 
+#include <cstdlib>
 #include <set>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "AEffect.h"
@@ -24,6 +26,26 @@ namespace
 VstIntPtr HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
 {
     return opcode == audioMasterVersion ? 2400 : 0;
+}
+
+// The effect reads (and on save writes) its default bank in the user's
+// settings folder; point it at an empty folder of this run.
+std::string g_SettingsFolder;
+
+void UseScratchSettingsFolder()
+{
+    std::string& folder = g_SettingsFolder;
+    if (folder.empty())
+    {
+        char path[] = "/tmp/deesser-x11-tests-XXXXXX";
+        if (mkdtemp(path))
+        {
+            folder = path;
+            std::atexit([] { std::system(("rm -rf " + g_SettingsFolder).c_str()); });
+        }
+    }
+    if (!folder.empty())
+        setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
 }
 
 int OpenFdCount()
@@ -48,6 +70,7 @@ protected:
         display = XOpenDisplay(nullptr);
         if (!display)
             GTEST_SKIP() << "cannot open $DISPLAY";
+        UseScratchSettingsFolder();
         library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
         ASSERT_NE(nullptr, library) << dlerror();
         auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
@@ -281,6 +304,69 @@ TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
     EXPECT_NEAR((296.565 - 30.0) / 300.0, after, 1e-3);
 }
 
+TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
+{
+    int eventBase, errorBase, major, minor;
+    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+        GTEST_SKIP() << "no XTest extension";
+    Dispatch(effSetProgram, 0, 5);
+    effect->setParameter(effect, 3, 0.3125f);
+    Dispatch(effSetProgram, 0, 0);
+    ASSERT_NE(0.3125f, effect->getParameter(effect, 3));
+    MakeHostWindow();
+    ASSERT_TRUE(OpenEditor());
+    Idle(5);
+
+    // The menu runs a modal loop inside the idle call that delivers the
+    // press; the "user" works from a second connection meanwhile.
+    int rowHeight = 0;
+    std::thread user(
+        [&]
+        {
+            Display* d = XOpenDisplay(nullptr);
+            usleep(400 * 1000);
+            const int w = 300, h = 800;
+            XImage* shot = XGetImage(d, DefaultRootWindow(d), 0, 0, w, h, AllPlanes, ZPixmap);
+            if (shot)
+            {
+                // The menu hangs from panel point (89, 13); below the panel the
+                // root is black, so its lower edge shows in one column.
+                int bottom = 0;
+                for (int y = 220; y < h; ++y)
+                    if (XGetPixel(shot, 100, y) & 0xFFFFFF)
+                        bottom = y + 1;
+                rowHeight = (bottom - 13 - 4) / 32;
+                cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h);
+                unsigned char* data = cairo_image_surface_get_data(png);
+                for (int y = 0; y < h; ++y)
+                    for (int x = 0; x < w; ++x)
+                        *reinterpret_cast<uint32_t*>(
+                            data + y * cairo_image_surface_get_stride(png) + x * 4) =
+                            XGetPixel(shot, x, y) & 0xFFFFFF;
+                cairo_surface_mark_dirty(png);
+                cairo_surface_write_to_png(
+                    png, (std::string(EDITOR_SCREENSHOT_DIR) + "/copy_menu.png").c_str());
+                cairo_surface_destroy(png);
+                XDestroyImage(shot);
+            }
+            const int y = rowHeight > 0 ? 13 + 2 + 5 * rowHeight + rowHeight / 2 : 400;
+            XTestFakeMotionEvent(d, -1, 120, y, 0);
+            XTestFakeButtonEvent(d, 1, True, 0);
+            XTestFakeButtonEvent(d, 1, False, 0);
+            XSync(d, False);
+            XCloseDisplay(d);
+        });
+    XTestFakeMotionEvent(display, -1, 70, 15, 0);
+    XTestFakeButtonEvent(display, 1, True, 0);
+    XTestFakeButtonEvent(display, 1, False, 0);
+    XFlush(display);
+    Idle(40);
+    user.join();
+    Idle(5);
+    EXPECT_GT(rowHeight, 10) << "no menu seen below the panel";
+    EXPECT_FLOAT_EQ(0.3125f, effect->getParameter(effect, 3));
+}
+
 TEST_F(X11Editor, OpenCloseCyclesLeaveNoConnectionBehind)
 {
     MakeHostWindow();
@@ -326,6 +412,7 @@ TEST(X11EditorNoDisplay, OpenWithoutAnXServerFailsCleanly)
     const char* saved = getenv("DISPLAY");
     const std::string display = saved ? saved : "";
     setenv("DISPLAY", ":9999", 1); // no server there
+    UseScratchSettingsFolder();
     void* library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
     ASSERT_NE(nullptr, library) << dlerror();
     auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
