@@ -43,7 +43,7 @@ TEST(Stress, ProcessingWhileTheUiThreadChangesEverything)
             }
         });
 
-    for (int round = 0; round < 300; ++round)
+    for (int round = 0; round < 2000; ++round)
     {
         float v = (round % 17) / 16.f;
         for (int p = 0; p < 11; ++p)
