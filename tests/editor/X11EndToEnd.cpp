@@ -11,6 +11,7 @@
 
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
+#include <X11/keysym.h>
 #include <X11/extensions/XTest.h>
 
 #include <cstdlib>
@@ -302,6 +303,43 @@ TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
     EXPECT_NE(before, after);
     // (40, 20) from the centre: atan2 clockwise from down = 296.57 deg.
     EXPECT_NEAR((296.565 - 30.0) / 300.0, after, 1e-3);
+}
+
+TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
+{
+    int eventBase, errorBase, major, minor;
+    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+        GTEST_SKIP() << "no XTest extension";
+    MakeHostWindow();
+    ASSERT_TRUE(OpenEditor());
+    Idle(5);
+    auto key = [&](KeySym sym)
+    {
+        const KeyCode code = XKeysymToKeycode(display, sym);
+        XTestFakeKeyEvent(display, code, True, 0);
+        XTestFakeKeyEvent(display, code, False, 0);
+        XFlush(display);
+        Idle(1, 1);
+    };
+    // A click on the threshold display opens the entry field there.
+    XTestFakeMotionEvent(display, -1, 279, 112, 0);
+    XTestFakeButtonEvent(display, 1, True, 0);
+    XTestFakeButtonEvent(display, 1, False, 0);
+    XFlush(display);
+    Idle(4);
+    for (int i = 0; i < 8; ++i)
+        key(XK_BackSpace);
+    // The digit 5 on purpose: typed characters must not arrive as the key
+    // codes that commit (35, 36) or abandon (53) an entry.
+    for (KeySym sym : {XK_minus, XK_1, XK_2, XK_period, XK_5})
+        key(sym);
+    key(XK_Return);
+    Idle(4);
+    // -12.5 typed: -125 tenths, nudged to -12.505 dB on the -100..0 dB range.
+    EXPECT_NEAR((-12.505 + 100.0) / 100.0, effect->getParameter(effect, 3), 1e-5);
+    char text[64] = {0};
+    Dispatch(effGetParamDisplay, 3, 0, text);
+    EXPECT_STREQ("-12.5", text);
 }
 
 TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
