@@ -15,6 +15,7 @@
 #include <X11/extensions/XTest.h>
 
 #include <cstdlib>
+#include <cstring>
 #include <set>
 #include <string>
 #include <thread>
@@ -403,6 +404,75 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
     Idle(5);
     EXPECT_GT(rowHeight, 10) << "no menu seen below the panel";
     EXPECT_FLOAT_EQ(0.3125f, effect->getParameter(effect, 3));
+}
+
+TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
+{
+    int eventBase, errorBase, major, minor;
+    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+        GTEST_SKIP() << "no XTest extension";
+    MakeHostWindow();
+    ASSERT_TRUE(OpenEditor());
+    Idle(5);
+    effect->setParameter(effect, 3, 0.625f);
+
+    // The dialog runs a modal loop inside the idle call that delivers the
+    // click on SAVE; the "user" types from a second connection meanwhile.
+    std::thread user(
+        [&]
+        {
+            Display* d = XOpenDisplay(nullptr);
+            usleep(400 * 1000);
+            XImage* shot = XGetImage(d, DefaultRootWindow(d), 0, 0, 640, 480, AllPlanes, ZPixmap);
+            if (shot)
+            {
+                cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 640, 480);
+                unsigned char* data = cairo_image_surface_get_data(png);
+                for (int y = 0; y < 480; ++y)
+                    for (int x = 0; x < 640; ++x)
+                        *reinterpret_cast<uint32_t*>(
+                            data + y * cairo_image_surface_get_stride(png) + x * 4) =
+                            XGetPixel(shot, x, y) & 0xFFFFFF;
+                cairo_surface_mark_dirty(png);
+                cairo_surface_write_to_png(
+                    png, (std::string(EDITOR_SCREENSHOT_DIR) + "/save_dialog.png").c_str());
+                cairo_surface_destroy(png);
+                XDestroyImage(shot);
+            }
+            // Into the name field (under the slot list), then type and confirm.
+            XTestFakeMotionEvent(d, -1, 230, 120, 0);
+            XTestFakeButtonEvent(d, 1, True, 0);
+            XTestFakeButtonEvent(d, 1, False, 0);
+            XSync(d, False);
+            usleep(50 * 1000);
+            for (KeySym sym : {XK_V, XK_o, XK_x, XK_Return})
+            {
+                const KeyCode code = XKeysymToKeycode(d, sym);
+                const bool upper = sym == XK_V;
+                const KeyCode shift = XKeysymToKeycode(d, XK_Shift_L);
+                if (upper)
+                    XTestFakeKeyEvent(d, shift, True, 0);
+                XTestFakeKeyEvent(d, code, True, 0);
+                XTestFakeKeyEvent(d, code, False, 0);
+                if (upper)
+                    XTestFakeKeyEvent(d, shift, False, 0);
+                XSync(d, False);
+                usleep(50 * 1000);
+            }
+            XCloseDisplay(d);
+        });
+    XTestFakeMotionEvent(display, -1, 216, 18, 0);
+    XTestFakeButtonEvent(display, 1, True, 0);
+    XTestFakeButtonEvent(display, 1, False, 0);
+    XFlush(display);
+    Idle(40);
+    user.join();
+    Idle(5);
+
+    char name[64] = {0};
+    Dispatch(effGetProgramNameIndexed, 0, 0, name);
+    EXPECT_NE(nullptr, std::strstr(name, "Vox")) << name;
+    EXPECT_EQ(0, access((g_SettingsFolder + "/DeEsserDef.fxb").c_str(), F_OK));
 }
 
 TEST_F(X11Editor, OpenCloseCyclesLeaveNoConnectionBehind)
