@@ -306,37 +306,54 @@ bool CVRXLPF::Transform(float** in, int count, float** out, int* outCount)
     return true;
 }
 
-// Both channels in one loop, each sample through the same float operations in
-// the same order as input copy -> OperateEqualizer -> LPFData -> output copy:
+namespace
+{
+typedef float v4 __attribute__((vector_size(16)));
+typedef int v4i __attribute__((vector_size(16)));
+
+inline v4 Abs(v4 x)
+{
+    const v4i mask = {0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF};
+    return (v4)((v4i)x & mask);
+}
+} // namespace
+
+// One processor's stereo path with left and right in lanes 0 and 1 of one
+// vector, so the two recursions cost the time of one. Each lane does exactly
+// the scalar arithmetic of input copy -> OperateEqualizer -> LPFData -> output
+// copy:
 //   w = in * inputGain; y = b0 w + b1 x1 + b2 x2 + fb1 y1 + fb2 y2;
 //   o = outputGain * y (over-level test); out = o * outputGain.
-// Left and right share one vector (lanes 0 and 1), so the two recursions cost
-// the time of one; every lane does exactly the scalar arithmetic.
-void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, float* outR,
-                              int count)
+// The caller holds the processor's lock and both filters' locks.
+struct CVRXLPF::StereoLanes
 {
-    typedef float v4 __attribute__((vector_size(16)));
-    typedef int v4i __attribute__((vector_size(16)));
-    CIIRFilter& fl = m_Filters[0];
-    CIIRFilter& fr = m_Filters[1];
-    CSingleLock lockL(fl.m_Lock);
-    CSingleLock lockR(fr.m_Lock);
-    const v4 ig = {m_InputGain, m_InputGain, 0.f, 0.f};
-    const v4 og = {m_OutputGain, m_OutputGain, 0.f, 0.f};
-    const v4 thr = {m_OverLevelThreshold, m_OverLevelThreshold, 0.f, 0.f};
-    const v4 b0 = {fl.b0, fr.b0, 0.f, 0.f}, b1 = {fl.b1, fr.b1, 0.f, 0.f};
-    const v4 b2 = {fl.b2, fr.b2, 0.f, 0.f}, f1 = {fl.fb1, fr.fb1, 0.f, 0.f};
-    const v4 f2 = {fl.fb2, fr.fb2, 0.f, 0.f};
-    const v4i absMask = {0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF};
-    v4 x1 = {fl.x1, fr.x1, 0.f, 0.f}, x2 = {fl.x2, fr.x2, 0.f, 0.f};
-    v4 y1 = {fl.y1, fr.y1, 0.f, 0.f}, y2 = {fl.y2, fr.y2, 0.f, 0.f};
-    v4 peakIn = {0.f, 0.f, 0.f, 0.f}, peakOut = peakIn;
-    v4i over = {0, 0, 0, 0};
-    for (int i = 0; i < count; ++i)
+    CVRXLPF& p;
+    v4 ig, og, thr, b0, b1, b2, f1, f2, x1, x2, y1, y2;
+    v4 peakIn = {}, peakOut = {};
+    v4i over = {};
+
+    explicit StereoLanes(CVRXLPF& owner) : p(owner)
     {
-        const v4 in = {inL[i], inR[i], 0.f, 0.f};
+        const CIIRFilter& l = p.m_Filters[0];
+        const CIIRFilter& r = p.m_Filters[1];
+        ig = v4{p.m_InputGain, p.m_InputGain, 0.f, 0.f};
+        og = v4{p.m_OutputGain, p.m_OutputGain, 0.f, 0.f};
+        thr = v4{p.m_OverLevelThreshold, p.m_OverLevelThreshold, 0.f, 0.f};
+        b0 = v4{l.b0, r.b0, 0.f, 0.f};
+        b1 = v4{l.b1, r.b1, 0.f, 0.f};
+        b2 = v4{l.b2, r.b2, 0.f, 0.f};
+        f1 = v4{l.fb1, r.fb1, 0.f, 0.f};
+        f2 = v4{l.fb2, r.fb2, 0.f, 0.f};
+        x1 = v4{l.x1, r.x1, 0.f, 0.f};
+        x2 = v4{l.x2, r.x2, 0.f, 0.f};
+        y1 = v4{l.y1, r.y1, 0.f, 0.f};
+        y2 = v4{l.y2, r.y2, 0.f, 0.f};
+    }
+
+    v4 Step(v4 in)
+    {
         const v4 w = in * ig;
-        const v4 aw = (v4)((v4i)w & absMask);
+        const v4 aw = Abs(w);
         peakIn = aw > peakIn ? aw : peakIn;
         const v4 y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
         x2 = x1;
@@ -344,26 +361,95 @@ void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, f
         y2 = y1;
         y1 = y;
         const v4 o = og * y;
-        over |= (v4)((v4i)o & absMask) > thr;
+        over |= Abs(o) > thr;
         const v4 z = o * og;
+        const v4 az = Abs(z);
+        peakOut = az > peakOut ? az : peakOut;
+        return z;
+    }
+
+    // State, flag and meters back into the processor.
+    void Store()
+    {
+        CIIRFilter& l = p.m_Filters[0];
+        CIIRFilter& r = p.m_Filters[1];
+        l.x1 = x1[0];
+        l.x2 = x2[0];
+        l.y1 = y1[0];
+        l.y2 = y2[0];
+        r.x1 = x1[1];
+        r.x2 = x2[1];
+        r.y1 = y1[1];
+        r.y2 = y2[1];
+        p.m_OverLevel = p.m_OverLevel || over[0] != 0 || over[1] != 0;
+        p.m_PeakInL = peakIn[0];
+        p.m_PeakInR = peakIn[1];
+        p.m_PeakOutL = peakOut[0];
+        p.m_PeakOutR = peakOut[1];
+    }
+};
+
+void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, float* outR,
+                              int count)
+{
+    CSingleLock lockL(m_Filters[0].m_Lock);
+    CSingleLock lockR(m_Filters[1].m_Lock);
+    StereoLanes lanes(*this);
+    for (int i = 0; i < count; ++i)
+    {
+        const v4 z = lanes.Step(v4{inL[i], inR[i], 0.f, 0.f});
         outL[i] = z[0];
         outR[i] = z[1];
-        const v4 az = (v4)((v4i)z & absMask);
-        peakOut = az > peakOut ? az : peakOut;
     }
-    fl.x1 = x1[0];
-    fl.x2 = x2[0];
-    fl.y1 = y1[0];
-    fl.y2 = y2[0];
-    fr.x1 = x1[1];
-    fr.x2 = x2[1];
-    fr.y1 = y1[1];
-    fr.y2 = y2[1];
-    m_OverLevel = m_OverLevel || over[0] != 0 || over[1] != 0;
-    m_PeakInL = peakIn[0];
-    m_PeakInR = peakIn[1];
-    m_PeakOutL = peakOut[0];
-    m_PeakOutR = peakOut[1];
+    lanes.Store();
+}
+
+bool CVRXLPF::TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int count, float** mid,
+                             float** out)
+{
+    if (count <= 0 || !in || !mid || !out || &first == &second)
+    {
+        int n = 0;
+        first.Transform(in, count, mid, &n);
+        return second.Transform(mid, count, out, &n);
+    }
+    CSingleLock lockFirst(first.m_Lock);
+    CSingleLock lockSecond(second.m_Lock);
+    const bool fused = first.m_Active && second.m_Active && first.m_HasFilters &&
+                       second.m_HasFilters && first.m_Format.nChannels == 2 &&
+                       second.m_Format.nChannels == 2;
+    if (!fused)
+    {
+        int n = 0;
+        first.Transform(in, count, mid, &n);
+        return second.Transform(mid, count, out, &n);
+    }
+    // Both stages sample by sample: the second reads the first's output of the
+    // same sample, exactly as it would read it back from mid.
+    first.m_LastBlockSize = second.m_LastBlockSize = count;
+    CSingleLock lock1L(first.m_Filters[0].m_Lock);
+    CSingleLock lock1R(first.m_Filters[1].m_Lock);
+    CSingleLock lock2L(second.m_Filters[0].m_Lock);
+    CSingleLock lock2R(second.m_Filters[1].m_Lock);
+    StereoLanes a(first), b(second);
+    const float* inL = in[0];
+    const float* inR = in[1];
+    float* midL = mid[0];
+    float* midR = mid[1];
+    float* outL = out[0];
+    float* outR = out[1];
+    for (int i = 0; i < count; ++i)
+    {
+        const v4 m = a.Step(v4{inL[i], inR[i], 0.f, 0.f});
+        midL[i] = m[0];
+        midR[i] = m[1];
+        const v4 z = b.Step(m);
+        outL[i] = z[0];
+        outR[i] = z[1];
+    }
+    a.Store();
+    b.Store();
+    return true;
 }
 
 void CVRXLPF::TransformMono(const float* in, float* out, int count)

@@ -35,35 +35,52 @@ double Run(const Params& p, double& env, const float* inL, const float* inR, flo
     const double inLevel = p.inputLevel, outLevel = p.outputLevel;
     double e0 = env;
     double g = 1.0;
-    for (int i = 0; i < count; ++i)
+    // In pieces: first the envelope and the exponents of a piece, then their
+    // exps back to back, which keeps the calls' register spills out of the
+    // envelope loop.
+    constexpr int kPiece = 64;
+    double exponent[kPiece];
+    for (int base = 0; base < count; base += kPiece)
     {
-        double l = (double)inL[i] * inLevel;
-        double r = (double)inR[i] * inLevel;
-        const double x = std::fabs(keyAt(i)) + 1e-25;
-        double over = 0.0;
-        if (!(x < quiet))
+        const int n = count - base < kPiece ? count - base : kPiece;
+        for (int j = 0; j < n; ++j)
         {
-            const double d = std::log(x) * 8.685889638065037 - thr;
-            over = d > 0.0 ? d : 0.0; // max(0, d)
+            const int i = base + j;
+            const double x = std::fabs(keyAt(i)) + 1e-25;
+            double over = 0.0;
+            if (!(x < quiet))
+            {
+                const double d = std::log(x) * 8.685889638065037 - thr;
+                over = d > 0.0 ? d : 0.0; // max(0, d)
+            }
+            if (kExternalKey)
+            {
+                // Compared with the audio as scaled by the input level.
+                const double al = std::fabs((double)inL[i] * inLevel);
+                const double ar = std::fabs((double)inR[i] * inLevel);
+                if (4.0 * x < (al < ar ? ar : al))
+                    over = 0.0;
+            }
+            over = over + 1e-25;
+            const double target = kAutoThreshold && e0 < over ? 20.0 : over;
+            if (target > e0)
+                e0 = target + (e0 - target) * att;
+            else
+                e0 = target + (e0 - target) * rel;
+            exponent[j] = slope * (e0 - 1e-25) * 0.11512925464970228;
         }
-        if (kExternalKey)
+        for (int j = 0; j < n; ++j)
         {
-            const double al = std::fabs(l), ar = std::fabs(r);
-            if (4.0 * x < (al < ar ? ar : al))
-                over = 0.0;
+            const int i = base + j;
+            const double e = exponent[j];
+            g = std::fabs(e) < 0x1p-54 ? 1.0 : std::exp(e);
+            double l = (double)inL[i] * inLevel;
+            double r = (double)inR[i] * inLevel;
+            l *= g;
+            r *= g;
+            outL[i] = (float)(outLevel * l);
+            outR[i] = (float)(outLevel * r);
         }
-        over = over + 1e-25;
-        const double target = kAutoThreshold && e0 < over ? 20.0 : over;
-        if (target > e0)
-            e0 = target + (e0 - target) * att;
-        else
-            e0 = target + (e0 - target) * rel;
-        const double e = slope * (e0 - 1e-25) * 0.11512925464970228;
-        g = std::fabs(e) < 0x1p-54 ? 1.0 : std::exp(e);
-        l *= g;
-        r *= g;
-        outL[i] = (float)(outLevel * l);
-        outR[i] = (float)(outLevel * r);
     }
     env = e0;
     return g;
