@@ -404,54 +404,6 @@ void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, f
     lanes.Store();
 }
 
-bool CVRXLPF::TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int count, float** mid,
-                             float** out)
-{
-    if (count <= 0 || !in || !mid || !out || &first == &second)
-    {
-        int n = 0;
-        first.Transform(in, count, mid, &n);
-        return second.Transform(mid, count, out, &n);
-    }
-    CSingleLock lockFirst(first.m_Lock);
-    CSingleLock lockSecond(second.m_Lock);
-    const bool fused = first.m_Active && second.m_Active && first.m_HasFilters &&
-                       second.m_HasFilters && first.m_Format.nChannels == 2 &&
-                       second.m_Format.nChannels == 2;
-    if (!fused)
-    {
-        int n = 0;
-        first.Transform(in, count, mid, &n);
-        return second.Transform(mid, count, out, &n);
-    }
-    // Both stages sample by sample: the second reads the first's output of the
-    // same sample, exactly as it would read it back from mid.
-    first.m_LastBlockSize = second.m_LastBlockSize = count;
-    CSingleLock lock1L(first.m_Filters[0].m_Lock);
-    CSingleLock lock1R(first.m_Filters[1].m_Lock);
-    CSingleLock lock2L(second.m_Filters[0].m_Lock);
-    CSingleLock lock2R(second.m_Filters[1].m_Lock);
-    StereoLanes a(first), b(second);
-    const float* inL = in[0];
-    const float* inR = in[1];
-    float* midL = mid[0];
-    float* midR = mid[1];
-    float* outL = out[0];
-    float* outR = out[1];
-    for (int i = 0; i < count; ++i)
-    {
-        const v4 m = a.Step(v4{inL[i], inR[i], 0.f, 0.f});
-        midL[i] = m[0];
-        midR[i] = m[1];
-        const v4 z = b.Step(m);
-        outL[i] = z[0];
-        outR[i] = z[1];
-    }
-    a.Store();
-    b.Store();
-    return true;
-}
-
 void CVRXLPF::TransformMono(const float* in, float* out, int count)
 {
     CIIRFilter& f = m_Filters[0];

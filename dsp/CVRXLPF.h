@@ -39,12 +39,6 @@ public:
     bool GetVU(float* inL, float* inR, float* outL, float* outR);
 
     bool Transform(float** in, int count, float** out, int* outCount);
-    // first.Transform(in -> mid), then second.Transform(mid -> out), with the
-    // same results, meters and flags, in one pass when both are active stereo
-    // processors (the two recursions then overlap). The channels' buffers must
-    // be distinct from one another.
-    static bool TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int count, float** mid,
-                               float** out);
     void LPFData(int channel, const float* in, float* out, int count);
 
     // Clears a filter state that has become non-finite.
