@@ -7,6 +7,7 @@
 #include <cairo.h>
 #include <dirent.h>
 #include <dlfcn.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <X11/Xlib.h>
@@ -18,7 +19,7 @@
 #include <cstring>
 #include <set>
 #include <string>
-#include <thread>
+#include <functional>
 #include <vector>
 
 #include "AEffect.h"
@@ -62,6 +63,50 @@ int OpenFdCount()
     return n;
 }
 
+// Runs `actions` in a child process with a connection of its own, as a
+// user at the keyboard and mouse would act while the plug-in sits in a modal
+// loop inside an idle call. Xlib is not used from two threads of one
+// process here. Returns the child's pid; its exit status is what `actions`
+// returned (0-255).
+pid_t StartUser(const std::function<int(Display*)>& actions)
+{
+    const pid_t pid = fork();
+    if (pid == 0)
+    {
+        Display* d = XOpenDisplay(nullptr);
+        const int result = d ? actions(d) : 255;
+        if (d)
+            XCloseDisplay(d);
+        _exit(result);
+    }
+    return pid;
+}
+
+int WaitUser(pid_t pid)
+{
+    int status = 0;
+    if (pid <= 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status))
+        return -1;
+    return WEXITSTATUS(status);
+}
+
+void SaveRootImage(Display* d, int w, int h, const char* name)
+{
+    XImage* shot = XGetImage(d, DefaultRootWindow(d), 0, 0, w, h, AllPlanes, ZPixmap);
+    if (!shot)
+        return;
+    cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h);
+    unsigned char* data = cairo_image_surface_get_data(png);
+    for (int y = 0; y < h; ++y)
+        for (int x = 0; x < w; ++x)
+            *reinterpret_cast<uint32_t*>(data + y * cairo_image_surface_get_stride(png) + x * 4) =
+                XGetPixel(shot, x, y) & 0xFFFFFF;
+    cairo_surface_mark_dirty(png);
+    cairo_surface_write_to_png(png, (std::string(EDITOR_SCREENSHOT_DIR) + "/" + name).c_str());
+    cairo_surface_destroy(png);
+    XDestroyImage(shot);
+}
+
 class X11Editor : public ::testing::Test
 {
 protected:
@@ -69,7 +114,12 @@ protected:
     {
         if (!getenv("DISPLAY") || !*getenv("DISPLAY"))
             GTEST_SKIP() << "no $DISPLAY; run under xvfb-run -a";
-        display = XOpenDisplay(nullptr);
+        // An X server resets when its last client leaves, and refuses
+        // connections meanwhile; one connection held for the whole run keeps
+        // the tests from racing that reset between them.
+        static Display* keepAlive = XOpenDisplay(nullptr);
+        if (keepAlive)
+            display = XOpenDisplay(nullptr);
         if (!display)
             GTEST_SKIP() << "cannot open $DISPLAY";
         UseScratchSettingsFolder();
@@ -358,49 +408,34 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
 
     // The menu runs a modal loop inside the idle call that delivers the
     // press; the "user" works from a second connection meanwhile.
-    int rowHeight = 0;
-    std::thread user(
-        [&]
+    const pid_t user = StartUser(
+        [](Display* d)
         {
-            Display* d = XOpenDisplay(nullptr);
             usleep(400 * 1000);
-            const int w = 300, h = 800;
-            XImage* shot = XGetImage(d, DefaultRootWindow(d), 0, 0, w, h, AllPlanes, ZPixmap);
+            SaveRootImage(d, 300, 720, "copy_menu.png");
+            // The menu hangs from panel point (89, 13); below the panel the
+            // root is black, so its lower edge shows in one column.
+            XImage* shot = XGetImage(d, DefaultRootWindow(d), 100, 0, 1, 800, AllPlanes, ZPixmap);
+            int bottom = 0;
+            for (int y = 220; shot && y < 800; ++y)
+                if (XGetPixel(shot, 0, y) & 0xFFFFFF)
+                    bottom = y + 1;
             if (shot)
-            {
-                // The menu hangs from panel point (89, 13); below the panel the
-                // root is black, so its lower edge shows in one column.
-                int bottom = 0;
-                for (int y = 220; y < h; ++y)
-                    if (XGetPixel(shot, 100, y) & 0xFFFFFF)
-                        bottom = y + 1;
-                rowHeight = (bottom - 13 - 4) / 32;
-                cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h);
-                unsigned char* data = cairo_image_surface_get_data(png);
-                for (int y = 0; y < h; ++y)
-                    for (int x = 0; x < w; ++x)
-                        *reinterpret_cast<uint32_t*>(
-                            data + y * cairo_image_surface_get_stride(png) + x * 4) =
-                            XGetPixel(shot, x, y) & 0xFFFFFF;
-                cairo_surface_mark_dirty(png);
-                cairo_surface_write_to_png(
-                    png, (std::string(EDITOR_SCREENSHOT_DIR) + "/copy_menu.png").c_str());
-                cairo_surface_destroy(png);
                 XDestroyImage(shot);
-            }
+            const int rowHeight = (bottom - 13 - 4) / 32;
             const int y = rowHeight > 0 ? 13 + 2 + 5 * rowHeight + rowHeight / 2 : 400;
             XTestFakeMotionEvent(d, -1, 120, y, 0);
             XTestFakeButtonEvent(d, 1, True, 0);
             XTestFakeButtonEvent(d, 1, False, 0);
             XSync(d, False);
-            XCloseDisplay(d);
+            return rowHeight;
         });
     XTestFakeMotionEvent(display, -1, 70, 15, 0);
     XTestFakeButtonEvent(display, 1, True, 0);
     XTestFakeButtonEvent(display, 1, False, 0);
     XFlush(display);
     Idle(40);
-    user.join();
+    const int rowHeight = WaitUser(user);
     Idle(5);
     EXPECT_GT(rowHeight, 10) << "no menu seen below the panel";
     EXPECT_FLOAT_EQ(0.3125f, effect->getParameter(effect, 3));
@@ -418,55 +453,38 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
 
     // The dialog runs a modal loop inside the idle call that delivers the
     // click on SAVE; the "user" types from a second connection meanwhile.
-    std::thread user(
-        [&]
+    const pid_t user = StartUser(
+        [](Display* d)
         {
-            Display* d = XOpenDisplay(nullptr);
             usleep(400 * 1000);
-            XImage* shot = XGetImage(d, DefaultRootWindow(d), 0, 0, 640, 480, AllPlanes, ZPixmap);
-            if (shot)
-            {
-                cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, 640, 480);
-                unsigned char* data = cairo_image_surface_get_data(png);
-                for (int y = 0; y < 480; ++y)
-                    for (int x = 0; x < 640; ++x)
-                        *reinterpret_cast<uint32_t*>(
-                            data + y * cairo_image_surface_get_stride(png) + x * 4) =
-                            XGetPixel(shot, x, y) & 0xFFFFFF;
-                cairo_surface_mark_dirty(png);
-                cairo_surface_write_to_png(
-                    png, (std::string(EDITOR_SCREENSHOT_DIR) + "/save_dialog.png").c_str());
-                cairo_surface_destroy(png);
-                XDestroyImage(shot);
-            }
+            SaveRootImage(d, 640, 480, "save_dialog.png");
             // Into the name field (under the slot list), then type and confirm.
             XTestFakeMotionEvent(d, -1, 230, 120, 0);
             XTestFakeButtonEvent(d, 1, True, 0);
             XTestFakeButtonEvent(d, 1, False, 0);
             XSync(d, False);
             usleep(50 * 1000);
+            const KeyCode shift = XKeysymToKeycode(d, XK_Shift_L);
             for (KeySym sym : {XK_V, XK_o, XK_x, XK_Return})
             {
                 const KeyCode code = XKeysymToKeycode(d, sym);
-                const bool upper = sym == XK_V;
-                const KeyCode shift = XKeysymToKeycode(d, XK_Shift_L);
-                if (upper)
+                if (sym == XK_V)
                     XTestFakeKeyEvent(d, shift, True, 0);
                 XTestFakeKeyEvent(d, code, True, 0);
                 XTestFakeKeyEvent(d, code, False, 0);
-                if (upper)
+                if (sym == XK_V)
                     XTestFakeKeyEvent(d, shift, False, 0);
                 XSync(d, False);
                 usleep(50 * 1000);
             }
-            XCloseDisplay(d);
+            return 0;
         });
     XTestFakeMotionEvent(display, -1, 216, 18, 0);
     XTestFakeButtonEvent(display, 1, True, 0);
     XTestFakeButtonEvent(display, 1, False, 0);
     XFlush(display);
     Idle(40);
-    user.join();
+    EXPECT_EQ(0, WaitUser(user));
     Idle(5);
 
     char name[64] = {0};
