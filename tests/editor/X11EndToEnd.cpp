@@ -116,8 +116,16 @@ protected:
             GTEST_SKIP() << "no $DISPLAY; run under xvfb-run -a";
         // An X server resets when its last client leaves, and refuses
         // connections meanwhile; one connection held for the whole run keeps
-        // the tests from racing that reset between them.
-        static Display* keepAlive = XOpenDisplay(nullptr);
+        // the tests from racing that reset between them. The first one may
+        // still meet the reset after an earlier test program: retry briefly.
+        static Display* keepAlive = []
+        {
+            Display* d = nullptr;
+            for (int attempt = 0; attempt < 40 && !d; ++attempt)
+                if (!(d = XOpenDisplay(nullptr)))
+                    usleep(50 * 1000);
+            return d;
+        }();
         if (keepAlive)
             display = XOpenDisplay(nullptr);
         if (!display)
