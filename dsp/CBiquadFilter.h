@@ -19,7 +19,10 @@ public:
     // Computes and stores the coefficients; the state is left alone. An unknown
     // type re-normalises the stored coefficients by the stored raw a0.
     void CalcCoefficients(float sampleRate, float frequency, float gainDb, float q, int type);
-    // Filters count samples (count >= 2); in and out must differ.
+    // Filters count samples. From the third sample on each output uses the two
+    // previous inputs and outputs of the block; the first two use the state.
+    // Counts of 0 and 1 are safe (0: nothing happens; 1: one step from the
+    // state). The state ends as the last two inputs and outputs.
     void OperateFilter(const float* in, float* out, int count);
     // Runs numFilters (1 to 4) independent filters side by side, filters[k]
     // from in[k] to out[k], with exactly the arithmetic of OperateFilter on

@@ -15,7 +15,8 @@ public:
     // The same formulas from the stored period and cut-off, without the lock.
     void CalcLPFCoefficients();
     void CalcHPFCoefficients();
-    // Filters count samples (count >= 2) under the lock; in and out must differ.
+    // Filters count samples under the lock, like CBiquadFilter::OperateFilter
+    // (counts of 0 and 1 included) with the feedback terms added.
     void OperateEqualizer(const float* in, float* out, int count);
     void Reset();
     bool IsStateBad() const;

@@ -47,19 +47,21 @@ double Run(const Params& p, double& env, const float* inL, const float* inR, flo
         {
             const int i = base + j;
             const double x = std::fabs(keyAt(i)) + 1e-25;
-            double over = 0.0;
-            if (!(x < quiet))
-            {
-                const double d = std::log(x) * 8.685889638065037 - thr;
-                over = d > 0.0 ? d : 0.0; // max(0, d)
-            }
+            // The external-key rule zeroes the level whatever it is, so its
+            // test comes first and spares the log.
+            bool zero = !(x >= quiet);
             if (kExternalKey)
             {
                 // Compared with the audio as scaled by the input level.
                 const double al = std::fabs((double)inL[i] * inLevel);
                 const double ar = std::fabs((double)inR[i] * inLevel);
-                if (4.0 * x < (al < ar ? ar : al))
-                    over = 0.0;
+                zero = zero || 4.0 * x < (al < ar ? ar : al);
+            }
+            double over = 0.0;
+            if (!zero)
+            {
+                const double d = std::log(x) * 8.685889638065037 - thr;
+                over = d > 0.0 ? d : 0.0; // max(0, d)
             }
             over = over + 1e-25;
             const double target = kAutoThreshold && e0 < over ? 20.0 : over;
