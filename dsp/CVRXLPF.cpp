@@ -404,6 +404,160 @@ void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, f
     lanes.Store();
 }
 
+// Two processors in the four lanes of one vector: the first in lanes 0 and 1,
+// the second in lanes 2 and 3, running kLag samples behind the first so that
+// its input, the first one's output, is ready long before it is needed. Each
+// lane does exactly the arithmetic of StereoLanes::Step; a lane that has
+// nothing to do at the block's start or end keeps its state and meters.
+struct CVRXLPF::ChainLanes
+{
+    static constexpr int kLag = 4;
+    v4 ig, og, thr, b0, b1, b2, f1, f2, x1, x2, y1, y2;
+    v4 peakIn = {}, peakOut = {};
+    v4i over = {};
+
+    ChainLanes(const CVRXLPF& a, const CVRXLPF& b)
+    {
+        const CIIRFilter* f[4] = {&a.m_Filters[0], &a.m_Filters[1], &b.m_Filters[0],
+                                  &b.m_Filters[1]};
+        for (int k = 0; k < 4; ++k)
+        {
+            const CVRXLPF& p = k < 2 ? a : b;
+            ig[k] = p.m_InputGain;
+            og[k] = p.m_OutputGain;
+            thr[k] = p.m_OverLevelThreshold;
+            b0[k] = f[k]->b0;
+            b1[k] = f[k]->b1;
+            b2[k] = f[k]->b2;
+            f1[k] = f[k]->fb1;
+            f2[k] = f[k]->fb2;
+            x1[k] = f[k]->x1;
+            x2[k] = f[k]->x2;
+            y1[k] = f[k]->y1;
+            y2[k] = f[k]->y2;
+        }
+    }
+
+    v4 Step(v4 in)
+    {
+        const v4 w = in * ig;
+        const v4 aw = Abs(w);
+        peakIn = aw > peakIn ? aw : peakIn;
+        const v4 y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
+        x2 = x1;
+        x1 = w;
+        y2 = y1;
+        y1 = y;
+        const v4 o = og * y;
+        over |= Abs(o) > thr;
+        const v4 z = o * og;
+        const v4 az = Abs(z);
+        peakOut = az > peakOut ? az : peakOut;
+        return z;
+    }
+
+    // Step for the lanes in keep (all bits set) only; the others stay as they are.
+    v4 StepLanes(v4 in, v4i keep)
+    {
+        const v4 x1Old = x1, x2Old = x2, y1Old = y1, y2Old = y2;
+        const v4 pInOld = peakIn, pOutOld = peakOut;
+        const v4i overOld = over;
+        const v4 z = Step(in);
+        x1 = keep ? x1 : x1Old;
+        x2 = keep ? x2 : x2Old;
+        y1 = keep ? y1 : y1Old;
+        y2 = keep ? y2 : y2Old;
+        peakIn = keep ? peakIn : pInOld;
+        peakOut = keep ? peakOut : pOutOld;
+        over = keep ? over : overOld;
+        return z;
+    }
+
+    void Store(CVRXLPF& a, CVRXLPF& b) const
+    {
+        CIIRFilter* f[4] = {&a.m_Filters[0], &a.m_Filters[1], &b.m_Filters[0], &b.m_Filters[1]};
+        for (int k = 0; k < 4; ++k)
+        {
+            f[k]->x1 = x1[k];
+            f[k]->x2 = x2[k];
+            f[k]->y1 = y1[k];
+            f[k]->y2 = y2[k];
+        }
+        a.m_OverLevel = a.m_OverLevel || over[0] != 0 || over[1] != 0;
+        b.m_OverLevel = b.m_OverLevel || over[2] != 0 || over[3] != 0;
+        a.m_PeakInL = peakIn[0];
+        a.m_PeakInR = peakIn[1];
+        b.m_PeakInL = peakIn[2];
+        b.m_PeakInR = peakIn[3];
+        a.m_PeakOutL = peakOut[0];
+        a.m_PeakOutR = peakOut[1];
+        b.m_PeakOutL = peakOut[2];
+        b.m_PeakOutR = peakOut[3];
+    }
+};
+
+bool CVRXLPF::TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int count, float** mid,
+                             float** out)
+{
+    int outCount = 0;
+    if (count <= 0 || !in || !mid || !out || &first == &second)
+    {
+        first.Transform(in, count, mid, &outCount);
+        return second.Transform(mid, count, out, &outCount);
+    }
+    CSingleLock lockFirst(first.m_Lock);
+    CSingleLock lockSecond(second.m_Lock);
+    const bool together = first.m_Active && second.m_Active && first.m_HasFilters &&
+                          second.m_HasFilters && first.m_Format.nChannels == 2 &&
+                          second.m_Format.nChannels == 2;
+    if (!together)
+    {
+        first.Transform(in, count, mid, &outCount);
+        return second.Transform(mid, count, out, &outCount);
+    }
+    first.m_LastBlockSize = second.m_LastBlockSize = count;
+    CSingleLock lock1L(first.m_Filters[0].m_Lock);
+    CSingleLock lock1R(first.m_Filters[1].m_Lock);
+    CSingleLock lock2L(second.m_Filters[0].m_Lock);
+    CSingleLock lock2R(second.m_Filters[1].m_Lock);
+
+    constexpr int kLag = ChainLanes::kLag;
+    const float* inL = in[0];
+    const float* inR = in[1];
+    float* midL = mid[0];
+    float* midR = mid[1];
+    float* outL = out[0];
+    float* outR = out[1];
+    ChainLanes lanes(first, second);
+    const v4i firstOnly = {-1, -1, 0, 0}, secondOnly = {0, 0, -1, -1};
+    // Start: the second processor waits for its first input.
+    const int head = count < kLag ? count : kLag;
+    for (int i = 0; i < head; ++i)
+    {
+        const v4 z = lanes.StepLanes(v4{inL[i], inR[i], 0.f, 0.f}, firstOnly);
+        midL[i] = z[0];
+        midR[i] = z[1];
+    }
+    // Both at work; the second reads back what the first wrote kLag samples ago.
+    for (int i = kLag; i < count; ++i)
+    {
+        const v4 z = lanes.Step(v4{inL[i], inR[i], midL[i - kLag], midR[i - kLag]});
+        midL[i] = z[0];
+        midR[i] = z[1];
+        outL[i - kLag] = z[2];
+        outR[i - kLag] = z[3];
+    }
+    // End: the second catches up.
+    for (int i = count > kLag ? count : kLag; i < count + kLag; ++i)
+    {
+        const v4 z = lanes.StepLanes(v4{0.f, 0.f, midL[i - kLag], midR[i - kLag]}, secondOnly);
+        outL[i - kLag] = z[2];
+        outR[i - kLag] = z[3];
+    }
+    lanes.Store(first, second);
+    return true;
+}
+
 void CVRXLPF::TransformMono(const float* in, float* out, int count)
 {
     CIIRFilter& f = m_Filters[0];

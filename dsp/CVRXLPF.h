@@ -39,6 +39,12 @@ public:
     bool GetVU(float* inL, float* inR, float* outL, float* outR);
 
     bool Transform(float** in, int count, float** out, int* outCount);
+    // first.Transform(in -> mid, count), then second.Transform(mid -> out,
+    // count): the same samples, meters and flags, in one pass when both are
+    // active stereo processors, with the two sets of recursions overlapping.
+    // Lock order: first, second, then their filters.
+    static bool TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int count, float** mid,
+                               float** out);
     void LPFData(int channel, const float* in, float* out, int count);
 
     // Clears a filter state that has become non-finite.
@@ -46,6 +52,7 @@ public:
 
 private:
     struct StereoLanes;
+    struct ChainLanes;
     void InitInternalFilters();
     void FreeBuffers();
     void ReparamFilters();

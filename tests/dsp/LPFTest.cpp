@@ -310,3 +310,62 @@ TEST(LPF, LPFDataAndNonFiniteStateReset)
     EXPECT_EQ(ol, wantL);  // the left state started again from zero
     EXPECT_NE(orr, wantR); // the right one was healthy and kept its history
 }
+
+TEST(LPF, ChainEqualsTwoTransforms)
+{
+    WAVEFORMATEX f = Format(44100);
+    Stereo s(1500, 21u);
+    for (bool secondActive : {true, false})
+        for (int chunk : {1500, 1, 2, 3, 4, 5, 31, 255})
+        {
+            CVRXLPF a1(false), a2(true), b1(false), b2(true);
+            for (CVRXLPF* p : {&a1, &a2, &b1, &b2})
+            {
+                p->SetMediaType(&f);
+                p->set_OverLevelThreshold(1);
+            }
+            for (CVRXLPF* p : {&a1, &b1})
+            {
+                p->set_CutOff(4000 * 65536);
+                p->set_InputLevel(6 * 65536);
+                p->set_OutputLevel(-65536);
+            }
+            for (CVRXLPF* p : {&a2, &b2})
+            {
+                p->set_CutOff(8000 * 65536);
+                p->set_InputLevel(3 * 65536);
+                p->set_Activate(secondActive);
+            }
+            std::vector<float> ml(1500), mr(1500), ol(1500, 7.f), orr(1500, 7.f);
+            std::vector<float> wml(1500), wmr(1500), wol(1500, 7.f), wor(1500, 7.f);
+            for (int done = 0; done < 1500; done += chunk)
+            {
+                const int n = std::min(chunk, 1500 - done);
+                float* in[2] = {s.l.data() + done, s.r.data() + done};
+                float* mid[2] = {ml.data() + done, mr.data() + done};
+                float* out[2] = {ol.data() + done, orr.data() + done};
+                float* wmid[2] = {wml.data() + done, wmr.data() + done};
+                float* wout[2] = {wol.data() + done, wor.data() + done};
+                ASSERT_TRUE(CVRXLPF::TransformChain(a1, a2, in, n, mid, out));
+                int c = 0;
+                b1.Transform(in, n, wmid, &c);
+                b2.Transform(wmid, n, wout, &c);
+            }
+            EXPECT_EQ(ml, wml);
+            EXPECT_EQ(mr, wmr);
+            EXPECT_EQ(ol, wol);
+            EXPECT_EQ(orr, wor);
+            for (auto pair : {std::make_pair(&a1, &b1), std::make_pair(&a2, &b2)})
+            {
+                float got[4], want[4];
+                pair.first->GetVU(&got[0], &got[1], &got[2], &got[3]);
+                pair.second->GetVU(&want[0], &want[1], &want[2], &want[3]);
+                for (int k = 0; k < 4; ++k)
+                    EXPECT_EQ(got[k], want[k]);
+                bool o1 = false, o2 = true;
+                pair.first->get_OverLevel(&o1);
+                pair.second->get_OverLevel(&o2);
+                EXPECT_EQ(o1, o2);
+            }
+        }
+}
