@@ -185,10 +185,9 @@ void ADeEsser::processBlock(float** in, float** out, int n)
 
     if (m_InternalValue[kParamSideChain] == 1.0f)
     {
-        // Key: high-pass at LowFreq, then low-pass at HiFreq.
-        int outCount = 0;
-        m_LowCutLPF->Transform(in, n, m_MidBuf, &outCount);
-        m_HighCutLPF->Transform(m_MidBuf, n, m_KeyBuf, &outCount);
+        // Key: high-pass at LowFreq, then low-pass at HiFreq (one pass over
+        // both, the same as the two transforms one after the other).
+        CVRXLPF::TransformChain(*m_LowCutLPF, *m_HighCutLPF, in, n, m_MidBuf, m_KeyBuf);
         if (!m_Listen)
         {
             comp.process(in, out, m_KeyBuf, n, true);
