@@ -311,6 +311,8 @@ TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
     Idle(2, 1);
     cairo_surface_t* lit = Screenshot();
     ASSERT_NE(nullptr, lit);
+    cairo_surface_write_to_png(lit,
+                               (std::string(EDITOR_SCREENSHOT_DIR) + "/editor_meters.png").c_str());
     int changed = 0;
     for (int y = 45 + 25; y < 45 + 130; ++y)
         changed += Pixel(lit, 31, y) != Pixel(shot, 31, y);
