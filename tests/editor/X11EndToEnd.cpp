@@ -15,6 +15,8 @@
 #include <X11/keysym.h>
 #include <X11/extensions/XTest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <set>
@@ -321,6 +323,70 @@ TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
 
     cairo_surface_destroy(lit);
     cairo_surface_destroy(background);
+    cairo_surface_destroy(shot);
+}
+
+// The default panel while audio runs, against a checked-in picture (also the
+// one in the README). DEESSER_UPDATE_REFERENCE=1 writes a new reference when
+// the artwork or the painting changes on purpose.
+TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
+{
+    MakeHostWindow();
+    ASSERT_TRUE(OpenEditor());
+    Idle(5);
+    // A vowel-like tone with a sibilant 6 kHz component, the same every run:
+    // the level meters and the reduction meter both move.
+    std::vector<float> l(256), r(256), ol(256), orr(256);
+    for (int block = 0; block < 40; ++block)
+    {
+        for (int n = 0; n < 256; ++n)
+        {
+            const double t = (block * 256 + n) / 44100.0;
+            l[n] =
+                (float)(0.3 * std::sin(2 * M_PI * 220 * t) + 0.2 * std::sin(2 * M_PI * 6000 * t));
+            r[n] = 0.8f * l[n];
+        }
+        float* in[2] = {l.data(), r.data()};
+        float* out[2] = {ol.data(), orr.data()};
+        effect->processReplacing(effect, in, out, 256);
+        Idle(1, 1);
+    }
+    cairo_surface_t* shot = Screenshot();
+    ASSERT_NE(nullptr, shot);
+    const std::string reference = EDITOR_REFERENCE_PNG;
+    const char* update = getenv("DEESSER_UPDATE_REFERENCE");
+    if (update && *update == '1')
+    {
+        EXPECT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_write_to_png(shot, reference.c_str()));
+        cairo_surface_destroy(shot);
+        GTEST_SKIP() << "wrote " << reference;
+    }
+    cairo_surface_write_to_png(
+        shot, (std::string(EDITOR_SCREENSHOT_DIR) + "/editor_running.png").c_str());
+    cairo_surface_t* expected = cairo_image_surface_create_from_png(reference.c_str());
+    ASSERT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_status(expected)) << reference;
+    ASSERT_EQ(width, cairo_image_surface_get_width(expected));
+    ASSERT_EQ(height, cairo_image_surface_get_height(expected));
+    // Small tolerance for font rasterisation: channels within 32 on all but
+    // 0.5 % of the pixels, and a small mean difference.
+    long off = 0;
+    double sum = 0;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+        {
+            const uint32_t a = Pixel(shot, x, y), b = Pixel(expected, x, y);
+            int worst = 0;
+            for (int shift : {0, 8, 16})
+            {
+                const int d = std::abs((int)((a >> shift) & 0xFF) - (int)((b >> shift) & 0xFF));
+                worst = std::max(worst, d);
+                sum += d;
+            }
+            off += worst > 32;
+        }
+    EXPECT_LT(off, width * height / 200) << "pixels off; see editor_running.png";
+    EXPECT_LT(sum / (3.0 * width * height), 2.0);
+    cairo_surface_destroy(expected);
     cairo_surface_destroy(shot);
 }
 

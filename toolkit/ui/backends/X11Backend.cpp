@@ -571,8 +571,8 @@ UINT KeyCodeOf(KeySym sym)
     case XK_Control_R:
         return VK_CONTROL;
     default:
-        if (sym >= 0x20 && sym <= 0x7E)
-            return (UINT)(sym >= 'a' && sym <= 'z' ? sym - 32 : sym); // letters as upper case
+        // Printable keys arrive as WM_CHAR only: their ASCII codes would clash
+        // with the key codes above ('5' is 53, the Escape key).
         return 0;
     }
 }
