@@ -4,6 +4,7 @@
 #include "CVRXComp.h"
 #include "CompressorKernel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -16,6 +17,43 @@ double dB2lin(double d)
 {
     return std::exp(d * 0.11512925464970228);
 }
+
+// The gain computer, one sample at a time, written as plainly as it reads:
+// Step advances the envelope (dB above threshold) and returns the linear gain.
+// The block loop (CompressorKernel.h) does the same operations in the same order.
+struct CVRXComp::GainComputer
+{
+    double thresholdDb;
+    double quietKeyLimit; // keys below this are certainly under threshold
+    double slope;         // 1 / ratio - 1
+    double attackCoef;
+    double releaseCoef;
+    bool autoThreshold;
+
+    // exp of an exponent below 2^-54 in magnitude rounds to exactly 1.
+    static constexpr double kTinyExponent = 0x1p-54;
+
+    double Step(double& env, double left, double right, double keyLevel, bool externalKey) const
+    {
+        const double x = std::fabs(keyLevel) + 1e-25;
+        double over = 0.0;
+        if (!(x < quietKeyLimit))
+        {
+            const double d = std::log(x) * 8.685889638065037 - thresholdDb;
+            over = d > 0.0 ? d : 0.0; // max(0, d)
+        }
+        // An external key more than ~12 dB below the louder audio channel
+        // is not sibilance of this signal.
+        if (externalKey && 4.0 * x < std::max(std::fabs(left), std::fabs(right)))
+            over = 0.0;
+        over = over + 1e-25;
+        const double target = autoThreshold && env < over ? 20.0 : over;
+        const double coef = target > env ? attackCoef : releaseCoef;
+        env = target + (env - target) * coef;
+        const double e = slope * (env - 1e-25) * 0.11512925464970228;
+        return std::fabs(e) < kTinyExponent ? 1.0 : std::exp(e);
+    }
+};
 
 CVRXComp::CVRXComp() : AttRelEnvelope(10.0, 100.0, 44100.0)
 {
