@@ -20,17 +20,12 @@ ADeEsser::ADeEsser(audioMasterCallback audioMaster)
     cEffect.numPrograms = kNumPrograms;
     curProgram = 0;
 
-    // Parameter defaults: on, 0 dB gains, threshold 0 dB, ratio 1, attack 0 ms,
-    // release 0.01 s, key band 4-8 kHz, side-chain and auto threshold on.
-    m_NormValue[kParamOnOff] = 1.f;
-    m_NormValue[kParamThreshold] = ValToNormalizeValue(kParamThreshold, 0.f);
-    m_NormValue[kParamRatio] = ValToNormalizeValue(kParamRatio, 1.f);
-    m_NormValue[kParamAttack] = ValToNormalizeValue(kParamAttack, 0.f);
-    m_NormValue[kParamRelease] = ValToNormalizeValue(kParamRelease, 0.01f);
-    m_NormValue[kParamOutput] = ValToNormalizeValue(kParamOutput, 1.f);
-    m_NormValue[kParamInput] = ValToNormalizeValue(kParamInput, 1.f);
-    m_NormValue[kParamLowFreq] = ValToNormalizeValue(kParamLowFreq, 4000.f);
-    m_NormValue[kParamHiFreq] = ValToNormalizeValue(kParamHiFreq, 8000.f);
+    // Parameter defaults are those of a fresh program: on, 0 dB gains,
+    // threshold 0 dB, ratio 1, attack 0 ms, release 0.01 s, key band 4-8 kHz,
+    // side-chain and auto threshold on.
+    const ADeEsserProgram defaults;
+    for (int i = 0; i <= kParamHiFreq; ++i)
+        m_NormValue[i] = defaults.values[i];
     m_InternalValue[kParamSideChain] = 1.f;
     m_InternalValue[kParamAutoThreshold] = 1.f;
     m_InternalValue[kParamThreshold] = 0.f;
