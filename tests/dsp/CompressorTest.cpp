@@ -23,8 +23,6 @@ double Coef(double ms, double rate)
 struct CompProbe : CVRXComp
 {
     double Envelope() const { return envelopeDb; }
-    void SetEnvelope(double e) { envelopeDb = e; }
-    double AttackCoef() const { return attack.getCoef(); }
     double ReleaseCoef() const { return release.getCoef(); }
 };
 
@@ -49,10 +47,7 @@ struct ReferenceComp
             over = 0.0;
         over = over + 1e-25;
         double target = (autoThreshold && env < over) ? 20.0 : over;
-        if (target > env)
-            env = target + (env - target) * att;
-        else
-            env = target + (env - target) * rel;
+        env = target + (env - target) * (target > env ? att : rel);
         double g = std::exp((1.0 / ratio - 1.0) * (env - 1e-25) * 0.11512925464970228);
         l *= g;
         r *= g;
@@ -60,25 +55,20 @@ struct ReferenceComp
     }
 };
 
-// Audio with a slowly moving level and a key that swings from far below to
-// far above any threshold used here, then falls silent for the last quarter
-// so that the envelope decays all the way down.
+// Audio with a key that swings from far below to far above any threshold
+// used here; a silent last quarter lets the envelope decay all the way.
 struct Signal
 {
     std::vector<float> l, r, kl, kr;
-    explicit Signal(int n, bool silentTail = false)
+    explicit Signal(int n)
+        : l(Noise(n, 0.9f, 1u)), r(Noise(n, 0.9f, 2u)), kl(Noise(n, 1.f, 3u)), kr(Noise(n, 1.f, 4u))
     {
-        l = Noise(n, 0.9f, 1u);
-        r = Noise(n, 0.9f, 2u);
-        kl = Noise(n, 1.f, 3u);
-        kr = Noise(n, 1.f, 4u);
         for (int i = 0; i < n; ++i)
         {
             float swing = (float)std::pow(10.0, -3.5 + 3.6 * (0.5 + 0.5 * std::sin(i * 0.003)));
-            kl[(size_t)i] *= swing;
-            kr[(size_t)i] *= swing * 0.7f;
-            if (silentTail && i >= n - n / 4)
-                kl[(size_t)i] = kr[(size_t)i] = 0.f;
+            bool silent = i >= n - n / 4;
+            kl[(size_t)i] *= silent ? 0.f : swing;
+            kr[(size_t)i] *= silent ? 0.f : swing * 0.7f;
         }
     }
 };
@@ -99,39 +89,20 @@ void RunBlocks(CVRXComp& c, Signal& s, std::vector<float>& ol, std::vector<float
 }
 } // namespace
 
-TEST(Envelope, CoefficientsFromTimeConstant)
+TEST(Compressor, CoefficientsAndConstructionState)
 {
     EnvelopeDetector d(5.0, 44100.0);
     EXPECT_NEAR(d.getCoef(), 0.9968555462715044, 1e-16);
     d.setTc(0.0);
     EXPECT_EQ(d.getCoef(), 0.0); // jumps to the target
     d.setTc(10.0);
-    EXPECT_EQ(d.getCoef(), Coef(10.0, 44100.0));
     d.setSampleRate(96000.0);
     EXPECT_EQ(d.getCoef(), Coef(10.0, 96000.0));
-    EXPECT_EQ(d.getTc(), 10.0);
-
-    AttRelEnvelope ar(3.0, 30.0, 48000.0);
-    ar.setSampleRate(32000.0);
-    EXPECT_EQ(ar.getSampleRate(), 32000.0);
-    ar.setRelease(250.0);
-    EXPECT_EQ(ar.getRelease(), 250.0);
-    EXPECT_EQ(ar.getAttack(), 3.0);
-
     EXPECT_NEAR(lin2dB(10.0), 20.0, 1e-12);
     EXPECT_NEAR(dB2lin(-20.0), 0.1, 1e-15);
-}
 
-TEST(Compressor, ConstructionState)
-{
-    CompProbe c;
-    EXPECT_EQ(c.getAttack(), 0.0);
-    EXPECT_EQ(c.AttackCoef(), 0.0);
-    EXPECT_EQ(c.getRelease(), 10.0);
+    CompProbe c; // attack 0, release 10 ms at 44.1 kHz, silent envelope
     EXPECT_EQ(c.ReleaseCoef(), Coef(10.0, 44100.0));
-    EXPECT_EQ(c.getSampleRate(), 44100.0);
-    EXPECT_EQ(c.getThresh(), 0.0);
-    EXPECT_EQ(c.getRatio(), 1.0);
     EXPECT_EQ(c.Envelope(), 1e-25);
     float g = -1.f;
     EXPECT_EQ(c.get_GainReductionLevel(&g), 0.f);
@@ -139,23 +110,25 @@ TEST(Compressor, ConstructionState)
 }
 
 // The shortcuts of the block loop (no log for keys under threshold, no exp for
-// exponents too small to move it off 1) must not change a single bit.
-TEST(Compressor, BlockMatchesReferenceBitForBit)
+// exponents too small to move it off 1) must not change a single bit, and the
+// block length must not matter.
+TEST(Compressor, BlockMatchesReferenceBitForBitInAnyChunks)
 {
     struct Case
     {
         double thr, ratio, att, rel;
         bool autoThreshold, external;
         float inLevel, outLevel;
+        int chunk;
     };
-    const Case cases[] = {{-30.0, 4.0, 0.0, 10.0, false, true, 1.f, 1.f},
-                          {-30.0, 4.0, 5.0, 50.0, false, false, 1.f, 1.f},
-                          {-12.0, 64.0, 1.0, 400.0, true, false, 0.5f, 1.5f},
-                          {-60.0, 2.5, 20.0, 4000.0, true, true, 1.f, 1.f},
-                          {0.0, 1.0, 0.0, 10.0, false, true, 1.f, 1.f}};
+    const Case cases[] = {{-30.0, 4.0, 0.0, 10.0, false, true, 1.f, 1.f, 256},
+                          {-30.0, 4.0, 5.0, 50.0, false, false, 1.f, 1.f, 1},
+                          {-12.0, 64.0, 1.0, 400.0, true, false, 0.5f, 1.5f, 31},
+                          {-60.0, 2.5, 20.0, 4000.0, true, true, 1.f, 1.f, 2},
+                          {0.0, 1.0, 0.0, 10.0, false, true, 1.f, 1.f, 255}};
     for (const Case& k : cases)
     {
-        Signal s(60000, true);
+        Signal s(60000);
         CVRXComp c;
         c.setSampleRate(48000.0);
         c.setThresh(k.thr);
@@ -166,7 +139,7 @@ TEST(Compressor, BlockMatchesReferenceBitForBit)
         c.set_InputLevel(k.inLevel);
         c.set_OutputLevel(k.outLevel);
         std::vector<float> ol, orr;
-        RunBlocks(c, s, ol, orr, 256, k.external);
+        RunBlocks(c, s, ol, orr, k.chunk, k.external);
 
         ReferenceComp ref{k.thr, k.ratio, Coef(k.att, 48000.0), Coef(k.rel, 48000.0),
                           k.autoThreshold};
@@ -176,15 +149,12 @@ TEST(Compressor, BlockMatchesReferenceBitForBit)
         {
             double l = (double)s.l[i] * (double)k.inLevel;
             double r = (double)s.r[i] * (double)k.inLevel;
-            double key = std::max(std::fabs(s.kl[i]), std::fabs(s.kr[i]));
-            g = ref.Step(l, r, key, k.external);
+            g = ref.Step(l, r, std::max(std::fabs(s.kl[i]), std::fabs(s.kr[i])), k.external);
             reduced += g < 1.0;
             ASSERT_EQ(ol[i], (float)((double)k.outLevel * l)) << "thr " << k.thr << " i " << i;
             ASSERT_EQ(orr[i], (float)((double)k.outLevel * r)) << "thr " << k.thr << " i " << i;
         }
-        float last = 0.f;
-        c.get_GainReductionLevel(&last);
-        EXPECT_EQ(last, (float)g);
+        EXPECT_EQ(c.get_GainReductionLevel(nullptr), (float)g);
         if (k.ratio > 1.0)
         {
             EXPECT_GT(reduced, 1000) << "the signal must exercise the compressor";
@@ -203,48 +173,14 @@ TEST(Compressor, KeysAroundThresholdMatchReference)
         c.setRatio(3.0);
         c.setRelease(1.0);
         ReferenceComp ref{thr, 3.0, 0.0, Coef(1.0, 44100.0), false};
-        const double level = dB2lin(thr);
         for (int j = -400; j <= 400; ++j)
         {
-            const double key = level * (1.0 + j * 2.5e-6);
+            const double key = dB2lin(thr) * (1.0 + j * 2.5e-6);
             double l = 0.3, r = 0.3, rl = 0.3, rr = 0.3;
             c.process(l, r, key, false);
             ref.Step(rl, rr, key, false);
             ASSERT_EQ(l, rl) << thr << " " << j;
         }
-    }
-}
-
-TEST(Compressor, TinyExponentGivesExactlyOne)
-{
-    // The block loop returns 1 without calling exp below this magnitude.
-    for (double e = 0x1p-54; e > 1e-300; e *= 0.37)
-    {
-        double below = std::nextafter(e, 0.0);
-        EXPECT_EQ(std::exp(below), 1.0) << below;
-        EXPECT_EQ(std::exp(-below), 1.0) << below;
-    }
-}
-
-TEST(Compressor, BlockSizeIndependent)
-{
-    Signal s(5000);
-    std::vector<float> wantL, wantR;
-    CVRXComp whole;
-    whole.setThresh(-30.0);
-    whole.setRatio(4.0);
-    whole.setRelease(30.0);
-    RunBlocks(whole, s, wantL, wantR, 5000, true);
-    for (int chunk : {1, 2, 31, 255})
-    {
-        CVRXComp c;
-        c.setThresh(-30.0);
-        c.setRatio(4.0);
-        c.setRelease(30.0);
-        std::vector<float> ol, orr;
-        RunBlocks(c, s, ol, orr, chunk, true);
-        EXPECT_EQ(ol, wantL) << chunk;
-        EXPECT_EQ(orr, wantR) << chunk;
     }
 }
 
@@ -261,7 +197,7 @@ TEST(Compressor, GainComputerEdgeCases)
         EXPECT_EQ(c.get_GainReductionLevel(nullptr), 1.f);
     }
     // Attack 0: the envelope reaches a rising target in one sample; a silent
-    // key then lets it fall with the release coefficient.
+    // key (over = 1e-25) then lets it fall with the release coefficient.
     {
         CompProbe c;
         c.setThresh(-40.0);
@@ -272,74 +208,52 @@ TEST(Compressor, GainComputerEdgeCases)
         const double over = std::log(0.1 + 1e-25) * 8.685889638065037 + 40.0 + 1e-25;
         EXPECT_EQ(c.Envelope(), over);
         EXPECT_NEAR(l, dB2lin(-0.75 * 20.0), 1e-12);
-        const double before = c.Envelope();
-        l = r = 1.0;
         c.process(l, r, 0.0, false);
-        EXPECT_EQ(c.Envelope(), 1e-25 + (before - 1e-25) * c.ReleaseCoef());
+        EXPECT_EQ(c.Envelope(), 1e-25 + (over - 1e-25) * c.ReleaseCoef());
     }
-    // External key more than 4x below the louder audio channel: no reduction.
+    // External key more than 4x below the louder audio channel: no reduction;
+    // just under 4x, or without the external flag, it reduces.
+    for (auto [key, external, reduces] :
+         {std::make_tuple(0.8 / 4.1, true, false), std::make_tuple(0.8 / 3.9, true, true),
+          std::make_tuple(0.8 / 4.1, false, true)})
     {
-        CVRXComp quiet, loud;
-        for (CVRXComp* c : {&quiet, &loud})
-        {
-            c->setThresh(-60.0);
-            c->setRatio(10.0);
-        }
+        CVRXComp c;
+        c.setThresh(-60.0);
+        c.setRatio(10.0);
         double l = 0.8, r = -0.1;
-        quiet.process(l, r, 0.8 / 4.1, true);
-        EXPECT_EQ(l, 0.8);
-        l = 0.8;
-        r = -0.1;
-        loud.process(l, r, 0.8 / 3.9, true);
-        EXPECT_LT(l, 0.5);
-        // Without the external-key flag the same quiet key does reduce.
-        CVRXComp internal;
-        internal.setThresh(-60.0);
-        internal.setRatio(10.0);
-        l = 0.8;
-        internal.process(l, r, 0.8 / 4.1, false);
-        EXPECT_LT(l, 0.5);
-    }
-    // AutoThreshold (keys 1 dB and 20.5 dB over): whenever the envelope lies
-    // below the level over threshold
-    // the target is a fixed 20 dB, so with attack 0 a key 1 dB over reduces as
-    // much as one 20 dB over; above the level it releases toward it again.
-    {
-        float gains[2];
-        double envs[2];
-        const double keys[2] = {dB2lin(-29.0), dB2lin(-9.5)};
-        for (int k = 0; k < 2; ++k)
+        c.process(l, r, key, external);
+        EXPECT_EQ(l < 0.5, reduces) << key << " " << external;
+        if (!reduces)
         {
-            CompProbe c;
-            c.setThresh(-30.0);
-            c.setRatio(4.0);
-            c.set_AutoThreshold(1.f);
-            double l = 0.01, r = 0.01;
-            c.process(l, r, keys[k], false);
-            c.get_GainReductionLevel(&gains[k]);
-            envs[k] = c.Envelope();
-            l = r = 0.01;
-            c.process(l, r, keys[k], false);
-            if (k == 0)
-            {
-                const double over = std::log(keys[0] + 1e-25) * 8.685889638065037 + 30.0;
-                EXPECT_NEAR(c.Envelope(), over + (20.0 - over) * c.ReleaseCoef(), 1e-9);
-            }
-            else
-            {
-                EXPECT_EQ(c.Envelope(), 20.0);
-            }
+            EXPECT_EQ(l, 0.8);
         }
-        EXPECT_EQ(envs[0], 20.0);
-        EXPECT_EQ(envs[1], 20.0);
-        EXPECT_EQ(gains[0], gains[1]);
-        EXPECT_NEAR(gains[0], dB2lin(-15.0), 1e-6);
     }
+    // AutoThreshold (keys 1 dB and 20.5 dB over): while the envelope lies below
+    // the level over threshold the target is a fixed 20 dB, so with attack 0 a
+    // key 1 dB over reduces as much as one 20 dB over; above it releases again.
+    float gains[2];
+    const double keys[2] = {dB2lin(-29.0), dB2lin(-9.5)};
+    for (int k = 0; k < 2; ++k)
+    {
+        CompProbe c;
+        c.setThresh(-30.0);
+        c.setRatio(4.0);
+        c.set_AutoThreshold(1.f);
+        double l = 0.01, r = 0.01;
+        c.process(l, r, keys[k], false);
+        c.get_GainReductionLevel(&gains[k]);
+        EXPECT_EQ(c.Envelope(), 20.0);
+        c.process(l, r, keys[k], false);
+        const double over = std::log(keys[0] + 1e-25) * 8.685889638065037 + 30.0;
+        EXPECT_NEAR(c.Envelope(), k == 0 ? over + (20.0 - over) * c.ReleaseCoef() : 20.0, 1e-9);
+    }
+    EXPECT_EQ(gains[0], gains[1]);
+    EXPECT_NEAR(gains[0], dB2lin(-15.0), 1e-6);
 }
 
-TEST(Compressor, InactiveBlockCopiesAndReportsMinus40)
+TEST(Compressor, InactiveBlockAndNonFiniteEnvelope)
 {
-    CVRXComp c;
+    CompProbe c;
     c.setThresh(-60.0);
     c.setRatio(8.0);
     c.set_Activate(0.f);
@@ -347,44 +261,36 @@ TEST(Compressor, InactiveBlockCopiesAndReportsMinus40)
     float* in[2] = {l.data(), r.data()};
     float* out[2] = {ol.data(), orr.data()};
     c.process(in, out, in, 64, false);
-    EXPECT_EQ(ol, l);
+    EXPECT_EQ(ol, l); // copied, reduction shown as -40
     EXPECT_EQ(orr, r);
     EXPECT_EQ(c.get_GainReductionLevel(nullptr), -40.f);
     // An empty block while active also leaves -40, the first sample never came.
     c.set_Activate(1.f);
     c.process(in, out, in, 0, false);
     EXPECT_EQ(c.get_GainReductionLevel(nullptr), -40.f);
-}
 
-TEST(Compressor, NonFiniteEnvelopeIsReset)
-{
-    CompProbe c;
-    c.setThresh(-30.0);
-    c.setRatio(4.0);
-    std::vector<float> l(32, 0.5f), k(32, 0.5f), o(32), o2(32);
+    // An infinite key poisons the envelope; ResetIfBad brings back 1e-25.
+    std::vector<float> a(32, 0.5f), k(32, 0.5f);
     k[3] = INFINITY;
-    float* in[2] = {l.data(), l.data()};
-    float* out[2] = {o.data(), o2.data()};
+    float* ain[2] = {a.data(), a.data()};
     float* key[2] = {k.data(), k.data()};
-    c.process(in, out, key, 32, false);
+    c.process(ain, out, key, 32, false);
     EXPECT_FALSE(std::isfinite(c.Envelope()));
     c.ResetIfBad();
     EXPECT_EQ(c.Envelope(), 1e-25);
     k[3] = 0.5f;
-    c.process(in, out, key, 32, false);
-    EXPECT_TRUE(std::isfinite(o[31]));
-    EXPECT_LT(o[31], 0.5f);
+    c.process(ain, out, key, 32, false);
+    EXPECT_TRUE(std::isfinite(ol[31]));
+    EXPECT_LT(ol[31], 0.5f);
 }
 
 TEST(CompressorRms, WindowAndKeyMatchReference)
 {
     RmsProbe c;
-    EXPECT_NEAR(c.WindowCoef(), 0.9968555462715044, 1e-16);
-    EXPECT_EQ(c.getWindow(), 5.0);
+    EXPECT_NEAR(c.WindowCoef(), 0.9968555462715044, 1e-16); // 5 ms at 44.1 kHz
     EXPECT_EQ(c.MeanSquare(), 1e-25);
     c.setSampleRate(48000.0);
     EXPECT_EQ(c.WindowCoef(), Coef(5.0, 48000.0));
-    EXPECT_EQ(c.getSampleRate(), 48000.0);
     c.setThresh(-30.0);
     c.setRatio(4.0);
     c.setAttack(2.0);
@@ -400,12 +306,10 @@ TEST(CompressorRms, WindowAndKeyMatchReference)
     double ms = 1e-25;
     for (size_t i = 0; i < s.l.size(); ++i)
     {
-        double p = (double)(2.f * s.kl[i] * s.kr[i]) + 1e-25;
-        double prev = ms;
+        double p = (double)(2.f * s.kl[i] * s.kr[i]) + 1e-25, prev = ms;
         ms = (prev - p) * w + p;
-        double key = prev == 1e-25 ? std::sqrt(p) : std::sqrt(ms);
         double l = s.l[i], r = s.r[i];
-        ref.Step(l, r, key, false);
+        ref.Step(l, r, prev == 1e-25 ? std::sqrt(p) : std::sqrt(ms), false);
         ASSERT_EQ(ol[i], (float)l) << i;
         ASSERT_EQ(orr[i], (float)r) << i;
     }
@@ -436,7 +340,6 @@ TEST(CompressorRms, AntiCorrelatedKeyNeverGivesNaN)
     c.process(in, out, key, 512, false);
     EXPECT_LT(c.MeanSquare(), 0.0);
     // A negative mean square counts as a silent key: no reduction, no NaN.
-    for (size_t i = 0; i < ol.size(); ++i)
-        ASSERT_EQ(ol[i], 0.5f) << i;
+    EXPECT_EQ(ol, l);
     EXPECT_EQ(c.get_GainReductionLevel(nullptr), 1.f);
 }

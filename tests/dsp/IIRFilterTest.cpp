@@ -14,16 +14,12 @@ using namespace dsptest;
 namespace
 {
 // s = 2/T (1 - z^-1)/(1 + z^-1) applied to wc^2 / (s^2 + sqrt2 wc s + wc^2)
-// (or s^2 / ... for the high-pass), in float with the constants 6.283184 and
+// (s^2 / ... for the high-pass), in float with the constants 6.283184 and
 // 2.828427. Returns b0 b1 b2 fb1 fb2 with the feedback terms negated.
 std::vector<float> Bilinear(float period, float cutoff, bool lowPass)
 {
-    float w = cutoff * 6.283184f * period;
-    float k = 2.828427f * w;
-    float w2 = w * w;
-    float d = k + 4.f + w2;
-    float fb1 = (8.f - 2.f * w2) / d;
-    float fb2 = -(4.f - k + w2) / d;
+    float w = cutoff * 6.283184f * period, k = 2.828427f * w, w2 = w * w;
+    float d = k + 4.f + w2, fb1 = (8.f - 2.f * w2) / d, fb2 = -(4.f - k + w2) / d;
     if (lowPass)
         return {w2 / d, 2.f * w2 / d, w2 / d, fb1, fb2};
     return {4.f / d, -2.f * (4.f / d), 4.f / d, fb1, fb2};
@@ -46,11 +42,9 @@ TEST(IIRFilter, CoefficientsMatchBilinearTransform)
             {
                 CIIRFilter f;
                 f.SetParams(1.f / rate, cutoff, lowPass);
-                std::vector<float> want = Bilinear(1.f / rate, cutoff, lowPass);
-                std::vector<float> got = {f.b0, f.b1, f.b2, f.fb1, f.fb2};
-                EXPECT_EQ(got, want) << rate << " " << cutoff << " " << lowPass;
-                EXPECT_EQ(f.cutoff, cutoff);
-                EXPECT_EQ(f.lowPass, lowPass);
+                EXPECT_EQ(std::vector<float>({f.b0, f.b1, f.b2, f.fb1, f.fb2}),
+                          Bilinear(1.f / rate, cutoff, lowPass))
+                    << rate << " " << cutoff << " " << lowPass;
             }
     // The unlocked forms compute from the stored values, whatever lowPass says.
     CIIRFilter f;
@@ -64,33 +58,35 @@ TEST(IIRFilter, CoefficientsMatchBilinearTransform)
 
 TEST(IIRFilter, RecursionMatchesLiteralReferenceInAnyChunks)
 {
-    const std::vector<float> in = Noise(2000, 1.f, 99u);
-    CIIRFilter proto;
-    proto.SetParams(1.f / 48000.f, 5000.f, false);
-    // Literal recursion with the first two samples taken from the state.
-    std::vector<float> want(in.size());
-    {
-        float b0 = proto.b0, b1 = proto.b1, b2 = proto.b2, f1 = proto.fb1, f2 = proto.fb2;
-        float x1 = 0.f, x2 = 0.f, y1 = 0.f, y2 = 0.f;
-        const float* x = in.data();
-        float* y = want.data();
-        y[0] = b0 * x[0] + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
-        y[1] = b0 * x[1] + b1 * x[0] + b2 * x1 + f1 * y[0] + f2 * y1;
-        for (size_t i = 2; i < in.size(); ++i)
-            y[i] = b0 * x[i] + b1 * x[i - 1] + b2 * x[i - 2] + f1 * y[i - 1] + f2 * y[i - 2];
-    }
+    const std::vector<float> x = Noise(2000, 1.f, 99u);
+    CIIRFilter p;
+    p.SetParams(1.f / 48000.f, 5000.f, false);
+    std::vector<float> want(x.size());
+    for (size_t i = 0; i < x.size(); ++i)
+        want[i] = p.b0 * x[i] + p.b1 * (i > 0 ? x[i - 1] : 0.f) + p.b2 * (i > 1 ? x[i - 2] : 0.f) +
+                  p.fb1 * (i > 0 ? want[i - 1] : 0.f) + p.fb2 * (i > 1 ? want[i - 2] : 0.f);
     for (int chunk : {2000, 1, 2, 31, 255})
     {
         CIIRFilter f;
         f.SetParams(1.f / 48000.f, 5000.f, false);
-        std::vector<float> out(in.size());
-        for (size_t done = 0; done < in.size(); done += (size_t)chunk)
-            f.OperateEqualizer(in.data() + done, out.data() + done,
-                               (int)std::min((size_t)chunk, in.size() - done));
+        std::vector<float> out(x.size());
+        for (size_t done = 0; done < x.size(); done += (size_t)chunk)
+            f.OperateEqualizer(x.data() + done, out.data() + done,
+                               (int)std::min((size_t)chunk, x.size() - done));
         EXPECT_EQ(out, want) << "chunk " << chunk;
-        EXPECT_EQ(f.x1, in.back());
-        EXPECT_EQ(f.y2, want[want.size() - 2]);
+        EXPECT_EQ(std::vector<float>({f.x1, f.x2, f.y1, f.y2}),
+                  std::vector<float>({x[1999], x[1998], want[1999], want[1998]}));
     }
+    // Count 0 touches nothing; a non-finite state is detected and reset.
+    float guard = 9.f;
+    p.OperateEqualizer(x.data(), &guard, 0);
+    EXPECT_EQ(guard, 9.f);
+    float bad[2] = {INFINITY, 0.f}, out[2];
+    p.OperateEqualizer(bad, out, 2);
+    EXPECT_TRUE(p.IsStateBad());
+    p.Reset();
+    EXPECT_FALSE(p.IsStateBad());
+    EXPECT_EQ(std::vector<float>({p.x1, p.x2, p.y1, p.y2}), std::vector<float>(4, 0.f));
 }
 
 TEST(IIRFilter, ButterworthMinus3dBAtWarpedCutoff)
@@ -98,49 +94,14 @@ TEST(IIRFilter, ButterworthMinus3dBAtWarpedCutoff)
     // Without pre-warping the analog -3 dB point wc lands at 2 atan(wc T / 2).
     const double rate = 44100.0;
     for (float cutoff : {1000.f, 6000.f})
-    {
-        const double warped = rate / kPi * std::atan(kPi * cutoff / rate);
-        EXPECT_NEAR(GainDbAt(cutoff, true, warped, rate), -3.0103, 0.05) << cutoff;
-        EXPECT_NEAR(GainDbAt(cutoff, false, warped, rate), -3.0103, 0.05) << cutoff;
-    }
-    CIIRFilter lp, hp;
-    lp.SetParams((float)(1.0 / rate), 2000.f, true);
-    hp.SetParams((float)(1.0 / rate), 2000.f, false);
-    for (double freq : {100.0, 2000.0, 8000.0})
-    {
-        EXPECT_NEAR(GainDbAt(2000.f, true, freq, rate),
-                    BiquadGainDb(lp.b0, lp.b1, lp.b2, -lp.fb1, -lp.fb2, freq, rate), 0.05);
-        EXPECT_NEAR(GainDbAt(2000.f, false, freq, rate),
-                    BiquadGainDb(hp.b0, hp.b1, hp.b2, -hp.fb1, -hp.fb2, freq, rate), 0.05);
-    }
+        for (bool lowPass : {true, false})
+        {
+            const double warped = rate / kPi * std::atan(kPi * cutoff / rate);
+            EXPECT_NEAR(GainDbAt(cutoff, lowPass, warped, rate), -3.0103, 0.05) << cutoff;
+        }
     // Passband flat, stopband 12 dB per octave.
     EXPECT_NEAR(GainDbAt(2000.f, true, 100.0, rate), 0.0, 0.05);
     EXPECT_LT(GainDbAt(2000.f, true, 16000.0, rate), -30.0);
     EXPECT_NEAR(GainDbAt(2000.f, false, 16000.0, rate), 0.0, 0.1);
     EXPECT_LT(GainDbAt(2000.f, false, 200.0, rate), -35.0);
-}
-
-TEST(IIRFilter, CountsBelowTwoAndBadState)
-{
-    CIIRFilter f;
-    f.SetParams(1.f / 44100.f, 3000.f, true);
-    float in[3] = {0.5f, -0.5f, 0.25f}, out[3] = {9.f, 9.f, 9.f};
-    f.OperateEqualizer(in, out, 0);
-    EXPECT_EQ(out[0], 9.f);
-    f.OperateEqualizer(in, out, 2);
-    const float b0 = f.b0, b1 = f.b1, b2 = f.b2, f1 = f.fb1, f2 = f.fb2;
-    f.OperateEqualizer(in + 2, out + 2, 1);
-    EXPECT_EQ(out[2], b0 * in[2] + b1 * in[1] + b2 * in[0] + f1 * out[1] + f2 * out[0]);
-    EXPECT_EQ(f.x1, in[2]);
-    EXPECT_EQ(f.x2, in[1]);
-    EXPECT_EQ(f.y1, out[2]);
-    EXPECT_EQ(f.y2, out[1]);
-
-    float bad[2] = {INFINITY, 0.f};
-    f.OperateEqualizer(bad, out, 2);
-    EXPECT_TRUE(f.IsStateBad());
-    f.Reset();
-    EXPECT_FALSE(f.IsStateBad());
-    EXPECT_EQ(f.x1, 0.f);
-    EXPECT_EQ(f.y2, 0.f);
 }
