@@ -78,6 +78,8 @@ public:
     {
         return 0.299 * red(x, y) + 0.587 * green(x, y) + 0.114 * blue(x, y);
     }
+    // Over a block: the mean luma, or the highest colourfulness (max - min
+    // channel; a lit LED or legend is strongly coloured, the rest grey or dim).
     double meanLuma(int x0, int y0, int x1, int y1) const
     {
         double sum = 0;
@@ -86,16 +88,15 @@ public:
                 sum += luma(x, y);
         return sum / ((x1 - x0) * (y1 - y0));
     }
-
-    // Highest colourfulness (max - min channel) in a block: a lit LED or legend is strongly
-    // coloured, the rest of a button is grey or dim.
     int maxChroma(int x0, int y0, int x1, int y1) const
     {
         int best = 0;
         for (int y = y0; y < y1; ++y)
             for (int x = x0; x < x1; ++x)
-                best = std::max(best, std::max({red(x, y), green(x, y), blue(x, y)}) -
-                                          std::min({red(x, y), green(x, y), blue(x, y)}));
+            {
+                const int r = red(x, y), g = green(x, y), b = blue(x, y);
+                best = std::max(best, std::max({r, g, b}) - std::min({r, g, b}));
+            }
         return best;
     }
 
@@ -110,7 +111,7 @@ struct Box
 
 } // namespace
 
-TEST(EmbeddedResources, LookupByName)
+TEST(EmbeddedResources, LookupByNameDecodesOpaqueImages)
 {
     for (int id = 5000; id <= 5020; ++id)
     {
@@ -121,24 +122,8 @@ TEST(EmbeddedResources, LookupByName)
         ASSERT_GT(size, 8u) << name;
         EXPECT_EQ(std::memcmp(data, "\x89PNG\r\n\x1a\n", 8), 0) << name;
         EXPECT_NE(GetEmbeddedResource(name.c_str(), nullptr), nullptr);
-    }
-    size_t size = 123;
-    EXPECT_EQ(GetEmbeddedResource("5021.png", &size), nullptr);
-    EXPECT_EQ(size, 0u);
-    EXPECT_EQ(GetEmbeddedResource("4999.png", &size), nullptr);
-    EXPECT_EQ(GetEmbeddedResource("5000", &size), nullptr);
-    EXPECT_EQ(GetEmbeddedResource("5000.png.bak", &size), nullptr);
-    EXPECT_EQ(GetEmbeddedResource("", &size), nullptr);
-    EXPECT_EQ(GetEmbeddedResource(nullptr, &size), nullptr);
-    EXPECT_EQ(size, 0u);
-}
-
-// Every image decodes, and is opaque: the panel copies them over its background, so a
-// transparent pixel would show whatever the copy mode leaves there.
-TEST(EmbeddedResources, AllDecodeAndAreOpaque)
-{
-    for (int id = 5000; id <= 5020; ++id)
-    {
+        // Opaque: the panel copies images over its background, so a
+        // transparent pixel would show whatever the copy mode leaves there.
         Image img(id);
         ASSERT_TRUE(img.ok()) << id;
         int transparent = 0;
@@ -146,6 +131,13 @@ TEST(EmbeddedResources, AllDecodeAndAreOpaque)
             for (int x = 0; x < img.w(); ++x)
                 transparent += (img.at(x, y) >> 24) != 255;
         EXPECT_EQ(transparent, 0) << id;
+    }
+    size_t size = 123;
+    for (const char* bad :
+         {"5021.png", "4999.png", "5000", "5000.png.bak", "", (const char*)nullptr})
+    {
+        EXPECT_EQ(GetEmbeddedResource(bad, &size), nullptr) << (bad ? bad : "null");
+        EXPECT_EQ(size, 0u);
     }
 }
 
@@ -155,20 +147,16 @@ TEST(EmbeddedResources, SizesFitTheLayout)
         lamp(5020);
     ASSERT_TRUE(bg.ok() && knob.ok() && track.ok() && cap.ok() && level.ok() && gr.ok() &&
                 save.ok() && lamp.ok());
-    EXPECT_EQ(knob.w(), 34);
-    EXPECT_EQ(knob.h(), 34 * 61);
-    EXPECT_EQ(track.w(), 16);
-    EXPECT_EQ(track.h(), 133);
+    EXPECT_EQ(std::make_pair(knob.w(), knob.h()), std::make_pair(34, 34 * 61));
+    EXPECT_EQ(std::make_pair(track.w(), track.h()), std::make_pair(16, 133));
+    EXPECT_EQ(std::make_pair(save.w(), save.h()), std::make_pair(43, 16));
+    EXPECT_EQ(std::make_pair(lamp.w(), lamp.h()), std::make_pair(43, 32));
     EXPECT_EQ(cap.w(), 16);
     EXPECT_EQ(cap.h() % 2, 0);
     EXPECT_EQ(level.w() % 2, 0);
     EXPECT_GE(level.h(), 134); // rows 1..133 are addressed
     EXPECT_EQ(gr.w() % 2, 0);
     EXPECT_GT(gr.h(), 0);
-    EXPECT_EQ(save.w(), 43);
-    EXPECT_EQ(save.h(), 16);
-    EXPECT_EQ(lamp.w(), 43);
-    EXPECT_EQ(lamp.h(), 32);
 
     // Switch pairs (second, first image): same size, two equal halves, each half the
     // size of the control's rectangle.
@@ -184,50 +172,26 @@ TEST(EmbeddedResources, SizesFitTheLayout)
     {
         Image a(p.second), b(p.first);
         ASSERT_TRUE(a.ok() && b.ok());
-        EXPECT_EQ(a.w(), b.w()) << p.second;
-        EXPECT_EQ(a.h(), b.h()) << p.second;
-        EXPECT_EQ(a.h() % 2, 0) << p.second;
-        EXPECT_EQ(a.w(), p.w) << p.second;
-        EXPECT_EQ(a.h(), 2 * p.h) << p.second;
+        EXPECT_EQ(std::make_pair(a.w(), a.h()), std::make_pair(p.w, 2 * p.h)) << p.second;
+        EXPECT_EQ(std::make_pair(b.w(), b.h()), std::make_pair(p.w, 2 * p.h)) << p.second;
     }
 
     // Every rectangle the panel draws into lies inside the background.
+    // clang-format off
     const int halfLevel = level.w() / 2, halfGr = gr.w() / 2;
-    const Box boxes[] = {{23, 7, 52, 27},
-                         {64, 10, 89, 27},
-                         {48, 45, 64, 178},
-                         {14, 186, 48, 200},
-                         {403, 45, 419, 178},
-                         {404, 186, 438, 200},
-                         {99, 54, 133, 88},
-                         {92, 93, 140, 107},
-                         {99, 139, 133, 173},
-                         {92, 178, 140, 192},
-                         {168, 68, 182, 80},
-                         {168, 85, 182, 97},
-                         {262, 66, 296, 100},
-                         {255, 105, 303, 119},
-                         {262, 141, 296, 175},
-                         {255, 180, 303, 194},
-                         {305, 56, 319, 68},
-                         {333, 66, 367, 100},
-                         {326, 105, 374, 119},
-                         {333, 141, 367, 175},
-                         {326, 180, 374, 194},
-                         {141, 10, 184, 26},
-                         {195, 10, 238, 26},
-                         {29, 45, 29 + halfLevel, 45 + level.h()},
-                         {38, 45, 38 + halfLevel, 45 + level.h()},
-                         {422, 45, 422 + halfLevel, 45 + level.h()},
-                         {431, 45, 431 + halfLevel, 45 + level.h()},
-                         {198, 55, 198 + halfGr, 55 + gr.h()}};
+    const Box boxes[] = {
+        {23, 7, 52, 27},     {64, 10, 89, 27},     {48, 45, 64, 178},    {14, 186, 48, 200},
+        {403, 45, 419, 178}, {404, 186, 438, 200}, {99, 54, 133, 88},    {92, 93, 140, 107},
+        {99, 139, 133, 173}, {92, 178, 140, 192},  {168, 68, 182, 80},   {168, 85, 182, 97},
+        {262, 66, 296, 100}, {255, 105, 303, 119}, {262, 141, 296, 175}, {255, 180, 303, 194},
+        {305, 56, 319, 68},  {333, 66, 367, 100},  {326, 105, 374, 119}, {333, 141, 367, 175},
+        {326, 180, 374, 194}, {141, 10, 184, 26},  {195, 10, 238, 26},
+        {29, 45, 29 + halfLevel, 45 + level.h()},   {38, 45, 38 + halfLevel, 45 + level.h()},
+        {422, 45, 422 + halfLevel, 45 + level.h()}, {431, 45, 431 + halfLevel, 45 + level.h()},
+        {198, 55, 198 + halfGr, 55 + gr.h()}};
+    // clang-format on
     for (const Box& r : boxes)
-    {
-        EXPECT_GE(r.l, 0);
-        EXPECT_GE(r.t, 0);
-        EXPECT_LE(r.r, bg.w()) << r.l << "," << r.t;
-        EXPECT_LE(r.b, bg.h()) << r.l << "," << r.t;
-    }
+        EXPECT_TRUE(r.l >= 0 && r.t >= 0 && r.r <= bg.w() && r.b <= bg.h()) << r.l << "," << r.t;
     // The two meters of a side sit next to each other without overlapping.
     EXPECT_LE(29 + halfLevel, 38);
     EXPECT_LE(422 + halfLevel, 431);

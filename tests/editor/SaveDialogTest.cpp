@@ -131,21 +131,6 @@ TEST_F(SaveDialogTest, OpensAtTheCurrentProgram)
                 d.m_PGMCombo.GetLBText(31, line);
                 EXPECT_EQ(std::string(line.GetString()).substr(0, 3), "32:");
                 EXPECT_EQ(ItemText(d, IDC_PRESETNAME), "Vocal S");
-                // Every control of the layout is there and inside the dialog.
-                CRect client;
-                d.GetClientRect(&client);
-                for (int id : {IDC_PGMCOMBO, IDC_PRESETNAME, IDOK, IDCANCEL})
-                {
-                    CWnd* item = d.GetDlgItem(id);
-                    ASSERT_NE(item, nullptr) << id;
-                    CRect r;
-                    item->GetWindowRect(&r);
-                    d.ScreenToClient(&r);
-                    EXPECT_GE(r.left, 0);
-                    EXPECT_LE(r.right, client.right);
-                    EXPECT_LE(r.bottom, client.bottom);
-                    EXPECT_GE(r.Height(), 16);
-                }
                 Press(d, IDCANCEL);
             });
     EXPECT_EQ(result, IDCANCEL);

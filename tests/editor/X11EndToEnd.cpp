@@ -56,20 +56,17 @@ void UseScratchSettingsFolder()
 int OpenFdCount()
 {
     int n = 0;
-    if (DIR* dir = opendir("/proc/self/fd"))
-    {
-        while (readdir(dir))
-            ++n;
+    DIR* dir = opendir("/proc/self/fd");
+    while (dir && readdir(dir))
+        ++n;
+    if (dir)
         closedir(dir);
-    }
     return n;
 }
 
-// Runs `actions` in a child process with a connection of its own, as a
-// user at the keyboard and mouse would act while the plug-in sits in a modal
-// loop inside an idle call. Xlib is not used from two threads of one
-// process here. Returns the child's pid; its exit status is what `actions`
-// returned (0-255).
+// Runs `actions` in a child process with its own connection, as a user acts
+// while the plug-in sits in a modal loop inside an idle call. The child's
+// exit status is what `actions` returned (0-255).
 pid_t StartUser(const std::function<int(Display*)>& actions)
 {
     const pid_t pid = fork();
@@ -92,23 +89,6 @@ int WaitUser(pid_t pid)
     return WEXITSTATUS(status);
 }
 
-void SaveRootImage(Display* d, int w, int h, const char* name)
-{
-    XImage* shot = XGetImage(d, DefaultRootWindow(d), 0, 0, w, h, AllPlanes, ZPixmap);
-    if (!shot)
-        return;
-    cairo_surface_t* png = cairo_image_surface_create(CAIRO_FORMAT_RGB24, w, h);
-    unsigned char* data = cairo_image_surface_get_data(png);
-    for (int y = 0; y < h; ++y)
-        for (int x = 0; x < w; ++x)
-            *reinterpret_cast<uint32_t*>(data + y * cairo_image_surface_get_stride(png) + x * 4) =
-                XGetPixel(shot, x, y) & 0xFFFFFF;
-    cairo_surface_mark_dirty(png);
-    cairo_surface_write_to_png(png, (std::string(EDITOR_SCREENSHOT_DIR) + "/" + name).c_str());
-    cairo_surface_destroy(png);
-    XDestroyImage(shot);
-}
-
 class X11Editor : public ::testing::Test
 {
 protected:
@@ -116,10 +96,8 @@ protected:
     {
         if (!getenv("DISPLAY") || !*getenv("DISPLAY"))
             GTEST_SKIP() << "no $DISPLAY; run under xvfb-run -a";
-        // An X server resets when its last client leaves, and refuses
-        // connections meanwhile; one connection held for the whole run keeps
-        // the tests from racing that reset between them. The first one may
-        // still meet the reset after an earlier test program: retry briefly.
+        // One connection held for the whole run keeps the server from
+        // resetting between tests; the first may meet a reset: retry.
         static Display* keepAlive = []
         {
             Display* d = nullptr;
@@ -166,6 +144,21 @@ protected:
                        void* ptr = nullptr, float opt = 0.f)
     {
         return effect->dispatcher(effect, opcode, index, value, ptr, opt);
+    }
+
+    bool HasXTest()
+    {
+        int eventBase, errorBase, major, minor;
+        return XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor);
+    }
+
+    // A left click at root coordinates (x, y), through XTest.
+    void ClickAt(int x, int y)
+    {
+        XTestFakeMotionEvent(display, -1, x, y, 0);
+        XTestFakeButtonEvent(display, 1, True, 0);
+        XTestFakeButtonEvent(display, 1, False, 0);
+        XFlush(display);
     }
 
     // The host's editor window, sized from effEditGetRect and mapped.
@@ -218,23 +211,16 @@ protected:
         cairo_surface_t* s = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
         unsigned char* data = cairo_image_surface_get_data(s);
         const int stride = cairo_image_surface_get_stride(s);
+        // Each channel scaled from its mask to 8 bits (any TrueColor depth).
+        auto channel = [](unsigned long p, unsigned long mask)
+        { return (uint32_t)((p & mask) * 255 / mask); };
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
             {
-                unsigned long p = XGetPixel(image, x, y);
-                auto channel = [p](unsigned long mask)
-                {
-                    int shift = 0;
-                    while (mask && !(mask & 1))
-                    {
-                        mask >>= 1;
-                        ++shift;
-                    }
-                    return (uint32_t)((p >> shift) & 0xFF);
-                };
-                const uint32_t rgb = channel(image->red_mask) << 16 |
-                                     channel(image->green_mask) << 8 | channel(image->blue_mask);
-                *reinterpret_cast<uint32_t*>(data + y * stride + x * 4) = rgb;
+                const unsigned long p = XGetPixel(image, x, y);
+                *reinterpret_cast<uint32_t*>(data + y * stride + x * 4) =
+                    channel(p, image->red_mask) << 16 | channel(p, image->green_mask) << 8 |
+                    channel(p, image->blue_mask);
             }
         cairo_surface_mark_dirty(s);
         XDestroyImage(image);
@@ -392,8 +378,7 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
 
 TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
 {
-    int eventBase, errorBase, major, minor;
-    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+    if (!HasXTest())
         GTEST_SKIP() << "no XTest extension";
     MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
@@ -434,8 +419,7 @@ TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
 
 TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
 {
-    int eventBase, errorBase, major, minor;
-    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+    if (!HasXTest())
         GTEST_SKIP() << "no XTest extension";
     MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
@@ -449,10 +433,7 @@ TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
         Idle(1, 1);
     };
     // A click on the threshold display opens the entry field there.
-    XTestFakeMotionEvent(display, -1, 279, 112, 0);
-    XTestFakeButtonEvent(display, 1, True, 0);
-    XTestFakeButtonEvent(display, 1, False, 0);
-    XFlush(display);
+    ClickAt(279, 112);
     Idle(4);
     for (int i = 0; i < 8; ++i)
         key(XK_BackSpace);
@@ -471,8 +452,7 @@ TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
 
 TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
 {
-    int eventBase, errorBase, major, minor;
-    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+    if (!HasXTest())
         GTEST_SKIP() << "no XTest extension";
     Dispatch(effSetProgram, 0, 5);
     effect->setParameter(effect, 3, 0.3125f);
@@ -488,7 +468,6 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
         [](Display* d)
         {
             usleep(400 * 1000);
-            SaveRootImage(d, 300, 720, "copy_menu.png");
             // The menu hangs from panel point (89, 13); below the panel the
             // root is black, so its lower edge shows in one column.
             XImage* shot = XGetImage(d, DefaultRootWindow(d), 100, 0, 1, 800, AllPlanes, ZPixmap);
@@ -506,10 +485,7 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
             XSync(d, False);
             return rowHeight;
         });
-    XTestFakeMotionEvent(display, -1, 70, 15, 0);
-    XTestFakeButtonEvent(display, 1, True, 0);
-    XTestFakeButtonEvent(display, 1, False, 0);
-    XFlush(display);
+    ClickAt(70, 15);
     Idle(40);
     const int rowHeight = WaitUser(user);
     Idle(5);
@@ -519,8 +495,7 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
 
 TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
 {
-    int eventBase, errorBase, major, minor;
-    if (!XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+    if (!HasXTest())
         GTEST_SKIP() << "no XTest extension";
     MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
@@ -533,7 +508,6 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
         [](Display* d)
         {
             usleep(400 * 1000);
-            SaveRootImage(d, 640, 480, "save_dialog.png");
             // Into the name field (under the slot list), then type and confirm.
             XTestFakeMotionEvent(d, -1, 230, 120, 0);
             XTestFakeButtonEvent(d, 1, True, 0);
@@ -555,10 +529,7 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
             }
             return 0;
         });
-    XTestFakeMotionEvent(display, -1, 216, 18, 0);
-    XTestFakeButtonEvent(display, 1, True, 0);
-    XTestFakeButtonEvent(display, 1, False, 0);
-    XFlush(display);
+    ClickAt(216, 18);
     Idle(40);
     EXPECT_EQ(0, WaitUser(user));
     Idle(5);

@@ -1,6 +1,6 @@
-// Window state on the headless backend: sizing messages and SetWindowPos
-// flags, visibility through parents, focus messages, pre-translation,
-// stacking of overlapping children, and what destruction clears.
+// Window state on the headless backend: visibility through parents, focus
+// messages, pre-translation, stacking of overlapping children, and what
+// destruction clears. (Sizing is shown through the entry field's tests.)
 #include <gtest/gtest.h>
 
 #include <string>
@@ -19,10 +19,6 @@ public:
     std::string m_Name;
     bool m_bEatKeys = false;
     void Note(const std::string& what) { g_Events.push_back(m_Name + ":" + what); }
-    void OnSize(UINT, int cx, int cy)
-    {
-        Note("size " + std::to_string(cx) + "x" + std::to_string(cy));
-    }
     void OnDestroy() { Note("destroy"); }
     void OnSetFocus(CWnd* old) { Note(std::string("setfocus from ") + (old ? "wnd" : "none")); }
     void OnKillFocus(CWnd*) { Note("killfocus"); }
@@ -40,7 +36,6 @@ public:
     DECLARE_MESSAGE_MAP()
 };
 BEGIN_MESSAGE_MAP(CStateWnd, CWnd)
-ON_WM_SIZE()
 ON_WM_DESTROY()
 ON_WM_SETFOCUS()
 ON_WM_KILLFOCUS()
@@ -68,39 +63,6 @@ protected:
     CStateWnd m_Top;
 };
 } // namespace
-
-TEST_F(ToolkitWindowState, SetWindowPosHonoursItsFlagsAndReportsSizes)
-{
-    CStateWnd child;
-    child.m_Name = "child";
-    ASSERT_TRUE(child.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(10, 10, 40, 30), &m_Top, 5));
-    EXPECT_EQ(g_Events, std::vector<std::string>{"child:size 30x20"});
-    g_Events.clear();
-
-    child.SetWindowPos(nullptr, 0, 0, 61, 18, SWP_NOMOVE | SWP_NOZORDER | SWP_NOACTIVATE);
-    CRect r;
-    child.GetWindowRect(&r);
-    EXPECT_EQ(r, CRect(10, 10, 71, 28));
-    child.SetWindowPos(nullptr, 50, 60, 1, 1, SWP_NOSIZE | SWP_NOZORDER);
-    child.GetWindowRect(&r);
-    EXPECT_EQ(r, CRect(50, 60, 111, 78));
-    child.MoveWindow(50, 60, 61, 18); // same place and size: no message
-    EXPECT_EQ(g_Events, std::vector<std::string>{"child:size 61x18"});
-
-    CPoint p(55, 65);
-    child.ScreenToClient(&p);
-    EXPECT_EQ(p, CPoint(5, 5));
-    EXPECT_EQ(m_Top.GetDlgItem(5), &child);
-    EXPECT_EQ(m_Top.GetDlgItem(6), nullptr);
-    EXPECT_EQ(child.GetDlgCtrlID(), 5);
-    m_Top.SetDlgItemText(5, "caption");
-    CString text;
-    EXPECT_EQ(m_Top.GetDlgItemText(5, text), 7);
-    EXPECT_STREQ(text, "caption");
-    char small[4];
-    EXPECT_EQ(child.GetWindowText(small, sizeof(small)), 3);
-    EXPECT_STREQ(small, "cap");
-}
 
 TEST_F(ToolkitWindowState, VisibilityFollowsParentsAndShowReturnsThePreviousState)
 {
