@@ -113,6 +113,7 @@ public:
     void ConvertFrom(const char* listPath, const char* programFolder);
 
 private:
+    void storeParam(int index, float normalised, float internal);
     void setParameterWork(int index, float value, bool fromPanel);
     void processBlock(float** in, float** out, int n);
     void allocateBuffers(int size);

@@ -3,6 +3,7 @@
 #include "ADeEsser.h"
 #include "IDeEsserPanel.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
@@ -101,107 +102,80 @@ bool ADeEsser::getParameterProperties(VstInt32 index, VstParameterProperties* p)
     return true;
 }
 
+// Stores a parameter: its normalised value, its internal value (switches keep
+// only the latter) and the current program's copy of the normalised value.
+void ADeEsser::storeParam(int index, float n, float internal)
+{
+    if (index <= kParamHiFreq)
+        m_NormValue[index] = n;
+    if (index >= kParamOutput)
+        m_InternalValue[index] = internal;
+    programs[curProgram].values[index] = n;
+}
+
 // The work shared by the host and panel paths. Only attack differs: the panel
 // hands the compressors the normalised value, the host milliseconds.
 void ADeEsser::setParameterWork(int index, float n, bool fromPanel)
 {
-    ADeEsserProgram& program = programs[curProgram];
+    CVRXComp* const comps[2] = {&m_Comp, &m_CompRms};
+    const float v = NormalizeValToInternalVal(index, n);
     switch (index)
     {
     case kParamOnOff:
     {
         CSingleLock lock(m_Lock);
-        m_NormValue[0] = n;
-        program.values[0] = n;
-        float a = std::trunc(n); // whole part: 0.99 switches off
-        m_Comp.set_Activate(a);
-        m_CompRms.set_Activate(a);
+        storeParam(index, n, 0.f);
+        for (CVRXComp* c : comps)
+            c->set_Activate(std::trunc(n)); // whole part: 0.99 switches off
         break;
     }
     case kParamOutput:
     {
         CSingleLock lock(m_Lock);
-        m_NormValue[1] = n;
-        float db = NormalizeValToInternalVal(1, n);
-        m_InternalValue[1] = db;
-        m_OutputGain = (float)std::exp2((double)db / 6.0);
-        program.values[1] = n;
+        storeParam(index, n, v);
+        m_OutputGain = (float)std::exp2((double)v / 6.0);
         break;
     }
     case kParamInput:
+    case kParamSideChain:
     {
+        // The audio thread reads these per block.
         CSingleLock lock(m_Lock);
-        m_NormValue[2] = n;
-        m_InternalValue[2] = NormalizeValToInternalVal(2, n);
-        program.values[2] = n;
+        storeParam(index, n, index == kParamSideChain ? n : v);
         break;
     }
     case kParamThreshold:
-    {
-        float t = NormalizeValToInternalVal(3, n);
-        m_NormValue[3] = n;
-        m_InternalValue[3] = t;
-        program.values[3] = n;
-        m_Comp.setThresh(t);
-        m_CompRms.setThresh(t);
+        storeParam(index, n, v);
+        for (CVRXComp* c : comps)
+            c->setThresh(v);
         break;
-    }
     case kParamRatio:
-    {
-        float r = NormalizeValToInternalVal(4, n);
-        m_NormValue[4] = n;
-        m_InternalValue[4] = r;
-        program.values[4] = n;
-        m_Comp.setRatio(r);
-        m_CompRms.setRatio(r);
+        storeParam(index, n, v);
+        for (CVRXComp* c : comps)
+            c->setRatio(v);
         break;
-    }
     case kParamAttack:
-    {
-        float ms = NormalizeValToInternalVal(5, n);
-        m_NormValue[5] = n;
-        m_InternalValue[5] = ms;
-        program.values[5] = n;
-        float given = fromPanel ? n : ms;
-        m_Comp.setAttack(given);
-        m_CompRms.setAttack(given);
+        storeParam(index, n, v);
+        for (CVRXComp* c : comps)
+            c->setAttack(fromPanel ? n : v);
         break;
-    }
     case kParamRelease:
-    {
-        float s = NormalizeValToInternalVal(6, n);
-        m_NormValue[6] = n;
-        m_InternalValue[6] = s;
-        program.values[6] = n;
-        double ms = (double)s * 1000.0;
-        m_Comp.setRelease(ms);
-        m_CompRms.setRelease(ms);
+        storeParam(index, n, v);
+        for (CVRXComp* c : comps)
+            c->setRelease((double)v * 1000.0);
         break;
-    }
     case kParamLowFreq:
-        m_NormValue[7] = n;
-        m_InternalValue[7] = NormalizeValToInternalVal(7, n);
-        program.values[7] = n;
+        storeParam(index, n, v);
         CalcEQCoefFreq1();
         break;
     case kParamHiFreq:
-        m_NormValue[8] = n;
-        m_InternalValue[8] = NormalizeValToInternalVal(8, n);
-        program.values[8] = n;
+        storeParam(index, n, v);
         CalcEQCoefFreq2();
         break;
-    case kParamSideChain:
-    {
-        CSingleLock lock(m_Lock);
-        m_InternalValue[9] = n;
-        program.values[9] = n;
-        break;
-    }
     case kParamAutoThreshold:
-        m_InternalValue[10] = n;
-        program.values[10] = n;
-        m_Comp.set_AutoThreshold(n);
-        m_CompRms.set_AutoThreshold(n);
+        storeParam(index, n, n);
+        for (CVRXComp* c : comps)
+            c->set_AutoThreshold(n);
         break;
     default:
         break;
@@ -233,76 +207,51 @@ void ADeEsser::setParameterFromDiaplay(int index, float v)
 {
     if (!std::isfinite(v))
         return;
-    ADeEsserProgram& program = programs[curProgram];
+    CVRXComp* const comps[2] = {&m_Comp, &m_CompRms};
     float n = v;
     switch (index)
     {
     case kParamOutput:
     {
         CSingleLock lock(m_Lock);
-        m_InternalValue[1] = v;
         float g = (float)std::exp2((double)v / 6.0);
         // The stored program is held to about +6 dB; the applied gain is not.
-        float stored = g < 0.001f ? 0.001f : (g > 2.0f ? 2.0f : g);
-        n = ValToNormalizeValue(1, stored);
-        m_NormValue[1] = n;
-        program.values[1] = n;
+        n = ValToNormalizeValue(index, std::min(std::max(g, 0.001f), 2.0f));
+        storeParam(index, n, v);
         m_OutputGain = g;
         break;
     }
     case kParamInput:
     {
         CSingleLock lock(m_Lock);
-        m_InternalValue[2] = v;
         float g = (float)std::exp2((double)v / 6.0);
-        g = g < 0.001f ? 0.001f : (g > 1.0f ? 1.0f : g);
-        n = ValToNormalizeValue(2, g);
-        m_NormValue[2] = n;
-        program.values[2] = n;
+        n = ValToNormalizeValue(index, std::min(std::max(g, 0.001f), 1.0f));
+        storeParam(index, n, v);
         break;
     }
     case kParamThreshold:
     case kParamRatio:
-        m_InternalValue[index] = v;
-        n = ValToNormalizeValue(index, v);
-        m_NormValue[index] = n;
-        program.values[index] = n;
-        if (index == kParamThreshold)
-        {
-            m_Comp.setThresh(v);
-            m_CompRms.setThresh(v);
-        }
-        else
-        {
-            m_Comp.setRatio(v);
-            m_CompRms.setRatio(v);
-        }
-        break;
     case kParamAttack:
-        m_InternalValue[5] = v;
-        n = ValToNormalizeValue(5, v);
-        m_NormValue[5] = n;
-        program.values[5] = n;
-        m_Comp.setAttack(n);
-        m_CompRms.setAttack(n);
-        break;
     case kParamRelease:
-        m_InternalValue[6] = v;
-        n = ValToNormalizeValue(6, v);
-        m_NormValue[6] = n;
-        program.values[6] = n;
-        m_Comp.setRelease((double)v * 1000.0);
-        m_CompRms.setRelease((double)v * 1000.0);
-        break;
     case kParamLowFreq:
     case kParamHiFreq:
-        m_InternalValue[index] = v;
+        // The typed value is kept unclamped; only its normalised form is clamped.
         n = ValToNormalizeValue(index, v);
-        m_NormValue[index] = n;
-        program.values[index] = n;
+        storeParam(index, n, v);
+        for (CVRXComp* c : comps)
+        {
+            if (index == kParamThreshold)
+                c->setThresh(v);
+            else if (index == kParamRatio)
+                c->setRatio(v);
+            else if (index == kParamAttack)
+                c->setAttack(n); // the normalised value, as from the panel's knob
+            else if (index == kParamRelease)
+                c->setRelease((double)v * 1000.0);
+        }
         if (index == kParamLowFreq)
             CalcEQCoefFreq1();
-        else
+        else if (index == kParamHiFreq)
             CalcEQCoefFreq2();
         break;
     default:
