@@ -1,25 +1,16 @@
-// Helpers for the host tests: a scratch folder, running the deesser binary,
-// and making and reading sound files with libsndfile.
+// Helpers for the host tests: running the deesser binary, and making and
+// reading sound files with libsndfile. Scratch folders and whole-file reads
+// and writes come from the programs tests' TestFiles.h.
 #pragma once
+
+#include "TestFiles.h"
 
 #include <sndfile.h>
 
+#include <filesystem>
+#include <sys/types.h>
 #include <string>
 #include <vector>
-
-// A fresh folder under /tmp, removed with its content at the end.
-class TempDir
-{
-public:
-    TempDir();
-    ~TempDir();
-    const std::string& Path() const { return m_Path; }
-    std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
-    std::vector<std::string> Names() const; // entries, without . and ..
-
-private:
-    std::string m_Path;
-};
 
 struct RunResult
 {
@@ -30,6 +21,9 @@ struct RunResult
 
 // Runs the deesser binary with args and waits for it.
 RunResult RunDeEsser(const std::vector<std::string>& args);
+// Starts it with stdout and stderr going to the named files; -1 on failure.
+pid_t SpawnDeEsser(const std::vector<std::string>& args, const std::string& out,
+                   const std::string& err);
 
 // Test signal: a 220 Hz tone with 6.5 kHz bursts, deterministic; channel c is
 // scaled by 1 - 0.25 c so that the channels differ.
@@ -42,11 +36,21 @@ void WriteSound(const std::string& path, int format, int channels, int sampleRat
 // Reads a whole file as interleaved floats; info receives the file's layout.
 std::vector<float> ReadSound(const std::string& path, SF_INFO* info);
 
-std::string ReadBytes(const std::string& path);
-bool Exists(const std::string& path);
+// Names in a folder, sorted.
+std::vector<std::string> Names(const TempDir& dir);
+
+inline bool Exists(const std::string& path)
+{
+    return std::filesystem::exists(std::filesystem::symlink_status(path));
+}
 
 // The built plug-in, and the stand-ins (0 no entry, 1 null entry, 2 bad magic,
 // 3 foreign gain effect).
-std::string DeEsserPath();
-bool DeEsserBuilt();
-std::string FakePlugin(int kind);
+inline std::string DeEsserPath()
+{
+    return DEESSER_SO;
+}
+inline std::string FakePlugin(int kind)
+{
+    return std::string(FAKE_PLUGIN_DIR) + "/fake_plugin_" + std::to_string(kind) + ".so";
+}

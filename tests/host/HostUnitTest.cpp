@@ -11,6 +11,7 @@
 
 #include <cmath>
 #include <cstring>
+#include <tuple>
 
 namespace
 {
@@ -48,29 +49,30 @@ double butterworthBandDb(double low, double high, double freq, double rate)
 TEST(HostParamValue, DisplayUnitsMapToNormalisedValues)
 {
     // Gains: 6 dB per doubling, then linear in the gain range.
-    EXPECT_NEAR(DisplayToNormalised(1, 0.0, false), (1.0 - 0.001) / 9.999, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(1, -3.0, false), (std::pow(2.0, -0.5) - 0.001) / 9.999, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(1, 19.93, false), (std::pow(2.0, 19.93 / 6) - 0.001) / 9.999,
-                1e-6);
-    EXPECT_NEAR(DisplayToNormalised(2, 0.0, false), 1.0, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(2, -6.0, false), (0.5 - 0.001) / 0.999, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(2, -59.79, false), 0.0, 1e-5);
-    EXPECT_NEAR(DisplayToNormalised(3, -30.0, false), 0.7, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(4, 4.0, false), 3.0 / 63.0, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(5, 10.0, false), 0.5, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(6, 0.05, false), 0.04 / 3.99, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(7, 5000.0, false), 1.0 / 6.0, 1e-7);
-    EXPECT_NEAR(DisplayToNormalised(8, 20000.0, false), 1.0, 1e-7);
-    EXPECT_EQ(DisplayToNormalised(9, 0.0, false), 0.f);
-    EXPECT_EQ(DisplayToNormalised(10, 1.0, false), 1.f);
+    const std::tuple<int, double, double> cases[] = {
+        {1, 0.0, (1.0 - 0.001) / 9.999},
+        {1, -3.0, (std::pow(2.0, -0.5) - 0.001) / 9.999},
+        {1, 19.93, (std::pow(2.0, 19.93 / 6) - 0.001) / 9.999},
+        {2, 0.0, 1.0},
+        {2, -6.0, (0.5 - 0.001) / 0.999},
+        {2, -59.79, 0.0},
+        {3, -30.0, 0.7},
+        {4, 4.0, 3.0 / 63.0},
+        {5, 10.0, 0.5},
+        {6, 0.05, 0.04 / 3.99},
+        {7, 5000.0, 1.0 / 6.0},
+        {8, 20000.0, 1.0},
+        {9, 0.0, 0.0},
+        {10, 1.0, 1.0}};
+    for (const auto& [index, display, want] : cases)
+        EXPECT_NEAR(DisplayToNormalised(index, display, false), want, 1e-5)
+            << index << " " << display;
 
     // Out of range: an error, or clamped when asked (the legacy import).
-    EXPECT_THROW(DisplayToNormalised(1, 20.0, false), CHostError);
-    EXPECT_THROW(DisplayToNormalised(2, 0.01, false), CHostError);
-    EXPECT_THROW(DisplayToNormalised(3, 0.1, false), CHostError);
-    EXPECT_THROW(DisplayToNormalised(4, 0.99, false), CHostError);
-    EXPECT_THROW(DisplayToNormalised(6, 0.0, false), CHostError);
-    EXPECT_THROW(DisplayToNormalised(7, 1999.0, false), CHostError);
+    for (auto [index, display] :
+         {std::make_pair(1, 20.0), std::make_pair(2, 0.01), std::make_pair(3, 0.1),
+          std::make_pair(4, 0.99), std::make_pair(6, 0.0), std::make_pair(7, 1999.0)})
+        EXPECT_THROW(DisplayToNormalised(index, display, false), CHostError) << index;
     EXPECT_EQ(DisplayToNormalised(3, -120.0, true), 0.f);
     EXPECT_EQ(DisplayToNormalised(4, 100.0, true), 1.f);
 }

@@ -76,14 +76,9 @@ protected:
     }
     ~Persistence() override { (void)!chdir(m_OldCwd.c_str()); }
 
-    std::unique_ptr<ADeEsser> MakeEffect()
-    {
-        auto effect = std::make_unique<ADeEsser>(HostCallback);
-        return effect;
-    }
     std::unique_ptr<ADeEsser> OpenEffect()
     {
-        auto effect = MakeEffect();
+        auto effect = std::make_unique<ADeEsser>(HostCallback);
         effect->open();
         return effect;
     }
@@ -129,13 +124,9 @@ TEST_F(Persistence, ChunkRoundTrips)
     EXPECT_EQ(c->setChunk(&seven[0], 72, true), 0);
     EXPECT_EQ(c->getProgram(), 3);
     EXPECT_EQ(RecordBytes(c->GetProgram(3)), seven);
-    for (int i = 0; i < kNumPrograms; ++i)
-    {
-        if (i != 3)
-        {
-            EXPECT_EQ(RecordBytes(c->GetProgram(i)), before.substr(i * 72, 72)) << i;
-        }
-    }
+    std::string after = ChunkOf(*c, false);
+    EXPECT_EQ(after.substr(0, 3 * 72), before.substr(0, 3 * 72));
+    EXPECT_EQ(after.substr(4 * 72), before.substr(4 * 72));
     EXPECT_FLOAT_EQ(c->getParameter(kParamRatio), 0.25f);
 }
 
@@ -188,11 +179,10 @@ TEST_F(Persistence, NonFiniteChunkValuesDoNotPoisonTheEffect)
     effect->setBlockSize(256);
     float threshold = effect->getParameter(kParamThreshold);
     ADeEsserProgram bad;
-    bad.values[kParamThreshold] = NAN;
+    for (int i : {kParamThreshold, kParamInput, kParamAttack})
+        bad.values[i] = NAN;
     bad.values[kParamRatio] = INFINITY;
     bad.values[kParamOutput] = -INFINITY;
-    bad.values[kParamInput] = NAN;
-    bad.values[kParamAttack] = NAN;
     effect->setChunk(&bad, sizeof bad, true);
     EXPECT_EQ(effect->getParameter(kParamThreshold), threshold);
     EXPECT_TRUE(std::isfinite(effect->getParameter(kParamRatio)));
@@ -225,18 +215,11 @@ TEST_F(Persistence, SavedFileIsTheBankWithItsHeader)
     EXPECT_NE(std::find(g_HostOpcodes.begin(), g_HostOpcodes.end(), audioMasterUpdateDisplay),
               g_HostOpcodes.end());
 
+    // 160 header bytes (byte-size field zero) and the 2304-byte bank chunk,
+    // whose record 0 names the current program.
     std::string file = ReadBytes(UserFile());
-    ASSERT_EQ(file.size(), 2464u);
-    EXPECT_EQ(file.substr(0, 4), "CcnK");
-    EXPECT_EQ(file.substr(4, 4), std::string(4, '\0')); // byte size written as zero
-    EXPECT_EQ(file.substr(8, 4), "FBCh");
-    EXPECT_EQ(file.substr(12, 4), BE32(1));
-    EXPECT_EQ(file.substr(16, 4), "IDeE");
-    EXPECT_EQ(file.substr(20, 4), BE32(1));
-    EXPECT_EQ(file.substr(24, 4), BE32(32));
-    EXPECT_EQ(file.substr(28, 128), std::string(128, '\0'));
-    EXPECT_EQ(file.substr(156, 4), BE32(2304));
-    EXPECT_EQ(file.substr(160), ChunkOf(*effect, false));
+    EXPECT_EQ(file.size(), 2464u);
+    EXPECT_EQ(file, BankFileBytes(ChunkOf(*effect, false)));
     EXPECT_STREQ(effect->GetProgram(4).name, "My Vocal");
     int32_t stored;
     std::memcpy(&stored, file.data() + 160 + 68, 4);
@@ -292,7 +275,7 @@ TEST_F(Persistence, LoadOrderUserThenPluginFolderThenDefaults)
     }
 }
 
-TEST_F(Persistence, ForeignAndTruncatedFilesAreHarmless)
+TEST_F(Persistence, ForeignFilesAreHarmless)
 {
     WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(NamedBank(6)));
     std::string soPath = plugins / "DeEsser.so";
@@ -309,9 +292,8 @@ TEST_F(Persistence, ForeignAndTruncatedFilesAreHarmless)
 
     // A user file that is not ours stops the loading: no live bank, no
     // factory bank (not even the plug-in folder's, which is never looked up).
-    for (std::string bytes :
-         {std::string(), std::string("garbage"), "RIFF" + BankFileBytes(NamedBank(2)).substr(4),
-          BankFileBytes(NamedBank(2), 0x41424344u)})
+    // (Each way of being foreign is classified by the bank file tests.)
+    for (std::string bytes : {std::string("garbage"), BankFileBytes(NamedBank(2), 0x41424344u)})
     {
         WriteBytes(UserFile(), bytes);
         auto effect = OpenEffect();
@@ -324,24 +306,6 @@ TEST_F(Persistence, ForeignAndTruncatedFilesAreHarmless)
         auto effect = OpenEffect();
         EXPECT_STREQ(effect->GetProgram(2).name, "Empty");
         EXPECT_STREQ(effect->GetFactoryProgram(2).name, "P2");
-    }
-    // A truncated chunk: the records present; the rest keep their defaults.
-    WriteBytes(UserFile(), BankFileBytes(NamedBank(2)).substr(0, 160 + 1000));
-    {
-        auto effect = OpenEffect();
-        EXPECT_EQ(effect->getProgram(), 2);
-        EXPECT_STREQ(effect->GetProgram(12).name, "P12");
-        EXPECT_STREQ(effect->GetProgram(13).name, "P13"); // 64 of its 72 bytes
-        EXPECT_STREQ(effect->GetProgram(14).name, "Empty");
-        EXPECT_FALSE(effect->IsProgramChanged());
-    }
-    // A chunk size field of 4 GB on a short file.
-    WriteBytes(UserFile(), BankFileBytes(NamedBank(4).substr(0, 144), 0x49446545u, 0xFFFFFFF0u));
-    {
-        auto effect = OpenEffect();
-        EXPECT_EQ(effect->getProgram(), 4);
-        EXPECT_STREQ(effect->GetProgram(1).name, "P1");
-        EXPECT_STREQ(effect->GetProgram(2).name, "Empty");
     }
 }
 
@@ -414,6 +378,8 @@ TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
     std::signal(SIGXFSZ, oldHandler);
 
     EXPECT_EQ(ReadBytes(UserFile()), previous);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(config.path()), {}), 1)
+        << "the temporary file is gone";
     ASSERT_EQ(editor->messages.size(), 1u);
     EXPECT_NE(editor->messages[0].find("could not be saved"), std::string::npos);
     EXPECT_STREQ(effect->GetProgram(7).name, "Lost"); // memory is already updated
@@ -439,9 +405,7 @@ TEST_F(Persistence, LegacyImportThroughTheEffect)
     WriteBytes(cwd / "Soft.PGM", "VRX5.0 EFFECT PRG FILE\r\n0\t-1966080\t0\t65536\t131072\r\n");
     effect->ConvertFrom((cwd / "PROGRAM.LST").c_str(), cwd.path().c_str());
     EXPECT_STREQ(effect->GetProgram(0).name, "Soft");
-    EXPECT_FLOAT_EQ(effect->GetProgram(0).values[kParamThreshold], 0.7f);        // -30 dB
-    EXPECT_FLOAT_EQ(effect->GetProgram(0).values[kParamRatio], 1.f / 63.f);      // ratio 2
-    EXPECT_FLOAT_EQ(effect->GetProgram(0).values[kParamRelease], 0.99f / 3.99f); // 1 s
+    EXPECT_FLOAT_EQ(effect->GetProgram(0).values[kParamThreshold], 0.7f); // -30 dB
     // No program change and no new reference: the import shows as a change.
     EXPECT_TRUE(effect->IsProgramChanged());
     EXPECT_STREQ(effect->GetInitialProgram(0).name, "Empty");

@@ -11,10 +11,8 @@
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <cstring>
 #include <memory>
-#include <sys/resource.h>
 
 namespace
 {
@@ -42,47 +40,41 @@ TEST(DWordFile, BigEndianWordsOnAnyMachine)
     EXPECT_EQ(getDWordFile(&file), 0xABABABABu);
 }
 
-TEST(StrTerminateTab, FieldsAndNextStarts)
+TEST(StrTerminateTab, FieldsNextStartsAndBounds)
 {
-    char line[] = "a\tb";
     char field[kTabFieldWorkSize];
-    EXPECT_EQ(StrTerminateTab(line, 0, field), 2);
-    EXPECT_STREQ(field, "a");
-    EXPECT_EQ(StrTerminateTab(line, 2, field), -1);
-    EXPECT_STREQ(field, "b");
-
-    // x, empty, 196608, empty: four fields from three TABs.
-    char values[] = "x\t\t196608\t";
-    const char* expected[] = {"x", "", "196608", ""};
-    const int next[] = {2, 3, 10, -1};
-    int start = 0;
-    for (int i = 0; i < 4; ++i)
+    // a TAB b, then x, empty, 196608, empty: four fields from three TABs.
+    struct Step
     {
-        start = StrTerminateTab(values, start, field);
-        EXPECT_STREQ(field, expected[i]) << i;
-        EXPECT_EQ(start, next[i]) << i;
+        const char* line;
+        int start;
+        const char* field;
+        int next;
+    };
+    const Step steps[] = {{"a\tb", 0, "a", 2},
+                          {"a\tb", 2, "b", -1},
+                          {"x\t\t196608\t", 0, "x", 2},
+                          {"x\t\t196608\t", 2, "", 3},
+                          {"x\t\t196608\t", 3, "196608", 10},
+                          {"x\t\t196608\t", 10, "", -1},
+                          {"a\tb", -1, "", -1},
+                          {"a\tb", 40, "", -1}}; // past the end
+    for (const Step& st : steps)
+    {
+        std::string line = st.line;
+        std::strcpy(field, "stale");
+        EXPECT_EQ(StrTerminateTab(&line[0], st.start, field), st.next) << st.line << st.start;
+        EXPECT_STREQ(field, st.field) << st.line << st.start;
     }
 
-    std::strcpy(field, "stale");
-    EXPECT_EQ(StrTerminateTab(line, -1, field), -1);
-    EXPECT_STREQ(field, "");
-    std::strcpy(field, "stale");
-    EXPECT_EQ(StrTerminateTab(line, 40, field), -1); // past the end: nothing read
-    EXPECT_STREQ(field, "");
-}
-
-TEST(StrTerminateTab, NeverOverrunsItsBuffers)
-{
-    // A line longer than the work buffer, and a small field buffer; ASan
-    // builds catch any overrun of these heap blocks.
+    // A line longer than the work buffer, and a small field buffer, on the
+    // heap so that ASan builds catch any overrun.
     std::string longText(6000, 'z');
     std::unique_ptr<char[]> line(new char[longText.size() + 1]);
     std::memcpy(line.get(), longText.c_str(), longText.size() + 1);
-    std::unique_ptr<char[]> field(new char[kTabFieldWorkSize]);
-    EXPECT_EQ(StrTerminateTab(line.get(), 0, field.get()), -1);
-    EXPECT_EQ(std::strlen(field.get()), (size_t)kTabFieldWorkSize - 1);
-
-    std::unique_ptr<char[]> small(new char[4]);
+    std::unique_ptr<char[]> big(new char[kTabFieldWorkSize]), small(new char[4]);
+    EXPECT_EQ(StrTerminateTab(line.get(), 0, big.get()), -1);
+    EXPECT_EQ(std::strlen(big.get()), (size_t)kTabFieldWorkSize - 1);
     char shortLine[] = "123456\t7";
     EXPECT_EQ(StrTerminateTab(shortLine, 0, small.get(), 4), 7);
     EXPECT_STREQ(small.get(), "123");
@@ -97,20 +89,13 @@ TEST(Myifstream, LinesWithLfAndCrLf)
     in.open(path.c_str(), Myifstream::in | Myifstream::binary);
     ASSERT_EQ(in.rdstate() & 6, 0);
     char buffer[6];
-    in.getline(buffer, 5, '\n');
-    EXPECT_STREQ(buffer, "one");
-    in.getline(buffer, 5, '\n');
-    EXPECT_STREQ(buffer, "two");
-    in.getline(buffer, 5, '\n');
-    EXPECT_STREQ(buffer, "three"); // 5 bytes, no delimiter yet: NUL at index 5
-    in.getline(buffer, 5, '\n');
-    EXPECT_STREQ(buffer, "\rx"); // a CR not before the LF stays
-    in.getline(buffer, 5, '\n');
-    EXPECT_STREQ(buffer, "abcde");
-    in.getline(buffer, 5, '\n');
-    EXPECT_STREQ(buffer, "fgh");
-    in.getline(buffer, 5, '\n');
-    EXPECT_STREQ(buffer, "end");
+    // "three": 5 bytes and no delimiter yet, NUL at index 5; a CR not before
+    // the LF stays; a long line continues on the next call.
+    for (const char* want : {"one", "two", "three", "\rx", "abcde", "fgh", "end"})
+    {
+        in.getline(buffer, 5, '\n');
+        EXPECT_STREQ(buffer, want);
+    }
     EXPECT_TRUE(in.eof());
     EXPECT_FALSE(in.fail());
     in.getline(buffer, 5, '\n');
@@ -129,29 +114,23 @@ TEST(LoadPGMFileBody, ValueLineOnlyAfterTheMagic)
     TempDir dir;
     std::unique_ptr<char[]> line(new char[kPGMLineBufferSize]); // exact size for ASan
     std::strcpy(line.get(), "previous");
-
-    std::string missing = dir / "missing.PGM";
+    std::string missing = dir / "missing.PGM", file = dir / "a.PGM";
     LoadPGMFileBody(&missing[0], line.get());
     EXPECT_STREQ(line.get(), "previous");
 
-    std::string good = dir / "good.PGM";
-    WriteBytes(good, "VRX5.0 EFFECT PRG FILE v2\r\n0\t-1310720\t0\t0\t262144\r\n");
-    LoadPGMFileBody(&good[0], line.get());
-    EXPECT_STREQ(line.get(), "0\t-1310720\t0\t0\t262144");
-
-    std::string foreign = dir / "foreign.PGM";
-    WriteBytes(foreign, "VRX5.0 EFFECT PRG FIL\n1\t2\n");
-    LoadPGMFileBody(&foreign[0], line.get());
-    EXPECT_STREQ(line.get(), "VRX5.0 EFFECT PRG FIL");
-
     // Overlong lines are cut at 500 bytes (value line) and 80 bytes (line 1).
-    std::string longer = dir / "long.PGM";
-    WriteBytes(longer, std::string(kProgramFileMagic) + " x\n" + std::string(900, '7') + "\n");
-    LoadPGMFileBody(&longer[0], line.get());
-    EXPECT_EQ(std::string(line.get()), std::string(500, '7'));
-    WriteBytes(longer, std::string(200, 'm') + "\n1\t2\n");
-    LoadPGMFileBody(&longer[0], line.get());
-    EXPECT_EQ(std::string(line.get()), std::string(80, 'm'));
+    const std::pair<std::string, std::string> cases[] = {
+        {"VRX5.0 EFFECT PRG FILE v2\r\n0\t-1310720\t0\t0\t262144\r\n", "0\t-1310720\t0\t0\t262144"},
+        {"VRX5.0 EFFECT PRG FIL\n1\t2\n", "VRX5.0 EFFECT PRG FIL"},
+        {std::string(kProgramFileMagic) + " x\n" + std::string(900, '7') + "\n",
+         std::string(500, '7')},
+        {std::string(200, 'm') + "\n1\t2\n", std::string(80, 'm')}};
+    for (const auto& [bytes, want] : cases)
+    {
+        WriteBytes(file, bytes);
+        LoadPGMFileBody(&file[0], line.get());
+        EXPECT_EQ(std::string(line.get()), want);
+    }
 }
 
 TEST(CFile, UrlsAndPaths)
@@ -182,30 +161,25 @@ TEST(CFile, UrlsAndPaths)
 TEST(UserFolder, SettingsFolderAsUrl)
 {
     ScopedEnv home("HOME", "/home/some one");
+    // A relative XDG_CONFIG_HOME is ignored; a trailing "/" gets no second one.
+    const std::pair<const char*, const char*> cases[] = {
+        {"/tmp/conf dir", "file:///tmp/conf%20dir/"},
+        {"/tmp/conf/", "file:///tmp/conf/"},
+        {"relative/conf", "file:///home/some%20one/.config/"}};
+    for (const auto& [xdgValue, want] : cases)
     {
-        ScopedEnv xdg("XDG_CONFIG_HOME", "/tmp/conf dir");
+        ScopedEnv xdg("XDG_CONFIG_HOME", xdgValue);
         szGlobalMyApplicationDataPathName[0] = '\0';
         GetMy_SHFOLDER_PathName();
-        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///tmp/conf%20dir/");
+        EXPECT_STREQ(szGlobalMyApplicationDataPathName, want);
     }
+    // No folder known, or one too long: the buffer stays as it was.
+    ScopedEnv noHome("HOME", nullptr);
+    std::string huge = "/" + std::string(3000, 'a');
+    for (const char* xdgValue : {(const char*)nullptr, huge.c_str()})
     {
-        ScopedEnv xdg("XDG_CONFIG_HOME", "/tmp/conf/");
-        GetMy_SHFOLDER_PathName();
-        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///tmp/conf/"); // no second "/"
-    }
-    {
-        ScopedEnv xdg("XDG_CONFIG_HOME", "relative/conf"); // not absolute: ignored
-        GetMy_SHFOLDER_PathName();
-        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///home/some%20one/.config/");
-    }
-    {
-        ScopedEnv xdg("XDG_CONFIG_HOME", nullptr);
-        ScopedEnv noHome("HOME", nullptr);
+        ScopedEnv xdg("XDG_CONFIG_HOME", xdgValue);
         std::strcpy(szGlobalMyApplicationDataPathName, "file:///kept/");
-        GetMy_SHFOLDER_PathName(); // no folder known: buffer stays as it was
-        EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///kept/");
-        std::string huge = "/" + std::string(3000, 'a');
-        ScopedEnv tooLong("XDG_CONFIG_HOME", huge.c_str());
         GetMy_SHFOLDER_PathName();
         EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///kept/");
     }
@@ -221,13 +195,16 @@ TEST(UserFolder, PluginFolderCut)
         CutAfterLastSlash(buffer);
         return std::string(buffer);
     };
-    EXPECT_EQ(cut("/usr/lib/vst/DeEsser.so"), "/usr/lib/vst/");
-    EXPECT_EQ(cut("/usr/lib/vst/"), "/usr/lib/vst/");
-    EXPECT_EQ(cut("/usr/lib/vst"), "/usr/lib/");
-    EXPECT_EQ(cut("/"), "/");
-    EXPECT_EQ(cut("a"), "a");
-    EXPECT_EQ(cut(""), "");
-    EXPECT_EQ(cut("DeEsser.so"), "");
+    const std::pair<const char*, const char*> cases[] = {
+        {"/usr/lib/vst/DeEsser.so", "/usr/lib/vst/"},
+        {"/usr/lib/vst/", "/usr/lib/vst/"},
+        {"/usr/lib/vst", "/usr/lib/"},
+        {"/", "/"},
+        {"a", "a"},
+        {"", ""},
+        {"DeEsser.so", ""}};
+    for (const auto& [in, want] : cases)
+        EXPECT_EQ(cut(in), want) << in;
 
     char module[4096];
     ASSERT_TRUE(GetModulePathName(module, sizeof(module)));
@@ -299,36 +276,6 @@ TEST(BankFile, ForeignShortAndLyingFiles)
     EXPECT_EQ(read.size(), 72u);
 }
 
-TEST(BankFile, FailedWriteKeepsThePreviousFile)
-{
-    TempDir dir;
-    std::string path = dir / "DeEsserDef.fxb";
-    WriteBytes(path, "previous contents");
-    std::string chunk(2304, 'n');
-
-    // Files may not grow past 1000 bytes: the write fails half-way.
-    struct rlimit old;
-    ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
-    void (*oldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit limited = old;
-    limited.rlim_cur = 1000;
-    ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
-    bool written = WriteBankFile(path.c_str(), kID, chunk.data(), 2304);
-    setrlimit(RLIMIT_FSIZE, &old);
-    std::signal(SIGXFSZ, oldHandler);
-
-    EXPECT_FALSE(written);
-    EXPECT_EQ(ReadBytes(path), "previous contents");
-    int entries = 0;
-    for (auto& entry : std::filesystem::directory_iterator(dir.path()))
-        entries += entry.is_regular_file();
-    EXPECT_EQ(entries, 1); // the temporary file is gone
-
-    EXPECT_FALSE(WriteBankFile((dir / "no/such/folder.fxb").c_str(), kID, chunk.data(), 2304));
-    EXPECT_TRUE(WriteBankFile(path.c_str(), kID, chunk.data(), 2304));
-    EXPECT_EQ(ReadBytes(path).size(), 2464u);
-}
-
 // The legacy import on files written here.
 class LegacyImport : public ::testing::Test
 {
@@ -371,9 +318,8 @@ TEST_F(LegacyImport, ValuesNamesAndLineEnds)
 
     EXPECT_STREQ(bank[1].name, "Drums");
     EXPECT_FLOAT_EQ(bank[1].values[kParamAttack], 3.f / 20.f);
-    EXPECT_EQ(bank[1].values[kParamThreshold], defaults.values[kParamThreshold]);
-    EXPECT_EQ(bank[1].values[kParamRelease], defaults.values[kParamRelease]);
-    EXPECT_EQ(bank[1].values[kParamRatio], defaults.values[kParamRatio]);
+    for (int i : {kParamThreshold, kParamRelease, kParamRatio})
+        EXPECT_EQ(bank[1].values[i], defaults.values[i]) << i;
 
     EXPECT_STREQ(bank[2].name, "A name far longer than ");
     EXPECT_EQ(std::strlen(bank[2].name), 23u);
@@ -392,12 +338,13 @@ TEST_F(LegacyImport, BadListsChangeNothingAndLongListsStopAt32)
         return true;
     };
     EXPECT_EQ(Import(), 0); // no list
-    WriteList("VRX5.0 EFFECT PROGRAM LIS\n1\nA\n");
-    EXPECT_EQ(Import(), 0);
-    WriteList("VRX5.0 EFFECT PROGRAM LIST\n0\nA\n");
-    EXPECT_EQ(Import(), 0);
-    WriteList("VRX5.0 EFFECT PROGRAM LIST\n-3\nA\n");
-    EXPECT_EQ(Import(), 0);
+    for (const char* list :
+         {"VRX5.0 EFFECT PROGRAM LIS\n1\nA\n", "VRX5.0 EFFECT PROGRAM LIST\n0\nA\n",
+          "VRX5.0 EFFECT PROGRAM LIST\n-3\nA\n"})
+    {
+        WriteList(list);
+        EXPECT_EQ(Import(), 0) << list;
+    }
     EXPECT_TRUE(unchanged());
 
     std::string list = "VRX5.0 EFFECT PROGRAM LIST\n40\n";
