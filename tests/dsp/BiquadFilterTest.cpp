@@ -80,8 +80,10 @@ TEST(BiquadFilter, CoefficientsMatchIndependentRoutine)
                     EXPECT_EQ(Coefs(f), Reference(rate, freq, gain, 0.7f, type))
                         << rate << " " << freq << " " << gain << " " << type;
                     if (gain == 0.f) // A = 1: numerator equals denominator
+                    {
                         EXPECT_EQ(std::vector<float>({f.b0, f.b1, f.b2}),
                                   std::vector<float>({1.f, f.a1, f.a2}));
+                    }
                 }
     // Above 0.475 x rate the frequency is clamped: 20000 Hz at 32 kHz is 15200 Hz.
     CBiquadFilter above, at;
