@@ -159,11 +159,8 @@ void CVRXComp::process(double& left, double& right, double keyLevel, bool extern
     gainReduction = (float)g;
 }
 
-void CVRXComp::process(float** in, float** out, float** key, int count, bool externalKey)
+bool CVRXComp::BeginBlock(float** in, float** out, float** key, int count)
 {
-    if (!in || !out || !key)
-        return;
-    CSingleLock lock(m_Lock);
     // Overwritten by the first sample; an inactive compressor reports it.
     gainReduction = -40.0f;
     if (!active)
@@ -171,9 +168,17 @@ void CVRXComp::process(float** in, float** out, float** key, int count, bool ext
         for (int ch = 0; ch < 2; ++ch)
             if (count > 0 && out[ch] != in[ch])
                 std::memmove(out[ch], in[ch], sizeof(float) * (size_t)count);
-        return;
+        return false;
     }
-    if (count <= 0)
+    return key && count > 0;
+}
+
+void CVRXComp::process(float** in, float** out, float** key, int count, bool externalKey)
+{
+    if (!in || !out)
+        return;
+    CSingleLock lock(m_Lock);
+    if (!BeginBlock(in, out, key, count))
         return;
 
     const float* keyL = key[0];

@@ -41,6 +41,11 @@ public:
     virtual void ResetIfBad();
 
 protected:
+    // Start of a block, under the lock: reports -40 until a sample is
+    // processed, copies the audio through while inactive. False when there is
+    // nothing more to do.
+    bool BeginBlock(float** in, float** out, float** key, int count);
+
     // The per-sample gain computer with the current parameters (CVRXComp.cpp).
     struct GainComputer;
     GainComputer MakeGainComputer() const;

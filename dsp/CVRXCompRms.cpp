@@ -4,7 +4,6 @@
 #include "CompressorKernel.h"
 
 #include <cmath>
-#include <cstring>
 
 CVRXCompRms::CVRXCompRms() : CVRXComp(), window(5.0, 44100.0), meanSquare(1e-25) {}
 
@@ -40,18 +39,10 @@ void CVRXCompRms::ResetIfBad()
 
 void CVRXCompRms::process(float** in, float** out, float** key, int count, bool externalKey)
 {
-    if (!in || !out || !key)
+    if (!in || !out)
         return;
     CSingleLock lock(m_Lock);
-    gainReduction = -40.0f;
-    if (!active)
-    {
-        for (int ch = 0; ch < 2; ++ch)
-            if (count > 0 && out[ch] != in[ch])
-                std::memmove(out[ch], in[ch], sizeof(float) * (size_t)count);
-        return;
-    }
-    if (count <= 0)
+    if (!BeginBlock(in, out, key, count))
         return;
 
     const float* keyL = key[0];

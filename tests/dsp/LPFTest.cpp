@@ -1,6 +1,7 @@
 // Filter processor: fixed-point interface, the block path against a literal
 // reference (gains, filter, output gain twice), metering, the over-level flag,
 // and processing without allocation whatever the block length.
+#include "AllocationCounter.h"
 #include "CVRXLPF.h"
 #include "DspTestUtil.h"
 
@@ -11,10 +12,6 @@
 #include <vector>
 
 using namespace dsptest;
-
-// Allocations made by this test program so far, -1 when not counted
-// (AllocationCounter.cpp).
-long AllocationCount();
 
 namespace
 {

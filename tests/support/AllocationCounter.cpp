@@ -2,20 +2,22 @@
 // count, so that a test can show a code path allocates nothing.
 // Under a sanitizer, which brings its own allocation functions, nothing is
 // replaced and the count is -1 (the test that needs it is skipped).
+#include "AllocationCounter.h"
+
 #include <atomic>
 #include <cstdlib>
 #include <new>
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-#define DSP_TESTS_SANITIZED 1
+#define ALLOCATION_COUNTER_OFF 1
 #elif defined(__has_feature)
 #if __has_feature(address_sanitizer) || __has_feature(thread_sanitizer) ||                         \
     __has_feature(memory_sanitizer)
-#define DSP_TESTS_SANITIZED 1
+#define ALLOCATION_COUNTER_OFF 1
 #endif
 #endif
 
-#ifdef DSP_TESTS_SANITIZED
+#ifdef ALLOCATION_COUNTER_OFF
 long AllocationCount()
 {
     return -1;
