@@ -1,12 +1,12 @@
 #include "ParamTable.h"
 
 #include <cmath>
-#include <initializer_list>
+#include <algorithm>
 
 const double g_Log2 = 0.6931471805599453;
 
 // clang-format off
-const AutomateParamMinMax AutomateParamMinMax_Tbl[12] = {
+const AutomateParamMinMax AutomateParamMinMax_Tbl[kNumParamRows] = {
     //  min      max       step   isInteger
     {   0.0f,    1.0f,     1.0f,  1 }, // 0  ON/OFF
     {   0.001f,  10.0f,    1.0f,  0 }, // 1  Output (linear gain)
@@ -34,12 +34,30 @@ static const char* const kLabels[kNumParams] = {
 
 static bool inTable(int index)
 {
-    return index >= 0 && index <= 11;
+    return index >= 0 && index < kNumParamRows;
 }
 
 double GainToDb6(double gain)
 {
     return 6.0 * std::log(gain) / g_Log2;
+}
+
+double Db6ToGain(double db)
+{
+    return std::exp2(db / 6.0);
+}
+
+// The gain rows in decibels, held to -100 dB below and to 20 dB (Output) or
+// 0 dB (Input) above.
+static double gainRowDb(int index, double gain)
+{
+    const double top = index == kParamOutput ? 20.0 : 0.0;
+    return std::min(std::max(GainToDb6(gain), -100.0), top);
+}
+
+static bool isGainRow(int index)
+{
+    return index == kParamOutput || index == kParamInput;
 }
 
 // Converts as the x86 truncating instruction does: NaN and out-of-range values
@@ -93,16 +111,7 @@ float NormalizeValToInternalVal(int index, float norm)
     if (row.isInteger)
         return (float)switchStep(row, norm);
     float x = linearInternal(row, norm);
-    if (index == kParamOutput || index == kParamInput)
-    {
-        x = (float)GainToDb6(x);
-        if (x < -100.f)
-            x = -100.f;
-        float top = index == kParamOutput ? 20.f : 0.f;
-        if (x > top)
-            x = top;
-    }
-    return x;
+    return isGainRow(index) ? (float)gainRowDb(index, x) : x;
 }
 
 uint32_t NormalizeValToDWValue(int index, float norm)
@@ -113,15 +122,8 @@ uint32_t NormalizeValToDWValue(int index, float norm)
     if (row.isInteger)
         return switchStep(row, norm);
     double x = linearInternal(row, norm);
-    if (index == kParamOutput || index == kParamInput)
-    {
-        x = GainToDb6(x);
-        if (x < -100.0)
-            x = -100.0;
-        double top = index == kParamOutput ? 20.0 : 0.0;
-        if (x > top)
-            x = top;
-    }
+    if (isGainRow(index))
+        x = gainRowDb(index, x);
     return (uint32_t)truncToInt32(x * 65536.0);
 }
 
@@ -133,20 +135,8 @@ void GetParamMinMax(int index, float* min, float* max)
         return;
     }
     const AutomateParamMinMax& row = AutomateParamMinMax_Tbl[index];
-    *min = row.min;
-    *max = row.max;
-    if (index == kParamOutput || index == kParamInput)
-    {
-        float top = index == kParamOutput ? 20.f : 0.f;
-        for (float* v : {min, max})
-        {
-            *v = (float)GainToDb6(*v);
-            if (*v < -100.f)
-                *v = -100.f;
-            if (*v > top)
-                *v = top;
-        }
-    }
+    *min = isGainRow(index) ? (float)gainRowDb(index, row.min) : row.min;
+    *max = isGainRow(index) ? (float)gainRowDb(index, row.max) : row.max;
 }
 
 const char* GetParamName(int index)

@@ -24,6 +24,13 @@ enum DeEsserParam
     kNumParams
 };
 
+// Parameters 0..8 are read back by the host as their normalised value; the two
+// switches after them as their internal value.
+constexpr int kNumNormParams = kParamHiFreq + 1;
+// Rows of the range table: one per parameter plus an unused last row that hosts
+// may still ask about.
+constexpr int kNumParamRows = kNumParams + 1;
+
 struct AutomateParamMinMax
 {
     float min;
@@ -32,8 +39,7 @@ struct AutomateParamMinMax
     int32_t isInteger;
 };
 
-// Twelve rows: one per parameter plus an unused last row.
-extern const AutomateParamMinMax AutomateParamMinMax_Tbl[12];
+extern const AutomateParamMinMax AutomateParamMinMax_Tbl[kNumParamRows];
 
 // ln 2, the divisor of every 6 dB-per-doubling conversion.
 extern const double g_Log2;
@@ -47,5 +53,7 @@ void GetParamMinMax(int index, float* min, float* max);
 const char* GetParamName(int index);
 const char* GetParamLabel(int index);
 
-// 6 * ln(gain) / ln 2, the panel's and the parameters' decibels.
+// The gain mapping of the parameters, the panel's meters and the command-line
+// host: 6 * ln(gain) / ln 2 decibels, and 2^(dB / 6) back.
 double GainToDb6(double gain);
+double Db6ToGain(double db);

@@ -149,8 +149,8 @@ private:
 
     std::atomic<uint32_t> m_BlockCounters{0xFFFFFFFFu};
     bool m_Listen = false;
-    float m_NormValue[9] = {};
-    float m_InternalValue[11] = {};
+    float m_NormValue[kNumNormParams] = {};
+    float m_InternalValue[kNumParams] = {};
     WAVEFORMATEX m_WaveFormat{};
     int m_BlockSize = 0;
     float m_UseRms = 0.f;

@@ -9,6 +9,9 @@
 #include <cstring>
 #include <strings.h>
 
+// The highest output gain a typed value stores in the program (about +6 dB).
+static const float kTypedOutputGainMax = 2.0f;
+
 static bool isSwitchOn(float v)
 {
     return v == 1.0f;
@@ -16,12 +19,12 @@ static bool isSwitchOn(float v)
 
 float ADeEsser::GetInternalValue(int index) const
 {
-    return index >= 1 && index <= 10 ? m_InternalValue[index] : 0.f;
+    return index > kParamOnOff && index < kNumParams ? m_InternalValue[index] : 0.f;
 }
 
 float ADeEsser::getParameter(VstInt32 index)
 {
-    if (index >= 0 && index <= 8)
+    if (index >= 0 && index < kNumNormParams)
         return m_NormValue[index];
     if (index == kParamSideChain || index == kParamAutoThreshold)
         return m_InternalValue[index];
@@ -42,7 +45,7 @@ void ADeEsser::getParameterLabel(VstInt32 index, char* text)
 
 void ADeEsser::getParameterDisplay(VstInt32 index, char* text)
 {
-    if (index < 0 || index > 10)
+    if (index < 0 || index >= kNumParams)
         return;
     switch (index)
     {
@@ -74,7 +77,7 @@ float ADeEsser::getParameterDisplayVal(int index)
         return m_NormValue[0];
     if (index == kParamSideChain || index == kParamAutoThreshold)
         return m_InternalValue[index];
-    if (index < 1 || index > 8)
+    if (index < kParamOutput || index > kParamHiFreq)
         return 0.f;
     // Half a display step away from zero, so a field that cuts off the digits
     // after the shown ones still shows the rounded value.
@@ -86,7 +89,7 @@ float ADeEsser::getParameterDisplayVal(int index)
 bool ADeEsser::getParameterProperties(VstInt32 index, VstParameterProperties* p)
 {
     std::memset(p, 0, sizeof(*p));
-    if (index < 0 || index > 11)
+    if (index < 0 || index >= kNumParamRows)
         return false;
     getParameterLabel(index, p->label);
     const AutomateParamMinMax& row = AutomateParamMinMax_Tbl[index];
@@ -106,7 +109,7 @@ bool ADeEsser::getParameterProperties(VstInt32 index, VstParameterProperties* p)
 // only the latter) and the current program's copy of the normalised value.
 void ADeEsser::storeParam(int index, float n, float internal)
 {
-    if (index <= kParamHiFreq)
+    if (index < kNumNormParams)
         m_NormValue[index] = n;
     if (index >= kParamOutput)
         m_InternalValue[index] = internal;
@@ -133,7 +136,7 @@ void ADeEsser::setParameterWork(int index, float n, bool fromPanel)
     {
         CSingleLock lock(m_Lock);
         storeParam(index, n, v);
-        m_OutputGain = (float)std::exp2((double)v / 6.0);
+        m_OutputGain = (float)Db6ToGain(v);
         break;
     }
     case kParamInput:
@@ -189,7 +192,7 @@ void ADeEsser::setParameter(VstInt32 index, float value)
         return;
     if (IDeEsserPanel* panel = GetPanel())
         panel->UpdateControl(index, value);
-    if (index < 0 || index > 10)
+    if (index < 0 || index >= kNumParams)
         return;
     setParameterWork(index, value, false);
 }
@@ -198,7 +201,7 @@ void ADeEsser::setParameterFormUI(int index, float value)
 {
     if (!std::isfinite(value))
         return;
-    if (index >= 0 && index <= 10)
+    if (index >= 0 && index < kNumParams)
         setParameterWork(index, value, true);
     notifyHost(audioMasterAutomate, index, value);
 }
@@ -212,21 +215,18 @@ void ADeEsser::setParameterFromDiaplay(int index, float v)
     switch (index)
     {
     case kParamOutput:
-    {
-        CSingleLock lock(m_Lock);
-        float g = (float)std::exp2((double)v / 6.0);
-        // The stored program is held to about +6 dB; the applied gain is not.
-        n = ValToNormalizeValue(index, std::min(std::max(g, 0.001f), 2.0f));
-        storeParam(index, n, v);
-        m_OutputGain = g;
-        break;
-    }
     case kParamInput:
     {
         CSingleLock lock(m_Lock);
-        float g = (float)std::exp2((double)v / 6.0);
-        n = ValToNormalizeValue(index, std::min(std::max(g, 0.001f), 1.0f));
+        const float g = (float)Db6ToGain(v);
+        // The stored program is held to the gain's lower end and to about
+        // +6 dB (Output) or 0 dB (Input); the applied output gain is not.
+        const float top = index == kParamOutput ? kTypedOutputGainMax : 1.0f;
+        n = ValToNormalizeValue(index,
+                                std::min(std::max(g, AutomateParamMinMax_Tbl[index].min), top));
         storeParam(index, n, v);
+        if (index == kParamOutput)
+            m_OutputGain = g;
         break;
     }
     case kParamThreshold:

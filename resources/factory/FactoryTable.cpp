@@ -109,9 +109,8 @@ ADeEsserProgram MakeFactoryProgram(const FactoryEntry& entry)
 {
     ADeEsserProgram p;
     p.values[kParamOnOff] = 1.f;
-    p.values[kParamOutput] =
-        ValToNormalizeValue(kParamOutput, (float)std::exp2(entry.outputDb / 6.0));
-    p.values[kParamInput] = ValToNormalizeValue(kParamInput, (float)std::exp2(entry.inputDb / 6.0));
+    p.values[kParamOutput] = ValToNormalizeValue(kParamOutput, (float)Db6ToGain(entry.outputDb));
+    p.values[kParamInput] = ValToNormalizeValue(kParamInput, (float)Db6ToGain(entry.inputDb));
     p.values[kParamThreshold] = ValToNormalizeValue(kParamThreshold, entry.thresholdDb);
     p.values[kParamRatio] = ValToNormalizeValue(kParamRatio, entry.ratio);
     p.values[kParamAttack] = ValToNormalizeValue(kParamAttack, entry.attackMs);

@@ -16,6 +16,10 @@ TEST(ParamTable, GainParametersUseSixDbPerDoubling)
     // Doubling the gain adds exactly 6 dB, not 6.02.
     float half = ValToNormalizeValue(kParamInput, 0.5f);
     EXPECT_NEAR(NormalizeValToInternalVal(kParamInput, half), -6.0, 1e-4);
+    // The shared mapping, both ways.
+    EXPECT_DOUBLE_EQ(GainToDb6(0.25), -12.0);
+    EXPECT_DOUBLE_EQ(Db6ToGain(6.0), 2.0);
+    EXPECT_NEAR(GainToDb6(Db6ToGain(-17.3)), -17.3, 1e-12);
 
     float lo, hi;
     GetParamMinMax(kParamOutput, &lo, &hi);
