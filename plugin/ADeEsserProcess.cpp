@@ -166,8 +166,11 @@ void ADeEsser::processReplacing(float** inputs, float** outputs, VstInt32 sample
 
 void ADeEsser::processBlock(float** in, float** out, int n)
 {
-    // Input gain, in place on the host's buffers: the raw normalised value.
-    const float inputGain = m_NormValue[kParamInput];
+    // Input gain, in place on the host's buffers: the raw normalised value,
+    // applied within 0..1 so that a damaged chunk or bank file holding a
+    // value like 1e30 can never amplify (the stored value stays as it is).
+    const float stored = m_NormValue[kParamInput];
+    const float inputGain = stored > 0.f ? (stored < 1.f ? stored : 1.f) : 0.f;
     for (int ch = 0; ch < 2; ++ch)
         scaleAndPeak(in[ch], n, inputGain, true, m_InputPeak[ch]);
 

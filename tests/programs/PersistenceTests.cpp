@@ -14,6 +14,7 @@
 #include <csignal>
 #include <cstring>
 #include <memory>
+#include <random>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
@@ -203,6 +204,77 @@ TEST_F(Persistence, NonFiniteChunkValuesDoNotPoisonTheEffect)
     for (float v : outL)
         peak = std::max(peak, std::fabs(v));
     EXPECT_GT(peak, 0.01f); // not silenced either
+}
+
+// Random bytes as the state: a chunk of any size, or the chunk of a user or
+// plug-in folder bank file. Whatever the stored values, the output stays
+// finite and no louder than the input times the Output gain (the split-band
+// sum may ring a little above it, never by much).
+TEST_F(Persistence, DamagedStateNeverAmplifies)
+{
+    std::mt19937 rng(2304);
+    auto randomBytes = [&rng](size_t n)
+    {
+        std::string bytes(n, '\0');
+        for (char& c : bytes)
+            c = (char)(rng() & 0xFF);
+        return bytes;
+    };
+    auto check = [](ADeEsser& effect, const std::string& what)
+    {
+        effect.setSampleRate(44100.f);
+        effect.setBlockSize(256);
+        std::vector<float> inL(256), inR(256), outL(256), outR(256);
+        float* in[2] = {inL.data(), inR.data()};
+        float* out[2] = {outL.data(), outR.data()};
+        const float inPeak = 0.5f;
+        for (int block = 0; block < 16; ++block)
+        {
+            for (int i = 0; i < 256; ++i)
+            {
+                float t = (float)(block * 256 + i) / 44100.f;
+                inL[i] = 0.25f * std::sin(1884.96f * t) + 0.25f * std::sin(43982.3f * t);
+                inR[i] = -inL[i];
+            }
+            effect.processReplacing(in, out, 256);
+            const float allowed = inPeak * effect.GetOutputGain();
+            for (int i = 0; i < 256; ++i)
+            {
+                ASSERT_TRUE(std::isfinite(outL[i]) && std::isfinite(outR[i])) << what;
+                float ratio = std::max(std::fabs(outL[i]), std::fabs(outR[i])) / allowed;
+                ASSERT_LE(ratio, 1.5f) << what << " block " << block << " sample " << i;
+            }
+        }
+    };
+    // The stored value is kept as it came; only the applied gain is bounded.
+    {
+        auto effect = OpenEffect();
+        ADeEsserProgram loud;
+        loud.values[kParamInput] = 1e30f;
+        effect->setChunk(&loud, sizeof loud, true);
+        EXPECT_EQ(effect->getParameter(kParamInput), 1e30f);
+        EXPECT_EQ(effect->GetProgram(0).values[kParamInput], 1e30f);
+        check(*effect, "input 1e30");
+    }
+    for (size_t size : {71, 72, 2303, 2304, 2305, 100000})
+        for (bool isPreset : {true, false})
+            for (int seed = 0; seed < 12; ++seed)
+            {
+                auto effect = OpenEffect();
+                std::string bytes = randomBytes(size);
+                effect->setChunk(&bytes[0], (VstInt32)size, isPreset);
+                check(*effect, "chunk of " + std::to_string(size) + (isPreset ? " (program)" : ""));
+            }
+    std::string soPath = plugins / "DeEsser.so";
+    for (int seed = 0; seed < 12; ++seed)
+    {
+        WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(randomBytes(kBankChunkSize)));
+        g_HostDirectory = soPath.c_str();
+        check(*OpenEffect(), "plug-in folder bank");
+        WriteBytes(UserFile(), BankFileBytes(randomBytes(kBankChunkSize)));
+        check(*OpenEffect(), "user bank");
+        std::filesystem::remove(UserFile());
+    }
 }
 
 TEST_F(Persistence, SavedFileIsTheBankWithItsHeader)
