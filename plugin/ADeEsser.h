@@ -22,6 +22,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <string>
 
 class IDeEsserEditor;
 class IDeEsserPanel;
@@ -122,6 +123,7 @@ private:
     void notifyHost(VstInt32 opcode, VstInt32 index = 0, float value = 0.f);
     // Persistence helpers (ADeEsserPersistence.cpp).
     void LoadDefaultBank(); // the bank-file part of open()
+    std::string findPluginFolder();
     bool loadBankFile(const char* path, ADeEsserProgram* target, bool applyAsChunk);
     bool writeBankFile(const char* path);
     void reportSaveFailure();

@@ -85,20 +85,48 @@ bool ADeEsser::loadBankFile(const char* path, ADeEsserProgram* target, bool appl
     return true;
 }
 
+// The folder that holds the shipped bank, tried in turn: the host's answer cut
+// after its last "/", the same answer taken as a folder (many hosts name the
+// plug-in's folder without a trailing slash), then the folder of the loaded
+// module. The first one whose bank file exists wins; when none has one, the
+// cut answer (or, without an answer, the module's folder) is kept.
+std::string ADeEsser::findPluginFolder()
+{
+    std::vector<std::string> folders;
+    const char* directory = getDirectory();
+    if (directory && directory[0] && std::strlen(directory) < sizeof(pluginFolder))
+    {
+        char cut[sizeof(pluginFolder)];
+        std::strcpy(cut, directory);
+        CutAfterLastSlash(cut);
+        folders.push_back(cut);
+        std::string asFolder = directory;
+        if (asFolder.back() != '/')
+            asFolder += '/';
+        folders.push_back(asFolder);
+    }
+    char module[sizeof(pluginFolder)];
+    if (GetModulePathName(module, sizeof(module)))
+    {
+        CutAfterLastSlash(module);
+        folders.push_back(module);
+    }
+    for (const std::string& folder : folders)
+        if (CFile::Exists((folder + kDefaultBankFileName).c_str()))
+            return folder;
+    return folders.empty() ? std::string() : folders.front();
+}
+
 void ADeEsser::LoadDefaultBank()
 {
     std::string path = std::string(szGlobalMyApplicationDataPathName) + kDefaultBankFileName;
     if (!CFile::Exists(path.c_str()))
     {
-        // No user copy: the shipped one beside the plug-in. The host names
-        // the plug-in's directory; without an answer, the loaded module does.
-        const char* directory = getDirectory();
+        // No user copy: the shipped one beside the plug-in.
+        std::string folder = findPluginFolder();
         pluginFolder[0] = '\0';
-        if (directory && directory[0] && std::strlen(directory) < sizeof(pluginFolder))
-            std::strcpy(pluginFolder, directory);
-        else if (!GetModulePathName(pluginFolder, sizeof(pluginFolder)))
-            pluginFolder[0] = '\0';
-        CutAfterLastSlash(pluginFolder);
+        if (folder.size() < sizeof(pluginFolder))
+            std::memcpy(pluginFolder, folder.c_str(), folder.size() + 1);
         path = std::string(pluginFolder) + kDefaultBankFileName;
     }
     if (!loadBankFile(path.c_str(), programs, true))

@@ -1,6 +1,6 @@
-// The built DeEsser.so, loaded as a host loads it, finds the factory bank
-// that the build writes beside it: through the host's directory answer when
-// there is one, else through its own file name (dladdr).
+// The built DeEsser.so, loaded as a host loads it, finds the factory bank:
+// through the host's directory answer (cut after its last "/", then taken as a
+// folder) when a bank is there, else beside its own file (dladdr).
 #include "AEffect.h"
 #include "FactoryTable.h"
 #include "TestFiles.h"
@@ -61,19 +61,33 @@ TEST(PluginFolder, BuiltPluginFindsItsFactoryBank)
     TempDir config;
     ScopedEnv xdg("XDG_CONFIG_HOME", config.path().c_str()); // no user bank there
 
-    // The host answers nothing: the bank beside the .so.
-    g_Directory = nullptr;
-    EXPECT_EQ(ProgramNameAfterOpen(0), table[0].name);
-    EXPECT_EQ(ProgramNameAfterOpen(31), "Empty");
-
-    // The host names another folder: its bank wins.
+    // Whatever the host answers about the plug-in's folder, a bank there is
+    // found, and without one the bank beside the .so itself.
     TempDir plugins;
     std::string bank(2304, '\0');
     std::memcpy(&bank[44], "From Host Folder", 17);
     WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(bank));
-    std::string so = plugins / "DeEsser.so";
-    g_Directory = so.c_str();
-    EXPECT_EQ(ProgramNameAfterOpen(0), "From Host Folder");
+    TempDir empty;
+    const std::string so = plugins / "DeEsser.so", folder = plugins.path(),
+                      slash = plugins.path() + "/", elsewhere = empty.path();
+    const struct
+    {
+        const char* answer;
+        std::string first;
+    } cases[] = {
+        {nullptr, table[0].name},             // no answer
+        {"", table[0].name},                  // an empty answer
+        {so.c_str(), "From Host Folder"},     // the .so's own path
+        {folder.c_str(), "From Host Folder"}, // the folder, no trailing slash
+        {slash.c_str(), "From Host Folder"},  // the folder with one
+        {elsewhere.c_str(), table[0].name},   // a folder without a bank
+    };
+    for (const auto& c : cases)
+    {
+        g_Directory = c.answer;
+        EXPECT_EQ(ProgramNameAfterOpen(0), c.first) << (c.answer ? c.answer : "(null)");
+    }
+    EXPECT_EQ(ProgramNameAfterOpen(31), "Empty");
     g_Directory = nullptr;
 #endif
 }
