@@ -121,6 +121,7 @@ private:
     void freeBuffers();
     void resetBadStates();
     void notifyHost(VstInt32 opcode, VstInt32 index = 0, float value = 0.f);
+    bool hostMisreadsIntegerRange(); // asks the host's names once
     // Persistence helpers (ADeEsserPersistence.cpp).
     void LoadDefaultBank(); // the bank-file part of open()
     std::string findPluginFolder();
@@ -159,4 +160,5 @@ private:
     float m_InputPeak[2] = {0.f, 0.f};
     float m_OutputPeak[2] = {0.f, 0.f};
     float m_OutputGain = 1.f;
+    int m_HostMisreadsIntegerRange = -1; // -1: not asked yet
 };

@@ -86,9 +86,50 @@ float ADeEsser::getParameterDisplayVal(int index)
     return v >= 0.f ? v + half : v - half;
 }
 
+// Hosts that take minInteger/maxInteger as the range of the value they send
+// to setParameter (instead of 0..1), known by the names they give themselves.
+// A name matches when it starts with the product text or equals the vendor
+// text, without regard to case.
+static bool misreadsIntegerRange(const char* product, const char* vendor)
+{
+    static const struct
+    {
+        const char* product;
+        const char* vendor;
+    } kHosts[] = {
+        {"Ardour", "Linux Audio Systems"}, // also the hosts built on it
+        {"Carla", "falkTX"},               // "Carla" and its "Carla-Discovery"
+        {"Qtractor", "rncbc.org"},
+        {nullptr, "MusE"}, // product "NativeVST"
+    };
+    for (const auto& host : kHosts)
+    {
+        if (host.product && strncasecmp(product, host.product, std::strlen(host.product)) == 0)
+            return true;
+        if (vendor[0] && strcasecmp(vendor, host.vendor) == 0)
+            return true;
+    }
+    return false;
+}
+
+bool ADeEsser::hostMisreadsIntegerRange()
+{
+    if (m_HostMisreadsIntegerRange < 0)
+    {
+        char product[256], vendor[256];
+        getHostProductString(product);
+        getHostVendorString(vendor);
+        m_HostMisreadsIntegerRange = misreadsIntegerRange(product, vendor) ? 1 : 0;
+    }
+    return m_HostMisreadsIntegerRange == 1;
+}
+
 bool ADeEsser::getParameterProperties(VstInt32 index, VstParameterProperties* p)
 {
     std::memset(p, 0, sizeof(*p));
+    // Such a host then works in 0..1 with the parameter names and display texts.
+    if (hostMisreadsIntegerRange())
+        return false;
     if (index < 0 || index >= kNumParamRows)
         return false;
     getParameterLabel(index, p->label);

@@ -36,6 +36,22 @@ char* AudioEffectX::getDirectory()
     return (char*)callHost(audioMasterGetDirectory);
 }
 
+bool AudioEffectX::getHostVendorString(char* text)
+{
+    std::memset(text, 0, 256);
+    callHost(audioMasterGetVendorString, 0, 0, text);
+    text[255] = '\0';
+    return text[0] != '\0';
+}
+
+bool AudioEffectX::getHostProductString(char* text)
+{
+    std::memset(text, 0, 256);
+    callHost(audioMasterGetProductString, 0, 0, text);
+    text[255] = '\0';
+    return text[0] != '\0';
+}
+
 void AudioEffectX::wantEvents(VstInt32 filter)
 {
     callHost(audioMasterWantMidi, 0, filter);

@@ -51,5 +51,9 @@ public:
     virtual bool endEdit(VstInt32 index);
     virtual bool updateDisplay();
     virtual char* getDirectory();
+    // The host's names for itself into `text` (at least 256 bytes, cleared
+    // first). Some hosts fill the text yet answer 0, so the text is what counts.
+    virtual bool getHostVendorString(char* text);
+    virtual bool getHostProductString(char* text);
     virtual void wantEvents(VstInt32 filter = 1);
 };

@@ -7,15 +7,26 @@
 std::vector<HostCall> HostHarness::calls;
 VstIntPtr HostHarness::versionAnswer = 2400;
 const char* HostHarness::directoryAnswer = nullptr;
+const char* HostHarness::productAnswer = nullptr;
+const char* HostHarness::vendorAnswer = nullptr;
+VstIntPtr HostHarness::nameResult = 1;
 
-VstIntPtr HostHarness::Callback(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr value, void*,
-                                float opt)
+VstIntPtr HostHarness::Callback(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr value,
+                                void* ptr, float opt)
 {
     calls.push_back({opcode, index, value, opt});
     if (opcode == 1) // audioMasterVersion
         return versionAnswer;
     if (opcode == 41) // audioMasterGetDirectory
         return (VstIntPtr)directoryAnswer;
+    if (opcode == 32 || opcode == 33) // audioMasterGetVendorString, audioMasterGetProductString
+    {
+        const char* name = opcode == 32 ? vendorAnswer : productAnswer;
+        if (!name)
+            return 0;
+        std::strcpy((char*)ptr, name);
+        return nameResult;
+    }
     return 0;
 }
 
@@ -27,6 +38,8 @@ HostHarness::HostHarness()
     entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
     calls.clear();
     versionAnswer = 2400;
+    productAnswer = vendorAnswer = nullptr;
+    nameResult = 1;
 }
 
 HostHarness::~HostHarness()

@@ -35,6 +35,10 @@ public:
     static std::vector<HostCall> calls;
     static VstIntPtr versionAnswer;
     static const char* directoryAnswer;
+    // The host's names (null: it writes nothing) and what it answers with them.
+    static const char* productAnswer;
+    static const char* vendorAnswer;
+    static VstIntPtr nameResult;
     static VstIntPtr Callback(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                               float opt);
 };

@@ -173,32 +173,76 @@ TEST_F(PluginSo, ParametersAsTheHostSeesThem)
     EXPECT_EQ(host.String(effGetParamDisplay, 3), "-0.0");
     e->setParameter(e, 0, 0.7f);
     EXPECT_EQ(host.String(effGetParamDisplay, 0), "OFF");
+}
 
-    // Properties.
-    for (int i = 0; i < 11; ++i)
+// Hosts that take the integer fields as the value range get no properties
+// (they then work in 0..1 with the names and display texts); every other host
+// gets them byte for byte. The host is asked for its names once.
+TEST(PluginSoProperties, AnsweredPerHost)
+{
+    const char* labels[] = {"", "dB", "dB", "dB", "", "ms", "sec", "Hz", "Hz", "", "", ""};
+    const int ranges[12][2] = {{0, 1}, {0, 10},       {0, 1},        {-100, 0}, {1, 64}, {0, 20},
+                               {0, 4}, {2000, 20000}, {2000, 20000}, {0, 1},    {0, 1},  {0, 0}};
+    const struct
     {
-        VstParameterProperties p;
-        std::memset(&p, 0xAB, sizeof(p));
-        EXPECT_EQ(host.Dispatch(effGetParameterProperties, i, 0, &p), 1);
-        bool isSwitch = i == 0 || i == 9 || i == 10;
-        EXPECT_EQ(p.flags, isSwitch ? 11 : 10) << i;
-        EXPECT_EQ(p.stepInteger, 128);
-        EXPECT_EQ(p.largeStepInteger, 256);
-        EXPECT_EQ(p.displayIndex, i);
-        EXPECT_STREQ(p.label, labels[i]);
-        EXPECT_EQ(p.category, 0);
-        EXPECT_EQ(p.stepFloat, 0.f);
+        const char* product;
+        const char* vendor;
+        VstIntPtr result;
+        bool misreads;
+    } hosts[] = {
+        {"Ardour", "Linux Audio Systems", 0, true}, // fills the names, answers 0
+        {"Mixbus", "Linux Audio Systems", 0, true},
+        {"Carla", "falkTX", 1, true},
+        {"Carla-Discovery", "falkTX", 1, true},
+        {"Qtractor", "rncbc.org", 1, true},
+        {"qtractor", "", 1, true},
+        {"NativeVST", "MusE", 1, true},
+        {nullptr, nullptr, 0, false}, // names itself nothing
+        {"", "", 1, false},
+        {"REAPER", "Cockos", 1, false},
+        {"Bitwig Studio", "Bitwig", 1, false},
+        {"JUCE Plugin Host", "Raw Material Software", 1, false},
+        {"Ardou", "Linux Audio", 1, false},
+    };
+    for (const auto& h : hosts)
+    {
+        HostHarness host;
+        HostHarness::productAnswer = h.product;
+        HostHarness::vendorAnswer = h.vendor;
+        HostHarness::nameResult = h.result;
+        ASSERT_NE(host.Create(), nullptr);
+        const std::string who = h.product ? h.product : "(nothing)";
+        for (int pass = 0; pass < 2; ++pass)
+            for (int i = 0; i < 12; ++i)
+            {
+                VstParameterProperties p, expected;
+                std::memset(&p, 0xAB, sizeof(p));
+                std::memset(&expected, 0, sizeof(expected));
+                VstIntPtr answer = host.Dispatch(effGetParameterProperties, i, 0, &p);
+                if (h.misreads)
+                {
+                    EXPECT_EQ(answer, 0) << who << " " << i;
+                    EXPECT_EQ(p.flags, 0) << who << " " << i;
+                    continue;
+                }
+                std::strcpy(expected.label, labels[i]);
+                bool isSwitch = i == 0 || i == 9 || i == 10;
+                expected.flags = isSwitch ? 11 : 10;
+                expected.minInteger = ranges[i][0];
+                expected.maxInteger = ranges[i][1];
+                expected.stepInteger = 128;
+                expected.largeStepInteger = 256;
+                expected.displayIndex = (VstInt16)i;
+                EXPECT_EQ(answer, 1) << who << " " << i;
+                EXPECT_EQ(std::memcmp(&p, &expected, sizeof(p)), 0) << who << " " << i;
+            }
+        int asked[2] = {0, 0};
+        for (const HostCall& call : HostHarness::calls)
+            if (call.opcode == 32 || call.opcode == 33)
+                ++asked[call.opcode - 32];
+        EXPECT_EQ(asked[0], 1) << who;
+        EXPECT_EQ(asked[1], 1) << who;
     }
-    VstParameterProperties p;
-    host.Dispatch(effGetParameterProperties, 4, 0, &p);
-    EXPECT_EQ(p.minInteger, 1);
-    EXPECT_EQ(p.maxInteger, 64);
-    host.Dispatch(effGetParameterProperties, 1, 0, &p);
-    EXPECT_EQ(p.minInteger, 0);
-    EXPECT_EQ(p.maxInteger, 10);
-    host.Dispatch(effGetParameterProperties, 7, 0, &p);
-    EXPECT_EQ(p.minInteger, 2000);
-    EXPECT_EQ(p.maxInteger, 20000);
 }
 
 TEST_F(PluginSo, MainsSwitchDrivesOnOff)
