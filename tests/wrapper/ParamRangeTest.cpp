@@ -1,0 +1,94 @@
+// Display units <-> normalised values of the LV2 and CLAP parameters.
+#include "ADeEsserProgram.h"
+#include "ParamRange.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <set>
+#include <string>
+
+namespace
+{
+struct Case
+{
+    const char* symbol;
+    float plain;
+    float normalised;
+};
+
+TEST(ParamRange, DisplayValuesMapToTheStoredNormalisedValues)
+{
+    const Case cases[] = {
+        {"threshold", -30.f, 0.7f}, // exactly what setParameter(3, 0.7) stores
+        {"threshold", -150.f, 0.f}, // clamped to the range
+        {"ratio", 4.f, 3.f / 63.f},
+        {"ratio", 100.f, 1.f},
+        {"attack", 10.f, 0.5f},
+        {"release", 4.f, 1.f},
+        {"release", 0.f, 0.f},
+        {"low_freq", 4000.f, 2000.f / 18000.f},
+        {"high_freq", 30000.f, 1.f},
+        {"output", 6.f, (2.f - 0.001f) / 9.999f}, // 6 dB per doubling: gain 2
+        {"output", 40.f, 1.f},
+        {"input", -6.f, (0.5f - 0.001f) / 0.999f},
+        {"input", 3.f, 1.f},
+        {"power", 0.5f, 1.f}, // a switch is on above 0
+        {"power", 0.f, 0.f},
+        {"side_chain", -1.f, 0.f},
+        {"auto_threshold", 2.f, 1.f},
+    };
+    for (const Case& c : cases)
+    {
+        const int index = FindParamBySymbol(c.symbol);
+        ASSERT_GE(index, 0) << c.symbol;
+        EXPECT_NEAR(PlainToNormalised(index, c.plain), c.normalised, 2e-7f)
+            << c.symbol << " " << c.plain;
+    }
+    EXPECT_EQ(PlainToNormalised(kParamThreshold, -30.f), 0.7f);
+    EXPECT_TRUE(std::isnan(PlainToNormalised(kParamRatio, NAN)));
+}
+
+TEST(ParamRange, StoredValuesShowAsDisplayValues)
+{
+    EXPECT_FLOAT_EQ(NormalisedToPlain(kParamThreshold, 0.7f), -30.f);
+    EXPECT_FLOAT_EQ(NormalisedToPlain(kParamRelease, 1.f), 4.f);
+    EXPECT_NEAR(NormalisedToPlain(kParamOutput, 1.f), 19.93f, 0.01f);
+    EXPECT_NEAR(NormalisedToPlain(kParamInput, 0.f), -59.79f, 0.01f);
+    // Out-of-range stored values stay inside the display range.
+    EXPECT_FLOAT_EQ(NormalisedToPlain(kParamHiFreq, 1.5f), 20000.f);
+    // A switch shows on only from 1, as the effect's own display does.
+    EXPECT_EQ(NormalisedToPlain(kParamOnOff, 0.99f), 0.f);
+    EXPECT_EQ(NormalisedToPlain(kParamSideChain, 1.f), 1.f);
+}
+
+TEST(ParamRange, RangesDefaultsAndSymbols)
+{
+    const ADeEsserProgram fresh;
+    std::set<std::string> symbols;
+    for (int i = 0; i < kNumParams; ++i)
+    {
+        const ParamRange& r = GetParamRange(i);
+        symbols.insert(r.symbol);
+        EXPECT_EQ(FindParamBySymbol(r.symbol), i);
+        EXPECT_LT(r.minPlain, r.maxPlain) << r.symbol;
+        EXPECT_GE(r.defaultPlain, r.minPlain) << r.symbol;
+        EXPECT_LE(r.defaultPlain, r.maxPlain) << r.symbol;
+        // The default is the fresh program's value, bit for bit.
+        EXPECT_EQ(PlainToNormalised(i, r.defaultPlain), fresh.values[i]) << r.symbol;
+    }
+    EXPECT_EQ(symbols.size(), (size_t)kNumParams);
+    EXPECT_EQ(FindParamBySymbol("Threshold"), -1);
+    EXPECT_EQ(FindParamBySymbol(nullptr), -1);
+
+    EXPECT_NEAR(GetParamRange(kParamOutput).minPlain, -59.79f, 0.01f);
+    EXPECT_NEAR(GetParamRange(kParamOutput).maxPlain, 19.93f, 0.01f);
+    EXPECT_EQ(GetParamRange(kParamInput).maxPlain, 0.f);
+    EXPECT_EQ(GetParamRange(kParamThreshold).minPlain, -100.f);
+    EXPECT_EQ(GetParamRange(kParamRatio).maxPlain, 64.f);
+    EXPECT_FLOAT_EQ(GetParamRange(kParamRelease).minPlain, 0.01f);
+    EXPECT_EQ(GetParamRange(kParamLowFreq).maxPlain, 20000.f);
+    EXPECT_TRUE(GetParamRange(kParamAutoThreshold).toggled);
+    EXPECT_FALSE(GetParamRange(kParamAttack).toggled);
+}
+} // namespace

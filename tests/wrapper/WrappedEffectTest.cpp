@@ -1,0 +1,165 @@
+// The effect driven through CWrappedEffect: its host callback, the bundle
+// folder as the plug-in's directory, block splitting and parameters in
+// display units.
+#include "ADeEsser.h"
+#include "BankFile.h"
+#include "CEditorPump.h"
+#include "CWrappedEffect.h"
+#include "FakeEditor.h"
+#include "IWrapperListener.h"
+#include "ParamRange.h"
+#include "TestFiles.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstring>
+#include <string>
+#include <vector>
+
+namespace
+{
+struct RecordingListener : IWrapperListener
+{
+    void OnBeginEdit(int index) override { log += "begin " + std::to_string(index) + ";"; }
+    void OnParamEdited(int index, float value) override
+    {
+        log += "edit " + std::to_string(index) + ";";
+        values.push_back(value);
+    }
+    void OnEndEdit(int index) override { log += "end " + std::to_string(index) + ";"; }
+    void OnUpdateDisplay() override { log += "update;"; }
+    std::string log;
+    std::vector<float> values;
+};
+
+class WrappedEffectTest : public ::testing::Test
+{
+protected:
+    TempDir m_Config;
+    ScopedEnv m_Env{"XDG_CONFIG_HOME", m_Config.path().c_str()};
+};
+
+TEST_F(WrappedEffectTest, PanelEditsAndProgramChangesReachTheListener)
+{
+    CWrappedEffect wrapped(m_Config.path().c_str());
+    RecordingListener listener;
+    wrapped.SetListener(&listener);
+    ADeEsser& fx = wrapped.Effect();
+
+    fx.setParameterFormUI(kParamRatio, 0.5f);
+    fx.setParameterFromDiaplay(kParamThreshold, -20.f);
+    fx.setParameter(kParamAttack, 0.5f); // from the host: not echoed
+    fx.ProgramToInitial();
+    EXPECT_EQ(listener.log, "edit 4;edit 3;end 3;update;");
+    ASSERT_EQ(listener.values.size(), 2u);
+    EXPECT_EQ(listener.values[0], 0.5f);
+    EXPECT_FLOAT_EQ(listener.values[1], 0.8f);
+}
+
+TEST_F(WrappedEffectTest, FactoryBankComesFromTheBundleFolder)
+{
+    TempDir bundle;
+    std::vector<ADeEsserProgram> bank(kNumPrograms);
+    std::strcpy(bank[0].name, "From Bundle");
+    bank[0].values[kParamThreshold] = 0.25f;
+    ASSERT_TRUE(WriteBankFile((bundle / "DeEsserDef.fxb").c_str(), (uint32_t)kDeEsserUniqueID,
+                              bank.data(), kBankChunkSize));
+
+    CWrappedEffect wrapped(bundle.path().c_str()); // no trailing slash
+    EXPECT_EQ(wrapped.BundleFolder(), bundle.path() + "/");
+    EXPECT_STREQ(wrapped.Effect().GetFactoryProgram(0).name, "From Bundle");
+    EXPECT_EQ(wrapped.GetNormalised(kParamThreshold), 0.25f);
+    EXPECT_FLOAT_EQ(wrapped.GetPlain(kParamThreshold), -75.f);
+}
+
+TEST_F(WrappedEffectTest, ProcessSplitsLongBlocksAndWorksInPlace)
+{
+    constexpr int kFrames = 1000;
+    std::vector<float> left(kFrames), right(kFrames);
+    for (int i = 0; i < kFrames; ++i)
+    {
+        left[i] = 0.5f * std::sin(0.9f * (float)i) + 0.2f * std::sin(0.05f * (float)i);
+        right[i] = 0.4f * std::sin(1.3f * (float)i);
+    }
+
+    // Reference: the effect as a VST host drives it, one block.
+    ADeEsser reference(nullptr);
+    reference.open();
+    reference.setSampleRate(48000.f);
+    reference.setBlockSize(kFrames);
+    reference.resume();
+    reference.startProcess();
+    std::vector<float> refIn[2] = {left, right}, refOut[2] = {left, right};
+    for (int index : {kParamThreshold, kParamRatio, kParamInput})
+        reference.setParameter(index, index == kParamInput ? 0.8f : 0.6f);
+    float* in[2] = {refIn[0].data(), refIn[1].data()};
+    float* out[2] = {refOut[0].data(), refOut[1].data()};
+    reference.processReplacing(in, out, kFrames);
+
+    CWrappedEffect wrapped(m_Config.path().c_str());
+    wrapped.Activate(48000.0, 64);
+    for (int index : {kParamThreshold, kParamRatio, kParamInput})
+        wrapped.SetNormalised(index, index == kParamInput ? 0.8f : 0.6f);
+    std::vector<float> buf[2] = {left, right};
+    float* io[2] = {buf[0].data(), buf[1].data()};
+    wrapped.Process(io, io, kFrames);
+    EXPECT_EQ(buf[0], refOut[0]);
+    EXPECT_EQ(buf[1], refOut[1]);
+
+    float inPeak = 0.f, outPeak = 0.f, reduction = 0.f;
+    wrapped.GetMeters(&inPeak, &outPeak, &reduction);
+    EXPECT_GT(inPeak, 0.f);
+    EXPECT_LT(reduction, 1.f);
+
+    wrapped.Deactivate();
+    wrapped.Process(io, io, kFrames);
+    EXPECT_EQ(buf[0], std::vector<float>(kFrames, 0.f)) << "inactive: silence";
+}
+
+TEST_F(WrappedEffectTest, SetPlainReportsChangesAndIgnoresNonFiniteValues)
+{
+    CWrappedEffect wrapped(m_Config.path().c_str());
+    EXPECT_TRUE(wrapped.SetPlain(kParamThreshold, -30.f));
+    EXPECT_EQ(wrapped.GetNormalised(kParamThreshold), 0.7f);
+    EXPECT_FALSE(wrapped.SetPlain(kParamThreshold, -30.f));
+    EXPECT_FALSE(wrapped.SetPlain(kParamThreshold, NAN));
+    EXPECT_FALSE(wrapped.SetPlain(kParamThreshold, INFINITY));
+    EXPECT_FALSE(wrapped.SetPlain(kNumParams, 1.f));
+    EXPECT_EQ(wrapped.GetNormalised(kParamThreshold), 0.7f);
+    EXPECT_TRUE(wrapped.SetPlain(kParamOnOff, 0.f));
+    EXPECT_EQ(wrapped.GetPlain(kParamOnOff), 0.f);
+}
+} // namespace
+
+namespace
+{
+TEST_F(WrappedEffectTest, EditorPumpOpensOnceWithAParent)
+{
+    CWrappedEffect wrapped(m_Config.path().c_str());
+    FakeEditor* editor = FakeEditorOf(&wrapped.Effect());
+    CEditorPump pump(wrapped.Effect());
+    int width = 0, height = 0;
+    ASSERT_TRUE(pump.GetSize(&width, &height)); // asked before open
+    EXPECT_EQ(width, 300);
+    EXPECT_EQ(height, 200);
+
+    EXPECT_FALSE(pump.Open(0));
+    EXPECT_FALSE(editor->panelOpen);
+    pump.SetScale(NAN);
+    pump.SetScale(8.f);
+    EXPECT_EQ(pump.Scale(), 0.f) << "no usable scale given";
+    pump.SetScale(2.f);
+    EXPECT_EQ(pump.Scale(), 2.f);
+    ASSERT_TRUE(pump.Open(0x1234));
+    EXPECT_TRUE(editor->panelOpen);
+    editor->panelOpen = false; // a second open must not reach the editor
+    EXPECT_TRUE(pump.Open(0x5678));
+    EXPECT_FALSE(editor->panelOpen);
+    pump.Idle();
+    editor->panelOpen = true;
+    pump.Close();
+    EXPECT_FALSE(editor->panelOpen);
+    EXPECT_FALSE(pump.IsOpen());
+}
+} // namespace
