@@ -18,6 +18,8 @@
 #include "CVRXFloatEditWnd.h"
 #include "CVRXNewBitmapTumamiDC.h"
 #include "IDeEsserPanel.h"
+#include "PanelLayout.h"
+#include "ParamTable.h"
 
 class ADeEsser;
 class CDeEsserEditor;
@@ -80,23 +82,24 @@ public:
     void ShowEdit(int value, int min, int max, bool signedInput, int width, CRect rect, int editId);
     void HideEdit();
 
-    // Painting parts (all draw into dc).
-    void DrawFreq1Disp(CDC* dc);
-    void DrawFreq2Disp(CDC* dc);
-    void DrawThresholdDisp(CDC* dc);
-    void DrawAttackDisp(CDC* dc);
-    void DrawReleaseDisp(CDC* dc);
-    void DrawRatioDisp(CDC* dc);
-    void DrawOutDisp(CDC* dc);
-    void DrawInputDisp(CDC* dc);
+    // Painting parts (all draw into dc): the value displays (the parameter's
+    // display text centred and clipped in its box), the meters.
+    void DrawFreq1Disp(CDC* dc) { DrawDisplay(dc, kParamLowFreq); }
+    void DrawFreq2Disp(CDC* dc) { DrawDisplay(dc, kParamHiFreq); }
+    void DrawThresholdDisp(CDC* dc) { DrawDisplay(dc, kParamThreshold); }
+    void DrawAttackDisp(CDC* dc) { DrawDisplay(dc, kParamAttack); }
+    void DrawReleaseDisp(CDC* dc) { DrawDisplay(dc, kParamRelease); }
+    void DrawRatioDisp(CDC* dc) { DrawDisplay(dc, kParamRatio); }
+    void DrawOutDisp(CDC* dc) { DrawDisplay(dc, kParamOutput); }
+    void DrawInputDisp(CDC* dc) { DrawDisplay(dc, kParamInput); }
     void DrawVU(CDC* dc);
     void DrawReductionVU(CDC* dc);
     void DrawClip(CDC* dc);
 
-    // Read access for tests and the editor.
-    CVRXNewBitmapTumamiDC& Knob(int id);
-    CVRXBitmapSliderDC& Fader(int id);
-    CVRXBitmapSwitch2DC& Switch(int id);
+    // Read access for tests and the editor (ids of the layout table).
+    CVRXNewBitmapTumamiDC& Knob(int id) { return static_cast<CVRXNewBitmapTumamiDC&>(Control(id)); }
+    CVRXBitmapSliderDC& Fader(int id) { return static_cast<CVRXBitmapSliderDC&>(Control(id)); }
+    CVRXBitmapSwitch2DC& Switch(int id) { return static_cast<CVRXBitmapSwitch2DC&>(Control(id)); }
     CVRXFloatEditWnd& EntryField() { return m_EditWnd; }
     int GetEditId() const { return m_nEditId; }
     float GetLevelDb(int meter) const { return m_fVU[meter]; } // 0..3: in L, in R, out L, out R
@@ -125,17 +128,21 @@ private:
     ADeEsser* Effect() const;
     void DrawDisplay(CDC* dc, int paramIndex);
     void CopyProgramMenu();
+    CVRXDragControl* DraggedControl();
+    // The control of a control id (an id not in the table gives the copy
+    // button).
+    CVRXControl& Control(int id);
+    static int ControlIndex(int id); // index in kPanelControls, -1 when absent
+    CVRXBitmap& Bmp(int resourceId) { return m_Bmp[resourceId - 5001]; }
 
     CVRXBitmap m_Bmp[20]; // resources 5001..5020
+    CRect m_rcModify;     // the modified lamp
 
-    // Value displays and the modified lamp.
-    CRect m_rcThreshold, m_rcAttack, m_rcRelease, m_rcRatio;
-    CRect m_rcInput, m_rcOutput, m_rcLowFreq, m_rcHiFreq;
-    CRect m_rcModify;
-
-    CVRXNewBitmapTumamiDC m_Threshold, m_Attack, m_Release, m_Ratio, m_LowFreq, m_HiFreq;
-    CVRXBitmapSliderDC m_Input, m_Output;
-    CVRXBitmapSwitch2DC m_Power, m_Copy, m_Listen, m_SideChain, m_AutoThreshold;
+    // The controls, made from the layout table; m_pControls follows its order.
+    CVRXNewBitmapTumamiDC m_Knobs[6];
+    CVRXBitmapSliderDC m_Faders[2];
+    CVRXBitmapSwitch2DC m_Switches[5];
+    CVRXControl* m_pControls[PANEL_CONTROL_COUNT];
 
     CDeEsserEditor* m_pEditor = nullptr; // not owned
     CVRXBitmap* m_pBackground = nullptr; // owned by the editor

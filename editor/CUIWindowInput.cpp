@@ -83,44 +83,31 @@ void CUIWindow::OnLButtonDown(UINT, CPoint point)
         return;
     }
 
-    CVRXNewBitmapTumamiDC* knobs[6] = {&m_Threshold, &m_Attack,  &m_Release,
-                                       &m_Ratio,     &m_LowFreq, &m_HiFreq};
-    for (CVRXNewBitmapTumamiDC* knob : knobs)
+    // Knobs and faders start a drag and take the point at once (a knob jumps
+    // to the pointed angle, a fader's cap to the point); switches toggle; the
+    // copy button opens its menu.
+    for (int i = 0; i < PANEL_CONTROL_COUNT; ++i)
     {
-        if (knob->PtInTumami(point))
+        const PanelControl& c = kPanelControls[i];
+        if (c.kind != PANEL_SWITCH)
         {
+            auto* control = static_cast<CVRXDragControl*>(m_pControls[i]);
+            if (!control->BeginDrag(point))
+                continue;
             CClientDC dc(this);
-            knob->OnMouseMove(point, &dc); // jump to the pointed angle
+            control->OnMouseMove(point, &dc);
             return;
         }
+        auto* sw = static_cast<CVRXBitmapSwitch2DC*>(m_pControls[i]);
+        if (!sw->PtInSwitch(point))
+            continue;
+        if (c.drives == PANEL_DRIVES_COPY_MENU)
+            return CopyProgramMenu();
+        sw->SetValue(sw->GetValue() ? 0 : 1, true);
+        CClientDC dc(this);
+        sw->DrawSwitch(&dc);
+        return;
     }
-
-    CVRXBitmapSliderDC* faders[2] = {&m_Input, &m_Output};
-    for (CVRXBitmapSliderDC* fader : faders)
-    {
-        if (fader->PtInSwitch(point))
-        {
-            CClientDC dc(this);
-            fader->SetValueByPoint(point);
-            fader->DrawSlider(&dc);
-            return;
-        }
-    }
-
-    CVRXBitmapSwitch2DC* switches[4] = {&m_Power, &m_Listen, &m_SideChain, &m_AutoThreshold};
-    for (CVRXBitmapSwitch2DC* sw : switches)
-    {
-        if (sw->PtInSwitch(point))
-        {
-            sw->SetValue(sw->GetValue() ? 0 : 1, true);
-            CClientDC dc(this);
-            sw->DrawSwitch(&dc);
-            return;
-        }
-    }
-
-    if (m_Copy.PtInSwitch(point))
-        CopyProgramMenu();
 }
 
 void CUIWindow::OnLButtonDblClk(UINT flags, CPoint point)
@@ -130,48 +117,36 @@ void CUIWindow::OnLButtonDblClk(UINT flags, CPoint point)
 
 // Drag and release ----------------------------------------------------------
 
+// The control being dragged, or null.
+CVRXDragControl* CUIWindow::DraggedControl()
+{
+    for (int i = 0; i < PANEL_CONTROL_COUNT; ++i)
+    {
+        if (kPanelControls[i].kind == PANEL_SWITCH)
+            continue;
+        auto* control = static_cast<CVRXDragControl*>(m_pControls[i]);
+        if (control->IsDragging())
+            return control;
+    }
+    return nullptr;
+}
+
 void CUIWindow::OnMouseMove(UINT flags, CPoint point)
 {
     CWnd::OnMouseMove(flags, point);
-    CClientDC dc(this);
-    if (m_Threshold.IsDragging())
-        m_Threshold.OnMouseMove(point, &dc);
-    else if (m_Attack.IsDragging())
-        m_Attack.OnMouseMove(point, &dc);
-    else if (m_Release.IsDragging())
-        m_Release.OnMouseMove(point, &dc);
-    else if (m_Ratio.IsDragging())
-        m_Ratio.OnMouseMove(point, &dc);
-    else if (m_Input.IsDragging())
-        m_Input.OnMouseMove(point, &dc);
-    else if (m_Output.IsDragging())
-        m_Output.OnMouseMove(point, &dc);
-    else if (m_LowFreq.IsDragging())
-        m_LowFreq.OnMouseMove(point, &dc);
-    else if (m_HiFreq.IsDragging())
-        m_HiFreq.OnMouseMove(point, &dc);
+    if (CVRXDragControl* control = DraggedControl())
+    {
+        CClientDC dc(this);
+        control->OnMouseMove(point, &dc);
+    }
 }
 
 void CUIWindow::OnLButtonUp(UINT, CPoint point)
 {
+    if (CVRXDragControl* control = DraggedControl())
     {
         CClientDC dc(this);
-        if (m_Threshold.IsDragging())
-            return m_Threshold.OnLButtonUp(point, &dc);
-        if (m_Attack.IsDragging())
-            return m_Attack.OnLButtonUp(point, &dc);
-        if (m_Release.IsDragging())
-            return m_Release.OnLButtonUp(point, &dc);
-        if (m_Ratio.IsDragging())
-            return m_Ratio.OnLButtonUp(point, &dc);
-        if (m_Input.IsDragging())
-            return m_Input.OnLButtonUp(point, &dc);
-        if (m_Output.IsDragging())
-            return m_Output.OnLButtonUp(point, &dc);
-        if (m_LowFreq.IsDragging())
-            return m_LowFreq.OnLButtonUp(point, &dc);
-        if (m_HiFreq.IsDragging())
-            return m_HiFreq.OnLButtonUp(point, &dc);
+        return control->OnLButtonUp(point, &dc);
     }
 
     ADeEsser* effect = Effect();
@@ -247,10 +222,11 @@ LRESULT CUIWindow::OnInputValReturn(WPARAM, LPARAM)
 void CUIWindow::CopyProgramMenu()
 {
     ADeEsser* effect = Effect();
+    CVRXBitmapSwitch2DC& copy = Switch(IDC_COPY);
     {
-        m_Copy.SetValue(m_Copy.GetValue() ? 0 : 1, false);
+        copy.SetValue(copy.GetValue() ? 0 : 1, false);
         CClientDC dc(this);
-        m_Copy.DrawSwitch(&dc);
+        copy.DrawSwitch(&dc);
     }
     CMenu menu;
     menu.CreatePopupMenu();
@@ -269,14 +245,14 @@ void CUIWindow::CopyProgramMenu()
             flags |= MF_CHECKED | MF_DISABLED;
         menu.AppendMenu(flags, IDM_COPYPG_FIRST + slot, utf8);
     }
-    CPoint at(89, 13);
+    CPoint at(kPanelCopyMenuAt.x, kPanelCopyMenuAt.y);
     ClientToScreen(&at);
     menu.TrackPopupMenu(TPM_LEFTALIGN | TPM_RIGHTBUTTON, at.x, at.y, this, nullptr);
     if (m_hWnd)
     {
-        m_Copy.SetValue(0, false);
+        copy.SetValue(0, false);
         CClientDC dc(this);
-        m_Copy.DrawSwitch(&dc);
+        copy.DrawSwitch(&dc);
     }
 }
 
@@ -292,54 +268,22 @@ void CUIWindow::OnSelCopyPg(UINT id)
 void CUIWindow::ChangeControl(int controlId, float value)
 {
     ADeEsser* effect = Effect();
-    if (effect)
+    const int i = ControlIndex(controlId);
+    if (effect && i >= 0)
     {
-        switch (controlId)
+        const int drives = kPanelControls[i].drives;
+        if (drives >= 0)
+            effect->setParameterFormUI(drives, value);
+        else if (drives == PANEL_DRIVES_LISTEN)
+            effect->SetListen(value != 0.f);
+        // Shift-click on power: this program back to its factory setting;
+        // Control-click: every program.
+        if (controlId == IDC_POWER)
         {
-        case IDC_THRESHOLD:
-            effect->setParameterFormUI(kParamThreshold, value);
-            break;
-        case IDC_ATTACK:
-            effect->setParameterFormUI(kParamAttack, value);
-            break;
-        case IDC_RELEASE:
-            effect->setParameterFormUI(kParamRelease, value);
-            break;
-        case IDC_RATIO:
-            effect->setParameterFormUI(kParamRatio, value);
-            break;
-        case IDC_INPUT:
-            effect->setParameterFormUI(kParamInput, value);
-            break;
-        case IDC_OUTPUT:
-            effect->setParameterFormUI(kParamOutput, value);
-            break;
-        case IDC_AUTOTHRESHOLD:
-            effect->setParameterFormUI(kParamAutoThreshold, value);
-            break;
-        case IDC_POWER:
-            effect->setParameterFormUI(kParamOnOff, value);
-            // Shift-click: this program back to its factory setting;
-            // Control-click: every program.
             if (GetKeyState(VK_SHIFT) < 0)
                 effect->ProgramToFactory();
             else if (GetKeyState(VK_CONTROL) < 0)
                 effect->ProgramToAllFactory();
-            break;
-        case IDC_LOWFREQ:
-            effect->setParameterFormUI(kParamLowFreq, value);
-            break;
-        case IDC_HIFREQ:
-            effect->setParameterFormUI(kParamHiFreq, value);
-            break;
-        case IDC_LISTEN:
-            effect->SetListen(value != 0.f);
-            break;
-        case IDC_SIDECHAIN:
-            effect->setParameterFormUI(kParamSideChain, value);
-            break;
-        default:
-            break;
         }
     }
     if (m_hWnd)
@@ -353,46 +297,21 @@ void CUIWindow::UpdateControl(int index, float value)
     if (index < 0 || index >= kNumParams || !m_hWnd)
         return;
     CClientDC dc(this);
-    switch (index)
+    for (int i = 0; i < PANEL_CONTROL_COUNT; ++i)
     {
-    case kParamOnOff:
-        m_Power.SetValue((int)NormalizeValToDWValue(index, value), false);
-        m_Power.DrawSwitch(&dc);
-        break;
-    case kParamSideChain:
-        m_SideChain.SetValue((int)NormalizeValToDWValue(index, value), false);
-        m_SideChain.DrawSwitch(&dc);
-        break;
-    case kParamAutoThreshold:
-        m_AutoThreshold.SetValue((int)NormalizeValToDWValue(index, value), false);
-        m_AutoThreshold.DrawSwitch(&dc);
-        break;
-    case kParamOutput:
-        m_Output.SetValue(value, &dc, false);
-        break;
-    case kParamInput:
-        m_Input.SetValue(value, &dc, false);
-        break;
-    case kParamThreshold:
-        m_Threshold.SetValue(value, &dc, false);
-        break;
-    case kParamRatio:
-        m_Ratio.SetValue(value, &dc, false);
-        break;
-    case kParamAttack:
-        m_Attack.SetValue(value, &dc, false);
-        break;
-    case kParamRelease:
-        m_Release.SetValue(value, &dc, false);
-        break;
-    case kParamLowFreq:
-        m_LowFreq.SetValue(value, &dc, false);
-        break;
-    case kParamHiFreq:
-        m_HiFreq.SetValue(value, &dc, false);
-        break;
-    default:
-        break;
+        const PanelControl& c = kPanelControls[i];
+        if (c.drives != index)
+            continue;
+        if (c.kind == PANEL_KNOB)
+            static_cast<CVRXNewBitmapTumamiDC*>(m_pControls[i])->SetValue(value, &dc, false);
+        else if (c.kind == PANEL_FADER)
+            static_cast<CVRXBitmapSliderDC*>(m_pControls[i])->SetValue(value, &dc, false);
+        else
+        {
+            auto* sw = static_cast<CVRXBitmapSwitch2DC*>(m_pControls[i]);
+            sw->SetValue((int)NormalizeValToDWValue(index, value), false);
+            sw->DrawSwitch(&dc);
+        }
     }
     InvalidateRect(&m_rcModify, TRUE);
 }

@@ -9,9 +9,7 @@ void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVR
                               bool logarithmic, bool reversed, bool hideCap, bool snapToEnds,
                               VRXCONTROLCALLBACK callback, void* owner)
 {
-    m_Rect = rect;
-    m_DispRect = displayRect;
-    m_pParent = parent;
+    Setup(id, rect, displayRect, parent, callback, owner);
     m_pTrack = track;
     m_pThird = third;
     m_pCap = cap;
@@ -19,14 +17,11 @@ void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVR
     m_fMax = max;
     m_StartPoint = start;
     m_EndPoint = end;
-    m_nID = id;
     m_nOrientation = orientation;
     m_bLog = logarithmic;
     m_bReverse = reversed;
     m_bHideCap = hideCap;
     m_bSnap = snapToEnds;
-    m_pCallback = callback;
-    m_pOwner = owner;
     m_bDragging = false;
     m_bEnable = true;
     m_fValue = min;
@@ -41,12 +36,6 @@ void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVR
     }
 }
 
-void CVRXBitmapSliderDC::InvalidateDisplay()
-{
-    if (!m_DispRect.IsRectEmpty() && m_pParent && m_pParent->GetSafeHwnd())
-        m_pParent->InvalidateRect(&m_DispRect, TRUE);
-}
-
 void CVRXBitmapSliderDC::SetValue(float value, CDC* dc, bool notify)
 {
     if (value < m_fMin)
@@ -56,8 +45,8 @@ void CVRXBitmapSliderDC::SetValue(float value, CDC* dc, bool notify)
     if (value != m_fValue)
     {
         m_fValue = value;
-        if (notify && m_pCallback)
-            m_pCallback((int)m_nID, m_fValue, m_pOwner);
+        if (notify)
+            Notify(m_fValue);
     }
     if (dc)
         DrawSlider(dc);
@@ -100,22 +89,6 @@ void CVRXBitmapSliderDC::DrawSlider(CDC* dc)
     dc->BitBlt(m_Rect.left, m_Rect.top, m_nTrackWidth, m_nTrackHeight, &work, 0, 0, SRCCOPY);
 }
 
-bool CVRXBitmapSliderDC::PtInSwitch(CPoint point)
-{
-    if (!m_bEnable || !m_Rect.PtInRect(point))
-        return false;
-    if (m_pParent && m_pParent->GetSafeHwnd())
-        m_pParent->SetCapture();
-    m_bDragging = true;
-    return true;
-}
-
-void CVRXBitmapSliderDC::SetNewRect(CRect& rect, CRect& displayRect)
-{
-    m_Rect = rect;
-    m_DispRect = displayRect;
-}
-
 void CVRXBitmapSliderDC::SetValueByPoint(CPoint point)
 {
     const int pos = m_nOrientation ? point.y - m_Rect.top : point.x - m_Rect.left;
@@ -142,25 +115,5 @@ void CVRXBitmapSliderDC::SetValueByPoint(CPoint point)
         return;
     m_fValue = value;
     InvalidateDisplay();
-    if (m_pCallback)
-        m_pCallback((int)m_nID, m_fValue, m_pOwner);
-}
-
-void CVRXBitmapSliderDC::OnMouseMove(CPoint point, CDC* dc)
-{
-    if (!m_bDragging)
-        return;
-    SetValueByPoint(point);
-    DrawSlider(dc);
-}
-
-void CVRXBitmapSliderDC::OnLButtonUp(CPoint point, CDC* dc)
-{
-    if (!m_bDragging)
-        return;
-    if (m_pParent && m_pParent->GetSafeHwnd())
-        m_pParent->ReleaseCapture();
-    m_bDragging = false;
-    SetValueByPoint(point);
-    DrawSlider(dc);
+    Notify(m_fValue);
 }

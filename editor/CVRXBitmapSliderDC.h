@@ -6,11 +6,10 @@
 // Thread: UI only.
 #pragma once
 
-#include "AfxWin.h"
 #include "CVRXBitmap.h"
-#include "VRXControlCallback.h"
+#include "CVRXDragControl.h"
 
-class CVRXBitmapSliderDC
+class CVRXBitmapSliderDC : public CVRXDragControl
 {
 public:
     CVRXBitmapSliderDC() = default;
@@ -27,35 +26,30 @@ public:
     // dc when given.
     void SetValue(float value, CDC* dc, bool notify);
     void DrawSlider(CDC* dc);
-    void GetRect(CRect* rect) const { *rect = m_Rect; }
+    void Paint(CDC* dc) override { DrawSlider(dc); }
     // Accepts a press inside the fader while enabled: captures the mouse and
     // starts a drag.
-    bool PtInSwitch(CPoint point);
-    void SetNewRect(CRect& rect, CRect& displayRect);
-    void OnMouseMove(CPoint point, CDC* dc);
+    bool PtInSwitch(CPoint point) { return BeginDrag(point); }
     // Maps a parent point to a value; calls back when it changed.
     void SetValueByPoint(CPoint point);
-    void OnLButtonUp(CPoint point, CDC* dc);
     float GetValue() const { return m_fValue; }
 
-    bool IsDragging() const { return m_bDragging; }
     // Travel coordinate of the cap's centre for the current value (y for a
     // vertical fader), relative to the control rectangle.
     double GetCapCentre() const;
 
 private:
-    void InvalidateDisplay();
+    bool AcceptsPress() const override { return m_bEnable; }
+    void DragTo(CPoint point) override { SetValueByPoint(point); }
 
     float m_fMin = 0.f;
     float m_fMax = 1.f;
     CPoint m_StartPoint; // minimum end of the travel
     CPoint m_EndPoint;   // maximum end of the travel
-    unsigned m_nID = 0;
     int m_nOrientation = 1;
     CVRXBitmap* m_pTrack = nullptr;
     CVRXBitmap* m_pCap = nullptr;
     CVRXBitmap* m_pThird = nullptr;
-    bool m_bDragging = false;
     float m_fValue = 0.f;
     bool m_bHideCap = false;
     bool m_bLog = false;
@@ -65,10 +59,5 @@ private:
     bool m_bSnap = false;
     int m_nTrackWidth = 0;
     int m_nTrackHeight = 0;
-    CRect m_Rect;
-    CWnd* m_pParent = nullptr;
-    VRXCONTROLCALLBACK m_pCallback = nullptr;
-    void* m_pOwner = nullptr;
     bool m_bEnable = true;
-    CRect m_DispRect; // value display, invalidated on every change
 };

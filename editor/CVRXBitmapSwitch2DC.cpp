@@ -5,26 +5,15 @@ void CVRXBitmapSwitch2DC::Make(CRect& rect, CWnd* parent, CVRXBitmap* image0, CV
                                unsigned id, CRect& displayRect, bool latched,
                                CVRXBitmap* disableImage, VRXCONTROLCALLBACK callback, void* owner)
 {
-    m_nID = id;
+    Setup(id, rect, displayRect, parent, callback, owner);
     m_pBmp0 = image0;
     m_pBmp1 = image1;
-    m_Rect = rect;
-    m_DispRect = displayRect;
-    m_pParent = parent;
     m_nValue = 0;
     m_bDown = false;
     m_bLatch = latched;
     m_pDisableBmp = disableImage;
     m_bEnable = true;
     m_bSelect = false;
-    m_pCallback = callback;
-    m_pOwner = owner;
-}
-
-void CVRXBitmapSwitch2DC::SetNewRect(CRect& rect, CRect& displayRect)
-{
-    m_Rect = rect;
-    m_DispRect = displayRect;
 }
 
 void CVRXBitmapSwitch2DC::SetValue(int value, bool notify)
@@ -36,8 +25,8 @@ void CVRXBitmapSwitch2DC::SetValue(int value, bool notify)
     if (value == m_nValue)
         return;
     m_nValue = value;
-    if (notify && m_pCallback)
-        m_pCallback((int)m_nID, (float)value, m_pOwner);
+    if (notify)
+        Notify((float)value);
 }
 
 void CVRXBitmapSwitch2DC::DrawSwitch(CDC* dc)

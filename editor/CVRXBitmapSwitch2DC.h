@@ -6,11 +6,10 @@
 // Thread: UI only.
 #pragma once
 
-#include "AfxWin.h"
 #include "CVRXBitmap.h"
-#include "VRXControlCallback.h"
+#include "CVRXControl.h"
 
-class CVRXBitmapSwitch2DC
+class CVRXBitmapSwitch2DC : public CVRXControl
 {
 public:
     CVRXBitmapSwitch2DC() = default;
@@ -18,11 +17,11 @@ public:
     void Make(CRect& rect, CWnd* parent, CVRXBitmap* image0, CVRXBitmap* image1, unsigned id,
               CRect& displayRect, bool latched, CVRXBitmap* disableImage,
               VRXCONTROLCALLBACK callback, void* owner);
-    void SetNewRect(CRect& rect, CRect& displayRect);
     void SetDisableBmp(CVRXBitmap* disableImage) { m_pDisableBmp = disableImage; }
     void Enable(bool enable) { m_bEnable = enable; }
     bool IsEnabled() const { return m_bEnable; }
     void DrawSwitch(CDC* dc);
+    void Paint(CDC* dc) override { DrawSwitch(dc); }
     void SetSelect(bool select) { m_bSelect = select; }
     bool IsSelected() const { return m_bSelect; }
     // Ignored while disabled, and by a latched switch that is on; calls back
@@ -30,7 +29,6 @@ public:
     void SetValue(int value, bool notify);
     int GetValue() const { return m_nValue; }
     bool PtInSwitch(CPoint point) const { return m_Rect.PtInRect(point); }
-    void GetRect(CRect* rect) const { *rect = m_Rect; }
 
     // Self-contained push handling for panels that want it: a press inside
     // sets the pressed look, the release inside toggles the value.
@@ -43,7 +41,6 @@ public:
     bool IsDown() const { return m_bDown; }
 
 private:
-    unsigned m_nID = 0;
     bool m_bDown = false;  // pressed look
     bool m_bLatch = false; // once on, stays on
     CVRXBitmap* m_pBmp0 = nullptr;
@@ -52,9 +49,4 @@ private:
     int m_nValue = 0;
     bool m_bSelect = false;
     bool m_bEnable = true;
-    CRect m_DispRect;
-    CRect m_Rect;
-    CWnd* m_pParent = nullptr;
-    VRXCONTROLCALLBACK m_pCallback = nullptr;
-    void* m_pOwner = nullptr;
 };

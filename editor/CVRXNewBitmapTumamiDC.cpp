@@ -8,30 +8,19 @@ void CVRXNewBitmapTumamiDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, 
                                  float endAngle, int option, bool logarithmic,
                                  VRXCONTROLCALLBACK callback, void* owner)
 {
-    m_nID = id;
+    Setup(id, rect, displayRect, parent, callback, owner);
     m_pStrip = strip;
-    m_pParent = parent;
     m_fMin = min;
     m_fMax = max;
-    m_Rect = rect;
-    m_DispRect = displayRect;
     m_fStartAngle = startAngle;
     m_fEndAngle = endAngle;
     m_nOption = option;
     m_bLog = logarithmic;
-    m_pCallback = callback;
-    m_pOwner = owner;
     m_bDragging = false;
     m_fValue = 65535.f;
     m_fLastDragValue = 65535.f;
     SetValue(min + (max - min) * 0.5f, nullptr, false);
     m_fStep = frames > 1 ? (max - min) / (float)(frames - 1) : (max - min);
-}
-
-void CVRXNewBitmapTumamiDC::InvalidateDisplay()
-{
-    if (!m_DispRect.IsRectEmpty() && m_pParent && m_pParent->GetSafeHwnd())
-        m_pParent->InvalidateRect(&m_DispRect, TRUE);
 }
 
 void CVRXNewBitmapTumamiDC::SetValue(float value, CDC* dc, bool notify)
@@ -47,8 +36,8 @@ void CVRXNewBitmapTumamiDC::SetValue(float value, CDC* dc, bool notify)
     m_dAngle = m_fStartAngle +
                (span != 0.f ? (m_fEndAngle - m_fStartAngle) * (value - m_fMin) / span : 0.f);
     m_fLastDragValue = value;
-    if (notify && m_pCallback)
-        m_pCallback((int)m_nID, m_fValue, m_pOwner);
+    if (notify)
+        Notify(m_fValue);
     if (dc)
         Draw(dc);
     InvalidateDisplay();
@@ -102,8 +91,7 @@ void CVRXNewBitmapTumamiDC::SetValue(CPoint point)
     m_dAngle = angle;
     m_fLastDragValue = value;
     InvalidateDisplay();
-    if (m_pCallback)
-        m_pCallback((int)m_nID, m_fValue, m_pOwner);
+    Notify(m_fValue);
 }
 
 int CVRXNewBitmapTumamiDC::GetIndexValue() const
@@ -144,40 +132,4 @@ void CVRXNewBitmapTumamiDC::Draw(CDC* dc)
     CBitmap* old = mem.SelectObject(m_pStrip);
     dc->BitBlt(m_Rect.left, m_Rect.top, m_Rect.Width(), h, &mem, 0, k * h, SRCCOPY);
     mem.SelectObject(old);
-}
-
-void CVRXNewBitmapTumamiDC::SetNewRect(CRect& rect, CRect& displayRect)
-{
-    m_Rect = rect;
-    m_DispRect = displayRect;
-}
-
-bool CVRXNewBitmapTumamiDC::PtInTumami(CPoint point)
-{
-    if (!m_Rect.PtInRect(point))
-        return false;
-    if (m_pParent && m_pParent->GetSafeHwnd())
-        m_pParent->SetCapture();
-    m_bDragging = true;
-    return true;
-}
-
-void CVRXNewBitmapTumamiDC::OnMouseMove(CPoint point, CDC* dc)
-{
-    if (!m_bDragging)
-        return;
-    SetValue(point);
-    Draw(dc);
-}
-
-void CVRXNewBitmapTumamiDC::OnLButtonUp(CPoint point, CDC* dc)
-{
-    if (!m_bDragging)
-        return;
-    if (m_pParent && m_pParent->GetSafeHwnd())
-        m_pParent->ReleaseCapture();
-    m_bDragging = false;
-    SetValue(point);
-    m_fLastDragValue = -1.f;
-    Draw(dc);
 }

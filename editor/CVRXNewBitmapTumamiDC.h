@@ -6,11 +6,10 @@
 // Thread: UI only.
 #pragma once
 
-#include "AfxWin.h"
 #include "CVRXBitmap.h"
-#include "VRXControlCallback.h"
+#include "CVRXDragControl.h"
 
-class CVRXNewBitmapTumamiDC
+class CVRXNewBitmapTumamiDC : public CVRXDragControl
 {
 public:
     CVRXNewBitmapTumamiDC() = default;
@@ -25,31 +24,25 @@ public:
     // Drag: maps a parent point to an angle and a value; calls back always.
     void SetValue(CPoint point);
     void Draw(CDC* dc);
+    void Paint(CDC* dc) override { Draw(dc); }
 
     float GetValue() const { return m_fValue; }
     int GetIndexValue() const;
-    void GetRect(CRect* rect) const { *rect = m_Rect; }
-    void SetNewRect(CRect& rect, CRect& displayRect);
     // Accepts a press inside the knob: captures the mouse, starts a drag.
-    bool PtInTumami(CPoint point);
-    void OnMouseMove(CPoint point, CDC* dc);
-    void OnLButtonUp(CPoint point, CDC* dc);
+    bool PtInTumami(CPoint point) { return BeginDrag(point); }
 
-    bool IsDragging() const { return m_bDragging; }
     double GetAngle() const { return m_dAngle; }
     // Frame of the strip that Draw shows for the current value.
     int GetFrameIndex() const;
 
 private:
-    void InvalidateDisplay();
+    void DragTo(CPoint point) override { SetValue(point); }
+    void OnDragEnd() override { m_fLastDragValue = -1.f; }
 
-    unsigned m_nID = 0;
     CVRXBitmap* m_pStrip = nullptr;
-    CWnd* m_pParent = nullptr;
     float m_fMin = 0.f;
     float m_fMax = 1.f;
     float m_fValue = 65535.f; // 65535: not set yet
-    CRect m_Rect;
     float m_fStartAngle = 0.f;
     float m_fEndAngle = 360.f;
     int m_nOption = 0; // kept for the caller; no effect here
@@ -59,8 +52,4 @@ private:
     float m_fLastDragValue = 65535.f;
     float m_fStep = 1.f; // value per frame
     bool m_bLog = false;
-    bool m_bDragging = false;
-    VRXCONTROLCALLBACK m_pCallback = nullptr;
-    void* m_pOwner = nullptr;
-    CRect m_DispRect; // value display, invalidated on every change
 };

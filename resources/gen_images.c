@@ -14,6 +14,8 @@
 #include <stdlib.h>
 #include <string.h>
 
+#include "PanelLayout.h"
+
 #ifndef M_PI
 #define M_PI 3.14159265358979323846
 #endif
@@ -34,10 +36,7 @@ static const Rgb kPrintDim = {0.640, 0.660, 0.680}; /* scale figures and ticks *
 static const Rgb kLcd = {0.760, 0.800, 0.725};      /* value displays: text is RGB(72,72,72) */
 static const Rgb kAmber = {1.000, 0.650, 0.150};
 
-#define PANEL_W 460
-#define PANEL_H 210
 #define KNOB_SIZE 34
-#define KNOB_FRAMES 61
 #define FADER_W 16
 #define FADER_H 133
 #define CAP_H 12
@@ -49,26 +48,15 @@ static const Rgb kAmber = {1.000, 0.650, 0.150};
 static const char* kLabelFont = "DejaVu Sans Condensed";
 static const char* kTitleFont = "DejaVu Sans";
 
-/* Control rectangles of the panel (left, top, right, bottom; right and bottom exclusive). */
-typedef struct
+/* Where the panel puts its controls (PanelLayout.h); the background is drawn around them. */
+static const PanelRect* control_rect(int id)
 {
-    int l, t, r, b;
-} Rect;
-
-static const Rect kKnobs[] = {{99, 54, 133, 88},    {99, 139, 133, 173}, {262, 66, 296, 100},
-                              {262, 141, 296, 175}, {333, 66, 367, 100}, {333, 141, 367, 175}};
-static const Rect kDisplays[] = {{14, 186, 48, 200},   {404, 186, 438, 200}, {92, 93, 140, 107},
-                                 {92, 178, 140, 192},  {255, 105, 303, 119}, {255, 180, 303, 194},
-                                 {326, 105, 374, 119}, {326, 180, 374, 194}};
-static const Rect kPowerRect = {23, 7, 52, 27};
-static const Rect kCopyRect = {64, 10, 89, 27};
-static const Rect kLampRect = {141, 10, 184, 26};
-static const Rect kSaveRect = {195, 10, 238, 26};
-static const Rect kSmallSwitches[] = {{168, 68, 182, 80}, {168, 85, 182, 97}, {305, 56, 319, 68}};
-static const int kInputFaderX = 48, kOutputFaderX = 403, kFaderY = 45;
-static const int kMeterX[] = {29, 38, 422, 431};
-static const int kMeterY = 45;
-static const int kGrX = 198, kGrY = 55;
+    for (int i = 0; i < PANEL_CONTROL_COUNT; ++i)
+        if (kPanelControls[i].id == id)
+            return &kPanelControls[i].rect;
+    fprintf(stderr, "gen_images: no control %d in the layout\n", id);
+    exit(1);
+}
 
 /* ---------------------------------------------------------------- helpers */
 
@@ -219,7 +207,7 @@ static void line(cairo_t* cr, double x0, double y0, double x1, double y1, double
 }
 
 /* A cut-out in the panel that an opaque image fills: shadowed upper edge, lit lower edge. */
-static void cutout(cairo_t* cr, Rect r, double margin, double radius)
+static void cutout(cairo_t* cr, PanelRect r, double margin, double radius)
 {
     double x = r.l - margin, y = r.t - margin;
     double w = r.r - r.l + 2 * margin, h = r.b - r.t + 2 * margin;
@@ -432,14 +420,14 @@ static void draw_knob(cairo_t* cr, double ox, double oy, double angle)
 
 static cairo_surface_t* make_knob_strip(void)
 {
-    cairo_surface_t* s = new_surface(KNOB_SIZE, KNOB_SIZE * KNOB_FRAMES);
+    cairo_surface_t* s = new_surface(KNOB_SIZE, KNOB_SIZE * PANEL_KNOB_FRAMES);
     cairo_t* cr = new_context(s);
-    for (int k = 0; k < KNOB_FRAMES; ++k)
+    for (int k = 0; k < PANEL_KNOB_FRAMES; ++k)
     {
         cairo_save(cr);
         cairo_rectangle(cr, 0, k * KNOB_SIZE, KNOB_SIZE, KNOB_SIZE);
         cairo_clip(cr);
-        draw_knob(cr, 0, k * KNOB_SIZE, 30.0 + 300.0 * k / (KNOB_FRAMES - 1));
+        draw_knob(cr, 0, k * KNOB_SIZE, 30.0 + 300.0 * k / (PANEL_KNOB_FRAMES - 1));
         cairo_restore(cr);
     }
     finish(cr);
@@ -531,6 +519,13 @@ static cairo_surface_t* two_state(int w, int h, FaceFn face, int on)
     return s;
 }
 
+/* The two states of a switch, sized to its rectangle in the layout. */
+static cairo_surface_t* switch_images(int id, FaceFn face, int on)
+{
+    const PanelRect* r = control_rect(id);
+    return two_state(r->r - r->l, r->b - r->t, face, on);
+}
+
 static void power_face(cairo_t* cr, double x, double y, double w, double h, int pressed, int on)
 {
     const Rgb green = {0.30, 1.00, 0.38};
@@ -618,12 +613,20 @@ static cairo_surface_t* make_lamp(void)
 
 /* ---------------------------------------------------------------- faders */
 
+/* A new image filled with the panel's face colour, and a context on it in *cr. */
+static cairo_surface_t* panel_face(int w, int h, cairo_t** cr)
+{
+    cairo_surface_t* s = new_surface(w, h);
+    *cr = new_context(s);
+    rgb(*cr, kPanel, 1);
+    cairo_paint(*cr);
+    return s;
+}
+
 static cairo_surface_t* make_fader_track(void)
 {
-    cairo_surface_t* s = new_surface(FADER_W, FADER_H);
-    cairo_t* cr = new_context(s);
-    rgb(cr, kPanel, 1);
-    cairo_paint(cr);
+    cairo_t* cr;
+    cairo_surface_t* s = panel_face(FADER_W, FADER_H, &cr);
     /* Slot from the cap's lowest to highest centre with a little overrun. */
     double x = 6, w = 4, y = 2, h = FADER_H - 4;
     cairo_set_source_rgba(cr, 1, 1, 1, 0.13);
@@ -646,10 +649,8 @@ static cairo_surface_t* make_fader_track(void)
 
 static cairo_surface_t* make_fader_cap(void)
 {
-    cairo_surface_t* s = new_surface(FADER_W, CAP_H);
-    cairo_t* cr = new_context(s);
-    rgb(cr, kPanel, 1);
-    cairo_paint(cr);
+    cairo_t* cr;
+    cairo_surface_t* s = panel_face(FADER_W, CAP_H, &cr);
     cairo_set_source_rgba(cr, 0, 0, 0, 0.8);
     rounded_rect(cr, 0, 0, 16, 12, 1.8);
     cairo_fill(cr);
@@ -756,7 +757,7 @@ static double fader_y_for_db(double db, double gainMax)
     double v = (gain - 0.001) / (gainMax - 0.001);
     double t = log10(9 * v + 1);
     double s = FADER_H - CAP_H / 2, e = CAP_H / 2;
-    return kFaderY + s - t * (s - e);
+    return control_rect(104)->t + s - t * (s - e);
 }
 
 static void fader_scale(cairo_t* cr, double gainMax, const double* marks, int n, double tickX,
@@ -772,7 +773,7 @@ static void fader_scale(cairo_t* cr, double gainMax, const double* marks, int n,
         print_figures(cr, tickX + 5 * side, y + 2.3, buf, side > 0 ? -1 : 1, kPrintDim);
     }
     /* Bottom of travel: no gain. */
-    double yb = kFaderY + FADER_H - CAP_H / 2 + 0.5;
+    double yb = control_rect(104)->t + FADER_H - CAP_H / 2 + 0.5;
     rgb(cr, kPrintDim, 0.9);
     line(cr, tickX, yb, tickX + 3 * side, yb, 1);
     print_figures(cr, tickX + 5 * side, yb + 2.4, "-\xe2\x88\x9e", side > 0 ? -1 : 1, kPrintDim);
@@ -783,7 +784,7 @@ static void meter_scale(cairo_t* cr, double x, int side)
     const int marks[] = {6, 3, 0, -3, -6, -10, -15, -20, -30};
     for (size_t i = 0; i < sizeof marks / sizeof marks[0]; ++i)
     {
-        double y = kMeterY + 19 - 3 * marks[i] + 0.5;
+        double y = kPanelLevelMeters[0].y + 19 - 3 * marks[i] + 0.5;
         int major = marks[i] % 2 == 0 || marks[i] == -15;
         rgb(cr, kPrintDim, 0.9);
         line(cr, x, y, x + (major ? 3 : 2) * side, y, 1);
@@ -796,7 +797,7 @@ static void meter_scale(cairo_t* cr, double x, int side)
     }
 }
 
-static void display_box(cairo_t* cr, Rect r)
+static void display_box(cairo_t* cr, PanelRect r)
 {
     double x = r.l, y = r.t, w = r.r - r.l, h = r.b - r.t;
     cairo_set_source_rgba(cr, 1, 1, 1, 0.16);
@@ -838,30 +839,32 @@ static void screw(cairo_t* cr, double cx, double cy, double slot)
 /* A recessed window for a meter: the opaque strip image fills the inner rectangle. */
 static void meter_window(cairo_t* cr, int x, int y, int w, int h)
 {
-    Rect r = {x, y, x + w, y + h};
+    PanelRect r = {x, y, x + w, y + h};
     cutout(cr, r, 1.5, 1.5);
 }
 
 static cairo_surface_t* make_background(void)
 {
-    cairo_surface_t* s = new_surface(PANEL_W, PANEL_H);
+    cairo_surface_t* s = new_surface(PANEL_WIDTH, PANEL_HEIGHT);
     cairo_t* cr = new_context(s);
     const int headerH = 35;
 
     rgb(cr, kPanel, 1);
     cairo_paint(cr);
     rgb(cr, kHeader, 1);
-    cairo_rectangle(cr, 0, 0, PANEL_W, headerH);
+    cairo_rectangle(cr, 0, 0, PANEL_WIDTH, headerH);
     cairo_fill(cr);
-    grain(s, 0, 0, PANEL_W, headerH, 5.0, 0.8);
-    grain(s, 0, headerH, PANEL_W, PANEL_H, 1.0, 0.3);
+    grain(s, 0, 0, PANEL_WIDTH, headerH, 5.0, 0.8);
+    grain(s, 0, headerH, PANEL_WIDTH, PANEL_HEIGHT, 1.0, 0.3);
     /* The knob images are opaque with the plain face colour in their corners: keep the face
      * plain under them so no seam shows. */
     rgb(cr, kPanel, 1);
-    for (size_t i = 0; i < sizeof kKnobs / sizeof kKnobs[0]; ++i)
+    for (int i = 0; i < PANEL_CONTROL_COUNT; ++i)
     {
-        cairo_rectangle(cr, kKnobs[i].l, kKnobs[i].t, kKnobs[i].r - kKnobs[i].l,
-                        kKnobs[i].b - kKnobs[i].t);
+        const PanelRect* k = &kPanelControls[i].rect;
+        if (kPanelControls[i].kind != PANEL_KNOB)
+            continue;
+        cairo_rectangle(cr, k->l, k->t, k->r - k->l, k->b - k->t);
         cairo_fill(cr);
     }
 
@@ -870,33 +873,34 @@ static cairo_surface_t* make_background(void)
     cairo_pattern_add_color_stop_rgba(hl, 0, 1, 1, 1, 0.07);
     cairo_pattern_add_color_stop_rgba(hl, 1, 0, 0, 0, 0.10);
     cairo_set_source(cr, hl);
-    cairo_rectangle(cr, 0, 0, PANEL_W, headerH);
+    cairo_rectangle(cr, 0, 0, PANEL_WIDTH, headerH);
     cairo_fill(cr);
     cairo_pattern_destroy(hl);
     cairo_set_source_rgba(cr, 0, 0, 0, 0.6);
-    line(cr, 0, headerH + 0.5, PANEL_W, headerH + 0.5, 1);
+    line(cr, 0, headerH + 0.5, PANEL_WIDTH, headerH + 0.5, 1);
     cairo_set_source_rgba(cr, 1, 1, 1, 0.07);
-    line(cr, 0, headerH + 1.5, PANEL_W, headerH + 1.5, 1);
+    line(cr, 0, headerH + 1.5, PANEL_WIDTH, headerH + 1.5, 1);
 
     /* Panel edge bevel. */
     cairo_set_source_rgba(cr, 1, 1, 1, 0.18);
-    line(cr, 0, 0.5, PANEL_W, 0.5, 1);
-    line(cr, 0.5, 0, 0.5, PANEL_H, 1);
+    line(cr, 0, 0.5, PANEL_WIDTH, 0.5, 1);
+    line(cr, 0.5, 0, 0.5, PANEL_HEIGHT, 1);
     cairo_set_source_rgba(cr, 0, 0, 0, 0.6);
-    line(cr, 0, PANEL_H - 0.5, PANEL_W, PANEL_H - 0.5, 1);
-    line(cr, PANEL_W - 0.5, 0, PANEL_W - 0.5, PANEL_H, 1);
+    line(cr, 0, PANEL_HEIGHT - 0.5, PANEL_WIDTH, PANEL_HEIGHT - 0.5, 1);
+    line(cr, PANEL_WIDTH - 0.5, 0, PANEL_WIDTH - 0.5, PANEL_HEIGHT, 1);
 
     screw(cr, 8, 8, 0.5);
-    screw(cr, PANEL_W - 8, 8, 2.1);
-    screw(cr, 7, PANEL_H - 7, 1.2);
-    screw(cr, PANEL_W - 7, PANEL_H - 7, 2.7);
+    screw(cr, PANEL_WIDTH - 8, 8, 2.1);
+    screw(cr, 7, PANEL_HEIGHT - 7, 1.2);
+    screw(cr, PANEL_WIDTH - 7, PANEL_HEIGHT - 7, 2.7);
 
     /* Header controls and title. */
-    cutout(cr, kPowerRect, 1, 1.5);
-    cutout(cr, kCopyRect, 1, 1.5);
-    cutout(cr, kLampRect, 1, 1.5);
-    cutout(cr, kSaveRect, 1, 1.5);
-    print_text(cr, (kCopyRect.r + kLampRect.l) / 2.0, 20.8, "PROGRAM", 6.6, 0.8, 0, kPrintDim);
+    cutout(cr, *control_rect(107), 1, 1.5);
+    cutout(cr, *control_rect(131), 1, 1.5);
+    cutout(cr, kPanelLampRect, 1, 1.5);
+    cutout(cr, kPanelSaveRect, 1, 1.5);
+    print_text(cr, (control_rect(131)->r + kPanelLampRect.l) / 2.0, 20.8, "PROGRAM", 6.6, 0.8, 0,
+               kPrintDim);
     rgb(cr, kPrintDim, 0.55);
     line(cr, 93, 24.5, 137, 24.5, 0.8);
     /* Title, right-aligned at x 440: engraved edge above, shadow below, amber rule under it. */
@@ -914,43 +918,47 @@ static cairo_surface_t* make_background(void)
 
     /* Input: meters, fader scale, display. */
     print_text(cr, 46, 42.4, "INPUT", 7, 0.6, 0, kPrint);
-    meter_window(cr, kMeterX[0], kMeterY, 2 * METER_HALF_W + 2, METER_H);
-    meter_scale(cr, kMeterX[0] - 3.5, -1);
+    meter_window(cr, kPanelLevelMeters[0].x, kPanelLevelMeters[0].y, 2 * METER_HALF_W + 2, METER_H);
+    meter_scale(cr, kPanelLevelMeters[0].x - 3.5, -1);
     const double inMarks[] = {0, -6, -12, -20, -30};
-    fader_scale(cr, 1.0, inMarks, 5, kInputFaderX + FADER_W + 1.5, 1);
+    fader_scale(cr, 1.0, inMarks, 5, control_rect(104)->r + 1.5, 1);
 
     /* Output: mirror image. */
     print_text(cr, 420, 42.4, "OUTPUT", 7, 0.5, 0, kPrint);
-    meter_window(cr, kMeterX[2], kMeterY, 2 * METER_HALF_W + 2, METER_H);
-    meter_scale(cr, kMeterX[3] + METER_HALF_W + 3.5, 1);
+    meter_window(cr, kPanelLevelMeters[2].x, kPanelLevelMeters[2].y, 2 * METER_HALF_W + 2, METER_H);
+    meter_scale(cr, kPanelLevelMeters[3].x + METER_HALF_W + 3.5, 1);
     const double outMarks[] = {20, 12, 6, 0, -6};
-    fader_scale(cr, 10.0, outMarks, 5, kOutputFaderX - 1.5, -1);
+    fader_scale(cr, 10.0, outMarks, 5, control_rect(105)->l - 1.5, -1);
 
     /* Key filter knobs and switches. */
     print_text(cr, 116, 49.6, "LOW FREQ", 7, 0.5, 0, kPrint);
     print_text(cr, 116, 134.6, "HI FREQ", 7, 0.5, 0, kPrint);
     print_text(cr, 175, 63.6, "LISTEN", 6.4, 0.4, 0, kPrint);
     print_text(cr, 175, 107.2, "SIDE CHAIN", 6.2, 0.1, 0, kPrint);
-    for (int i = 0; i < 3; ++i)
-        cutout(cr, kSmallSwitches[i], 1, 1.2);
+    cutout(cr, *control_rect(111), 1, 1.2);
+    cutout(cr, *control_rect(112), 1, 1.2);
+    cutout(cr, *control_rect(106), 1, 1.2);
 
     /* Gain reduction meter. */
-    print_text(cr, kGrX + GR_HALF_W / 2.0, 49.6, "GR", 7, 0.5, 0, kPrint);
-    meter_window(cr, kGrX, kGrY, GR_HALF_W, GR_H);
+    print_text(cr, kPanelReductionMeter.x + GR_HALF_W / 2.0, 49.6, "GR", 7, 0.5, 0, kPrint);
+    meter_window(cr, kPanelReductionMeter.x, kPanelReductionMeter.y, GR_HALF_W, GR_H);
     {
         const int marks[] = {0, 3, 6, 10, 15, 20, 30, 40};
         for (size_t i = 0; i < sizeof marks / sizeof marks[0]; ++i)
         {
-            double y = kGrY + 3 * marks[i] + 0.5 - (marks[i] == 40 ? 1 : 0);
+            double y = kPanelReductionMeter.y + 3 * marks[i] + 0.5 - (marks[i] == 40 ? 1 : 0);
             rgb(cr, kPrintDim, 0.9);
-            line(cr, kGrX + GR_HALF_W + 2.5, y, kGrX + GR_HALF_W + 5.5, y, 1);
+            line(cr, kPanelReductionMeter.x + GR_HALF_W + 2.5, y,
+                 kPanelReductionMeter.x + GR_HALF_W + 5.5, y, 1);
             if (marks[i] == 3 || marks[i] == 15)
                 continue;
             char buf[16];
             snprintf(buf, sizeof buf, "%d", marks[i]);
-            print_figures(cr, kGrX + GR_HALF_W + 7.5, y + 2.3, buf, -1, kPrintDim);
+            print_figures(cr, kPanelReductionMeter.x + GR_HALF_W + 7.5, y + 2.3, buf, -1,
+                          kPrintDim);
         }
-        print_text(cr, kGrX + GR_HALF_W / 2.0, kGrY + GR_H + 10, "dB", 6.0, 0.3, 0, kPrintDim);
+        print_text(cr, kPanelReductionMeter.x + GR_HALF_W / 2.0, kPanelReductionMeter.y + GR_H + 10,
+                   "dB", 6.0, 0.3, 0, kPrintDim);
     }
 
     /* Compressor. */
@@ -970,8 +978,9 @@ static cairo_surface_t* make_background(void)
         line(cr, x + 1, 46, x + 1, 200, 1);
     }
 
-    for (size_t i = 0; i < sizeof kDisplays / sizeof kDisplays[0]; ++i)
-        display_box(cr, kDisplays[i]);
+    for (int i = 0; i < PANEL_CONTROL_COUNT; ++i)
+        if (kPanelControls[i].kind != PANEL_SWITCH)
+            display_box(cr, kPanelControls[i].display);
 
     finish(cr);
     return s;
@@ -1029,10 +1038,10 @@ int main(int argc, char** argv)
     cairo_surface_t* img[kCount] = {0};
     img[0] = make_background();
     img[1] = make_knob_strip();
-    img[2] = two_state(29, 20, power_face, 1);
-    img[3] = two_state(29, 20, power_face, 0);
-    img[4] = two_state(14, 12, small_face, 1);
-    img[5] = two_state(14, 12, small_face, 0);
+    img[2] = switch_images(107, power_face, 1);
+    img[3] = switch_images(107, power_face, 0);
+    img[4] = switch_images(106, small_face, 1);
+    img[5] = switch_images(106, small_face, 0);
     img[6] = make_placeholder();
     img[7] = make_placeholder();
     img[8] = make_placeholder();
@@ -1040,12 +1049,12 @@ int main(int argc, char** argv)
     img[10] = make_fader_cap();
     img[11] = make_level_strip();
     img[12] = make_gr_strip();
-    img[13] = two_state(14, 12, small_face, 1);
-    img[14] = two_state(14, 12, small_face, 0);
-    img[15] = two_state(14, 12, small_face, 1);
-    img[16] = two_state(14, 12, small_face, 0);
-    img[17] = two_state(25, 17, copy_face, 1);
-    img[18] = two_state(25, 17, copy_face, 0);
+    img[13] = switch_images(111, small_face, 1);
+    img[14] = switch_images(111, small_face, 0);
+    img[15] = switch_images(112, small_face, 1);
+    img[16] = switch_images(112, small_face, 0);
+    img[17] = switch_images(131, copy_face, 1);
+    img[18] = switch_images(131, copy_face, 0);
     img[19] = make_save_face();
     img[20] = make_lamp();
 

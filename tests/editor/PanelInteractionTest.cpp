@@ -445,3 +445,23 @@ TEST_F(PanelTest, SaveOpensTheDialogAndStoresTheProgramOnOK)
     Click(CPoint(216, 18));
     EXPECT_EQ(0, std::memcmp(&before, &effect->GetProgram(10), sizeof(before)));
 }
+
+// The panel tests its press targets in one pass over the layout table; that
+// is the specified order only because no two targets (controls, value
+// displays, lamp, save face) overlap.
+TEST(PanelLayout, NoTwoPressTargetsOverlap)
+{
+    std::vector<CRect> targets{CUIWindow::kLampRect, CUIWindow::kSaveRect};
+    for (const PanelControl& c : kPanelControls)
+    {
+        targets.emplace_back(c.rect.l, c.rect.t, c.rect.r, c.rect.b);
+        if (c.kind != PANEL_SWITCH)
+            targets.emplace_back(c.display.l, c.display.t, c.display.r, c.display.b);
+    }
+    for (size_t i = 0; i < targets.size(); ++i)
+        for (size_t j = i + 1; j < targets.size(); ++j)
+        {
+            CRect both;
+            EXPECT_FALSE(both.IntersectRect(targets[i], targets[j])) << i << " and " << j;
+        }
+}
