@@ -8,7 +8,6 @@
 
 #include "ADeEsser.h"
 #include "CDeEsserEditor.h"
-#include "CInDeEsser.h"
 #include "CPresetSaveDlg.h"
 #include "ParamTable.h"
 
@@ -48,12 +47,6 @@ int ParamOfEditId(int editId)
 const int kMinLevelDb = -38;
 const int kMaxLevelDb = 6;
 const int kMinReductionDb = -40;
-
-// 6 dB per doubling: ln(x) / ln 2 * 6.
-double ToDb6(float linear)
-{
-    return std::log((double)linear) / g_dLog2 * 6.0;
-}
 } // namespace
 
 // Press -------------------------------------------------------------------
@@ -342,7 +335,7 @@ void CUIWindow::idle()
         effect->GetVU(&level[0], &level[1], &level[2], &level[3]);
         for (int i = 0; i < 4; ++i)
         {
-            float db = (float)ToDb6(level[i]);
+            float db = (float)GainToDb6(level[i]);
             if (!(db > kMinLevelDb)) // also silence (-inf) and NaN
                 db = kMinLevelDb;
             if (db > kMaxLevelDb)
@@ -366,7 +359,7 @@ void CUIWindow::idle()
         m_fLastReductionCounter = reductionCounter;
         float gain = 1.f;
         effect->GetReductionVU(&gain);
-        float db = (float)ToDb6(gain);
+        float db = (float)GainToDb6(gain);
         if (!(db > kMinReductionDb))
             db = kMinReductionDb;
         if (db > 0.f)
