@@ -169,6 +169,9 @@ void CUIWindow::ShowEdit(int value, int min, int max, bool signedInput, int widt
                            SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
     m_EditWnd.ShowWindow(SW_SHOW);
     m_EditWnd.GetEdit().SetFocus();
+    // Hosts may forward no keys to the editor: the field takes the keyboard
+    // while it is open (hiding it gives the keyboard back).
+    m_EditWnd.GetEdit().HoldKeyboard(true);
     m_nEditId = editId;
 }
 

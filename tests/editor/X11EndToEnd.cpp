@@ -196,6 +196,8 @@ protected:
             {
                 XEvent ev;
                 XNextEvent(display, &ev);
+                if (ev.type == KeyPress)
+                    ++hostKeyPresses;
             }
             usleep(sleepMs * 1000);
         }
@@ -239,6 +241,7 @@ protected:
     void* library = nullptr;
     AEffect* effect = nullptr;
     Window hostWindow = 0;
+    int hostKeyPresses = 0; // keys that reached a window of the host's
     int width = 0;
     int height = 0;
 };
@@ -448,6 +451,85 @@ TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
     char text[64] = {0};
     Dispatch(effGetParamDisplay, 3, 0, text);
     EXPECT_STREQ("-12.5", text);
+}
+
+// A host that keeps the keyboard focus on a window of its own and forwards
+// no keys: the open entry field takes the focus, and gives it back when it
+// closes by Return, Escape, a click elsewhere, or the editor closing.
+TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
+{
+    if (!HasXTest())
+        GTEST_SKIP() << "no XTest extension";
+    MakeHostWindow();
+    Window hostFocus =
+        XCreateSimpleWindow(display, DefaultRootWindow(display), 600, 600, 20, 20, 0, 0, 0);
+    XSelectInput(display, hostFocus, KeyPressMask | StructureNotifyMask);
+    XMapWindow(display, hostFocus);
+    XSync(display, False);
+    auto focus = [&]
+    {
+        Window w = None;
+        int revert = 0;
+        XGetInputFocus(display, &w, &revert);
+        return w;
+    };
+    auto key = [&](KeySym sym)
+    {
+        const KeyCode code = XKeysymToKeycode(display, sym);
+        XTestFakeKeyEvent(display, code, True, 0);
+        XTestFakeKeyEvent(display, code, False, 0);
+        XSync(display, False);
+        Idle(1, 1);
+    };
+    auto openThresholdField = [&]
+    {
+        XSetInputFocus(display, hostFocus, RevertToPointerRoot, CurrentTime);
+        XSync(display, False);
+        ClickAt(279, 112);
+        Idle(4);
+        EXPECT_NE(focus(), hostFocus);
+        for (int i = 0; i < 8; ++i)
+            key(XK_BackSpace);
+    };
+    ASSERT_TRUE(OpenEditor());
+    Idle(5);
+    char text[64] = {0};
+
+    openThresholdField();
+    for (KeySym sym : {XK_minus, XK_1, XK_5})
+        key(sym);
+    key(XK_Return);
+    Idle(4);
+    Dispatch(effGetParamDisplay, 3, 0, text);
+    EXPECT_STREQ("-15.0", text);
+    EXPECT_EQ(focus(), hostFocus) << "after Return";
+    EXPECT_EQ(hostKeyPresses, 0);
+
+    openThresholdField();
+    key(XK_minus);
+    key(XK_2);
+    key(XK_Escape);
+    Idle(4);
+    EXPECT_EQ(focus(), hostFocus) << "after Escape";
+
+    openThresholdField();
+    key(XK_3);
+    ClickAt(220, 150); // an empty part of the panel
+    Idle(4);
+    EXPECT_EQ(focus(), hostFocus) << "after a click elsewhere";
+    Dispatch(effGetParamDisplay, 3, 0, text);
+    EXPECT_STREQ("-15.0", text) << "abandoned entries change nothing";
+    EXPECT_EQ(hostKeyPresses, 0);
+
+    openThresholdField();
+    Dispatch(effEditClose);
+    XSync(display, False);
+    EXPECT_EQ(focus(), hostFocus) << "after the editor closed";
+
+    // With the field closed, keys are the host's again.
+    key(XK_4);
+    EXPECT_EQ(hostKeyPresses, 1);
+    XDestroyWindow(display, hostFocus);
 }
 
 TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)

@@ -68,6 +68,7 @@ struct AfxState
     std::vector<AFX_WND*> modalStack;
     AFX_WND* focus = nullptr;
     AFX_WND* capture = nullptr;
+    AFX_WND* keyboard = nullptr; // holds the window system's keyboard focus
     bool buttonDown = false;
     std::function<void(CWnd*)> modalHook;
     UINT pickMenuId = 0;

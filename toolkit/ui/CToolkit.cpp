@@ -176,6 +176,8 @@ void DestroyRecord(AFX_WND* wnd)
         s.capture = nullptr;
     if (s.focus == wnd)
         s.focus = nullptr;
+    if (s.keyboard == wnd)
+        s.keyboard = nullptr;
     s.posted.erase(std::remove_if(s.posted.begin(), s.posted.end(),
                                   [wnd](const AfxPosted& p) { return p.wnd == wnd; }),
                    s.posted.end());

@@ -13,6 +13,19 @@
 
 using namespace AfxImpl;
 
+// Gives the window system's keyboard focus back when its holder is `root` or
+// inside it.
+static void ReleaseKeyboardInside(AFX_WND* root)
+{
+    AfxState& s = State();
+    AFX_WND* holder = s.keyboard;
+    if (!holder || !IsInside(holder, root))
+        return;
+    s.keyboard = nullptr;
+    if (holder->native && !holder->nativeGone)
+        holder->native->HoldKeyboard(false);
+}
+
 BEGIN_MESSAGE_MAP(CWnd, CCmdTarget)
 END_MESSAGE_MAP()
 
@@ -86,6 +99,7 @@ BOOL CWnd::DestroyWindow()
         s.capture = nullptr;
     if (s.focus && IsInside(s.focus, self))
         s.focus = nullptr;
+    ReleaseKeyboardInside(self);
     SendMessage(WM_DESTROY);
     // Children go after their parent has seen WM_DESTROY.
     while (!self->children.empty())
@@ -300,6 +314,8 @@ BOOL CWnd::ShowWindow(int cmdShow)
     bool show = cmdShow != SW_HIDE;
     if (was == show)
         return was;
+    if (!show)
+        ReleaseKeyboardInside(m_hWnd);
     m_hWnd->visible = show;
     if (show)
         m_hWnd->style |= WS_VISIBLE;
@@ -420,6 +436,22 @@ BOOL CWnd::IsWindowEnabled() const
 }
 
 // Focus, capture, timers ----------------------------------------------------
+
+void CWnd::HoldKeyboard(bool hold)
+{
+    AfxState& s = State();
+    if (!m_hWnd)
+        return;
+    if (!hold)
+    {
+        ReleaseKeyboardInside(m_hWnd);
+        return;
+    }
+    if (!m_hWnd->native || m_hWnd->nativeGone || !IsVisible(m_hWnd))
+        return;
+    s.keyboard = m_hWnd;
+    m_hWnd->native->HoldKeyboard(true);
+}
 
 CWnd* CWnd::SetFocus()
 {

@@ -76,6 +76,10 @@ public:
     // Keyboard focus and mouse capture. The capture receives every mouse
     // move and the release, in its own client coordinates, until released.
     CWnd* SetFocus();
+    // Holds the window system's keyboard focus (for a window inside a host's
+    // view, which the host may send no keys) until released, hidden or
+    // destroyed; the focus then goes back where it was.
+    void HoldKeyboard(bool hold);
     static CWnd* GetFocus();
     CWnd* SetCapture();
     static CWnd* GetCapture();

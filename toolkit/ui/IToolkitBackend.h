@@ -27,6 +27,10 @@ public:
     // Copies `area` (client coordinates) of the back buffer to the screen.
     virtual void Present(HBITMAP backBuffer, const CRect& area) = 0;
     virtual void SetFocus() = 0;
+    // Window-system keyboard focus for a window inside a host's view (hosts
+    // may forward no keys): taken while held, then given back to the window
+    // that had it before.
+    virtual void HoldKeyboard(bool hold) { (void)hold; }
     // Pointer grab for pop-ups: clicks outside them still reach them.
     virtual void GrabPointer(bool grab) = 0;
     virtual void SetTitle(const char* utf8) = 0;

@@ -85,6 +85,7 @@ public:
     void Show(bool visible) override;
     void Present(HBITMAP backBuffer, const CRect& area) override;
     void SetFocus() override;
+    void HoldKeyboard(bool hold) override;
     void GrabPointer(bool grab) override;
     void SetTitle(const char* utf8) override;
     CPoint ScreenOrigin() const override;
@@ -132,6 +133,7 @@ public:
     bool Usable() const { return m_pDisplay && !m_bDead; }
     Display* Dpy() const { return m_pDisplay; }
     void Forget(X11Window* w) { m_Windows.erase(w->m_Window); }
+    void HoldKeyboard(X11Window* w, bool hold);
     bool DisplayOpen() const { return m_pDisplay != nullptr; }
 
 private:
@@ -157,6 +159,11 @@ private:
     Atom m_WmType = 0;
     Atom m_WmTypeDialog = 0;
     std::unordered_map<Window, X11Window*> m_Windows;
+    // The window holding the keyboard focus for the toolkit, and the focus
+    // (with its revert mode) to give back when it lets go.
+    X11Window* m_pKeyboard = nullptr;
+    Window m_ReturnFocus = None;
+    int m_ReturnRevert = RevertToParent;
     // Double-click detection.
     Window m_LastClickWindow = 0;
     Time m_LastClickTime = 0;
@@ -223,12 +230,23 @@ void X11Window::SetFocus()
     if (!m_pBackend->Usable() || m_Kind == AFX_KIND_HOST)
         return;
     XGuard guard;
+    // Inside a host's view the keyboard stays with the host unless a window
+    // holds it (HoldKeyboard): the toolkit routes keys to its own focus.
+    HWND top = m_hWnd;
+    while (top && top->parent)
+        top = top->parent;
     XWindowAttributes a;
-    if (XGetWindowAttributes(m_pBackend->Dpy(), m_Window, &a) && a.map_state == IsViewable)
+    if ((!top || top->kind != AFX_KIND_HOST) &&
+        XGetWindowAttributes(m_pBackend->Dpy(), m_Window, &a) && a.map_state == IsViewable)
         XSetInputFocus(m_pBackend->Dpy(), m_Window, RevertToParent, CurrentTime);
     if (m_Ic)
         XSetICFocus(m_Ic);
     XFlush(m_pBackend->Dpy());
+}
+
+void X11Window::HoldKeyboard(bool hold)
+{
+    m_pBackend->HoldKeyboard(this, hold);
 }
 
 void X11Window::GrabPointer(bool grab)
@@ -314,10 +332,48 @@ bool X11Backend::EnsureDisplay()
     return true;
 }
 
+void X11Backend::HoldKeyboard(X11Window* w, bool hold)
+{
+    if (!hold && m_pKeyboard != w)
+        return;
+    if (!Usable())
+    {
+        m_pKeyboard = nullptr;
+        return;
+    }
+    XGuard guard;
+    Window focus = None;
+    int revert = RevertToParent;
+    XGetInputFocus(m_pDisplay, &focus, &revert);
+    X11Window* current = Find(focus);
+    if (hold)
+    {
+        // Remember the host's focus, not one of ours (when the holder changes).
+        if (!m_pKeyboard && (!current || current->m_Kind == AFX_KIND_HOST))
+        {
+            m_ReturnFocus = focus;
+            m_ReturnRevert = revert;
+        }
+        m_pKeyboard = w;
+        XSetInputFocus(m_pDisplay, w->m_Window, RevertToParent, CurrentTime);
+    }
+    else
+    {
+        m_pKeyboard = nullptr;
+        // Given back only while we still have it: a click into the host
+        // since then has moved it already.
+        if (current || focus == None)
+            XSetInputFocus(m_pDisplay, m_ReturnFocus, m_ReturnRevert, CurrentTime);
+    }
+    XFlush(m_pDisplay);
+}
+
 void X11Backend::CloseDisplay()
 {
     if (!m_pDisplay)
         return;
+    if (m_pKeyboard)
+        HoldKeyboard(m_pKeyboard, false);
     XGuard guard;
     for (auto& entry : m_Windows)
     {
@@ -452,6 +508,8 @@ void X11Backend::DestroyNative(IBackendWindow* native)
     X11Window* w = static_cast<X11Window*>(native);
     if (!w)
         return;
+    if (w == m_pKeyboard)
+        HoldKeyboard(w, false);
     Forget(w);
     if (Usable())
     {
