@@ -1,0 +1,153 @@
+#!/usr/bin/env bash
+# Extended test, not part of scripts/test.sh: the built DeEsser.so in Ardour 7
+# (Debian's `ardour`), headless. Ardour's own parameter controls set
+# Threshold -30 dB, Ratio 4 and LowFreq 6000 Hz; the session is saved and
+# reloaded, the values are read back, and the demo's vocal-like signal is
+# rendered through the track. Passes when the values read back as set, the
+# 5-9 kHz band drops by at least 6 dB and the band below 3 kHz moves by less
+# than 2 dB.
+#
+#   bash scripts/check-ardour.sh            # KEEP=1 keeps the scratch folder
+set -euo pipefail
+cd "$(dirname "$0")/.."
+root=$(pwd)
+build=$root/build/release
+
+if ! command -v ardour7-lua >/dev/null; then
+    sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo="sudo"
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq ardour sox
+fi
+command -v sox >/dev/null || { echo "check-ardour: sox is needed for the analysis" >&2; exit 2; }
+
+[ -f "$build/build.ninja" ] || cmake --preset release >/dev/null
+cmake --build --preset release --target DeEsser deesser >/dev/null
+
+# A scratch tree for Ardour's settings, caches and the session.
+work=$(mktemp -d /tmp/deesser-ardour-XXXXXX)
+if [ "${KEEP:-0}" = 1 ]; then
+    echo "check-ardour: scratch folder $work"
+else
+    trap 'rm -rf "$work"' EXIT
+fi
+export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share \
+    XDG_CACHE_HOME=$work/home/.cache LXVST_PATH=$work/vst
+mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$LXVST_PATH"
+# Only the plug-in: its programs start from the built-in defaults (threshold
+# 0 dB, ratio 1), so nothing but the values set below can de-ess.
+cp "$build/DeEsser.so" "$LXVST_PATH/"
+# Ardour lists a plug-in only when its cache entry is strictly newer than the
+# plug-in file (whole seconds): date the copy a minute back.
+touch -d "1 minute ago" "$LXVST_PATH/DeEsser.so"
+
+# Ardour lists a Linux VST only after its scanner has cached it.
+LD_LIBRARY_PATH=/usr/lib/ardour7 /usr/lib/ardour7/ardour-vst-scanner -f "$LXVST_PATH/DeEsser.so" \
+    >"$work/scan.log" 2>&1 || { cat "$work/scan.log" >&2; exit 1; }
+touch "$XDG_CACHE_HOME"/ardour7/vst/*.v2i
+
+# The vocal-like test signal: the demo's synthetic voice (4 s, mono).
+"$build/host/deesser" demo --out-dir "$work/signal" --plugin "$build/DeEsser.so" >/dev/null
+signal=$work/signal/demo-in.wav
+frames=$(soxi -s "$signal" 2>/dev/null)
+
+name=check
+session=$work/$name
+# Normalised values of the settings (the plug-in's own mappings):
+# Threshold -100..0 dB, Ratio 1..64, LowFreq 2000..20000 Hz.
+threshold=$(awk 'BEGIN { printf "%.9f", (-30 + 100) / 100 }')
+ratio=$(awk 'BEGIN { printf "%.9f", (4 - 1) / 63 }')
+lowfreq=$(awk 'BEGIN { printf "%.9f", (6000 - 2000) / 18000 }')
+
+# 1. A session with one stereo track holding a silent region as long as the
+# signal (headless Ardour imports no files: the region's sources are
+# overwritten below), and the plug-in set through Ardour's controls.
+cat >"$work/build.lua" <<EOF
+AudioEngine:set_backend("None (Dummy)", "", "")
+assert(create_session("$session", "$name", 44100), "no session")
+local track = Session:new_audio_track(2, 2, nil, 1, "voice", -1, ARDOUR.TrackMode.Normal, true):front()
+local region = track:bounce_range(0, $frames, ARDOUR.InterThreadInfo(), track:main_outs(), false, "")
+track:playlist():add_region(region, Temporal.timepos_t(0), 1, false, 0, 0, false)
+local ar = region:to_audioregion()
+for c = 0, ar:n_channels() - 1 do
+    print("SOURCE " .. ar:source(c):to_filesource():path())
+end
+local plugin = ARDOUR.LuaAPI.new_plugin(Session, "Comp2", ARDOUR.PluginType.LXVST, "")
+assert(not plugin:isnil(), "Comp2 not found")
+assert(track:add_processor_by_index(plugin, 0, nil, true), "plug-in not added")
+for _, p in ipairs({{3, $threshold}, {4, $ratio}, {7, $lowfreq}}) do
+    assert(ARDOUR.LuaAPI.set_processor_param(plugin, p[1], p[2]), "refused: parameter " .. p[1])
+end
+Session:save_state("")
+close_session()
+EOF
+ardour7-lua "$work/build.lua" >"$work/build.log" 2>&1 || { cat "$work/build.log" >&2; exit 1; }
+mapfile -t sources < <(sed -n 's/^SOURCE //p' "$work/build.log")
+[ "${#sources[@]}" -eq 2 ] || { echo "check-ardour: no stereo region" >&2; cat "$work/build.log" >&2; exit 1; }
+for s in "${sources[@]}"; do
+    sox "$signal" -e floating-point -b 32 "$s" 2>/dev/null
+done
+
+# 2. The saved session reloaded: the values read back, the names Ardour shows,
+# and the track rendered through the plug-in.
+cat >"$work/render.lua" <<EOF
+AudioEngine:set_backend("None (Dummy)", "", "")
+assert(load_session("$session", "$name"), "session does not load")
+local track = Session:route_by_name("voice"):to_track()
+local plugin = track:nth_plugin(0)
+assert(not plugin:isnil(), "plug-in gone after reload")
+local insert = plugin:to_insert():plugin(0)
+for _, i in ipairs({3, 4, 7}) do
+    print(string.format("PARAM %d %s %.9f", i, insert:parameter_label(i),
+                        ARDOUR.LuaAPI.get_processor_param(plugin, i)))
+end
+local out = track:bounce_range(0, $frames, ARDOUR.InterThreadInfo(), track:main_outs(), false, "")
+local ar = out:to_audioregion()
+for c = 0, ar:n_channels() - 1 do
+    print("RENDERED " .. ar:source(c):to_filesource():path())
+end
+close_session()
+EOF
+ardour7-lua "$work/render.lua" >"$work/render.log" 2>&1 || { cat "$work/render.log" >&2; exit 1; }
+rendered=$(sed -n 's/^RENDERED //p' "$work/render.log" | head -1)
+[ -n "$rendered" ] || { echo "check-ardour: nothing rendered" >&2; cat "$work/render.log" >&2; exit 1; }
+
+failed=0
+expect_param() { # index name normalised
+    local line
+    line=$(grep "^PARAM $1 " "$work/render.log" || true)
+    read -r _ _ label value <<<"$line"
+    if [ "$label" = "$2" ] && awk -v a="$value" -v b="$3" 'BEGIN { exit !(a - b < 1e-6 && b - a < 1e-6) }'; then
+        echo "  $2 reads back $value (set $3)"
+    else
+        echo "  FAIL: parameter $1 reads back as '$line', expected $2 $3"
+        failed=1
+    fi
+}
+band_db() { # file, sox filter arguments...
+    local file=$1
+    shift
+    sox "$file" -n remix 1 "$@" stats 2>&1 | awk '/RMS lev dB/ { print $4 }'
+}
+echo "check-ardour: Ardour $(dpkg-query -W -f '${Version}' ardour 2>/dev/null || echo '(version unknown)')"
+expect_param 3 Threshold "$threshold"
+expect_param 4 Ratio "$ratio"
+expect_param 7 LowFreq "$lowfreq"
+sib_in=$(band_db "$signal" sinc 5000-9000)
+sib_out=$(band_db "$rendered" sinc 5000-9000)
+voice_in=$(band_db "$signal" sinc -3000)
+voice_out=$(band_db "$rendered" sinc -3000)
+sib=$(awk -v a="$sib_out" -v b="$sib_in" 'BEGIN { printf "%.1f", a - b }')
+voice=$(awk -v a="$voice_out" -v b="$voice_in" 'BEGIN { printf "%.1f", a - b }')
+echo "  5-9 kHz band: $sib_in dB in, $sib_out dB out: $sib dB"
+echo "  band below 3 kHz: $voice_in dB in, $voice_out dB out: $voice dB"
+if ! awk -v d="$sib" 'BEGIN { exit !(d <= -6) }'; then
+    echo "  FAIL: the 5-9 kHz band drops by less than 6 dB"
+    failed=1
+fi
+if ! awk -v d="$voice" 'BEGIN { exit !(d < 2 && d > -2) }'; then
+    echo "  FAIL: the band below 3 kHz moves by 2 dB or more"
+    failed=1
+fi
+[ "$failed" = 0 ] && echo "check-ardour: passed" || echo "check-ardour: FAILED"
+exit "$failed"
