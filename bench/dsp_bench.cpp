@@ -1,7 +1,7 @@
 // Per-frame cost of the DSP blocks at 44.1 kHz in blocks of 256 frames:
 // the peak compressor (keyed by the band-passed signal, as in side-chain
 // mode), the filter processor, and one shelving biquad.
-#include "BenchSignal.h"
+#include "TestSignal.h"
 #include "CBiquadFilter.h"
 #include "CVRXComp.h"
 #include "CVRXLPF.h"
@@ -44,7 +44,7 @@ WAVEFORMATEX Stereo44k()
 // The signal and its 4-8 kHz key, made once.
 struct Material
 {
-    BenchSignal signal{kFrames};
+    testsignal::Vocal signal{kFrames};
     std::vector<float> keyL = std::vector<float>(kFrames), keyR = std::vector<float>(kFrames);
     Material()
     {

@@ -7,26 +7,20 @@
 //
 // Prints the thread CPU time spent inside effEditIdle (per call and as a
 // share of one core at that rate) and the whole process's CPU time.
+#include "HostHarness.h"
+
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
-#include <dlfcn.h>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
 
 #include <X11/Xlib.h>
 
-#include "AEffect.h"
-
 namespace
 {
-VstIntPtr HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
-{
-    return opcode == audioMasterVersion ? 2400 : 0;
-}
-
 double ThreadCpuMs()
 {
     timespec ts;
@@ -53,23 +47,14 @@ int main(int argc, char** argv)
         std::fprintf(stderr, "cannot open $DISPLAY (run under xvfb-run -a)\n");
         return 1;
     }
-    void* library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
-    if (!library)
-    {
-        std::fprintf(stderr, "%s\n", dlerror());
-        return 1;
-    }
-    auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
-    AEffect* effect = entry ? entry(HostCallback) : nullptr;
+    HostHarness plugin;
+    AEffect* effect = plugin.Create();
     if (!effect)
         return 1;
-    auto dispatch = [effect](VstInt32 op, VstInt32 index = 0, VstIntPtr value = 0,
-                             void* ptr = nullptr, float opt = 0.f)
-    { return effect->dispatcher(effect, op, index, value, ptr, opt); };
-    dispatch(effOpen);
-    dispatch(effSetSampleRate, 0, 0, nullptr, 44100.f);
-    dispatch(effSetBlockSize, 0, 1470);
-    dispatch(effMainsChanged, 0, 1);
+    auto dispatch = [&plugin](VstInt32 op, VstInt32 index = 0, VstIntPtr value = 0,
+                              void* ptr = nullptr, float opt = 0.f)
+    { return plugin.Dispatch(op, index, value, ptr, opt); };
+    plugin.Start(44100.f, 1470);
 
     ERect* rect = nullptr;
     dispatch(effEditGetRect, 0, 0, &rect);
@@ -108,9 +93,8 @@ int main(int argc, char** argv)
 
     dispatch(effEditClose);
     dispatch(effMainsChanged, 0, 0);
-    dispatch(effClose);
+    plugin.Close();
     XDestroyWindow(display, host);
     XCloseDisplay(display);
-    dlclose(library);
     return 0;
 }

@@ -5,7 +5,7 @@
 // timed too and costs well under 0.1 ns per frame. On a shared machine run
 // with --benchmark_repetitions: "_min" is the least disturbed measure.
 #include "ADeEsser.h"
-#include "BenchSignal.h"
+#include "TestSignal.h"
 #include "FakeEditor.h"
 #include "ParamTable.h"
 
@@ -21,16 +21,16 @@ namespace
 constexpr int kBlock = 256;
 constexpr int kFrames = kBlock * 690; // about 4 s
 
-const BenchSignal& Signal()
+const testsignal::Vocal& Signal()
 {
-    static BenchSignal s(kFrames);
+    static testsignal::Vocal s(kFrames);
     return s;
 }
 
 void BM_ProcessReplacing(benchmark::State& state)
 {
     setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-bench", 1);
-    const BenchSignal& s = Signal();
+    const testsignal::Vocal& s = Signal();
     ADeEsser fx(nullptr);
     fx.setSampleRate(44100.f);
     fx.setBlockSize(kBlock);

@@ -1,39 +1,19 @@
-// Helpers for the filter tests: test signals, sine gain measurement and the
-// analytic magnitude of a biquad.
+// Helpers for the filter tests: sine gain measurement and the analytic
+// magnitude of a biquad; signals from the shared kit.
 #pragma once
+
+#include "TestSignal.h"
 
 #include <cmath>
 #include <complex>
-#include <cstdint>
 #include <functional>
 #include <vector>
 
 namespace dsptest
 {
-constexpr double kPi = 3.14159265358979323846;
-
-// Deterministic noise in [-amp, amp] (xorshift), the same on every machine.
-inline std::vector<float> Noise(int n, float amp, uint32_t seed = 12345u)
-{
-    std::vector<float> v((size_t)n);
-    uint32_t s = seed;
-    for (auto& x : v)
-    {
-        s ^= s << 13;
-        s ^= s >> 17;
-        s ^= s << 5;
-        x = amp * ((float)(s & 0xFFFFFF) / 8388607.5f - 1.f);
-    }
-    return v;
-}
-
-inline std::vector<float> Sine(int n, double freq, double rate, double amp = 0.5)
-{
-    std::vector<float> v((size_t)n);
-    for (int i = 0; i < n; ++i)
-        v[(size_t)i] = (float)(amp * std::sin(2.0 * kPi * freq * i / rate));
-    return v;
-}
+using testsignal::kPi;
+using testsignal::Noise;
+using testsignal::Sine;
 
 // Gain in dB of a block filter at one frequency: a sine runs through it and
 // the output's RMS over the second half is compared with the input's.

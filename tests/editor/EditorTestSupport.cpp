@@ -2,6 +2,7 @@
 // the toolkit runs headless and the effect's user folder is a fresh
 // temporary folder, so saving a program never touches the real one.
 #include "EditorTestSupport.h"
+#include "TestFiles.h"
 
 #include <cstdlib>
 #include <string>
@@ -110,11 +111,6 @@ int main(int argc, char** argv)
 {
     ::testing::InitGoogleTest(&argc, argv);
     CHeadless::Use();
-    char folder[] = "/tmp/deesser-editor-tests-XXXXXX";
-    if (!mkdtemp(folder))
-        return 1;
-    setenv("XDG_CONFIG_HOME", folder, 1);
-    const int result = RUN_ALL_TESTS();
-    std::system((std::string("rm -rf ") + folder).c_str());
-    return result;
+    UseScratchSettings();
+    return RUN_ALL_TESTS();
 }

@@ -3,6 +3,7 @@
 // over it, as do the factory bank lookup and a save afterwards.
 #include "ADeEsser.h"
 #include "BankFile.h"
+#include "TestFiles.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -18,32 +19,11 @@ static VstIntPtr Host(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, flo
     return opcode == audioMasterVersion ? 2400 : 0;
 }
 
-static std::string g_Folder;
-
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    static const bool once = []
-    {
-        // Memory-backed when possible: the targets write files per input.
-        std::string shm = "/dev/shm/deesser-fuzz-bank-XXXXXX",
-                    tmp = "/tmp/deesser-fuzz-bank-XXXXXX";
-        char* pattern = mkdtemp(&shm[0]);
-        if (!pattern)
-            pattern = mkdtemp(&tmp[0]);
-        if (!pattern)
-            std::abort();
-        g_Folder = pattern;
-        std::atexit(
-            []
-            {
-                std::error_code ignored;
-                std::filesystem::remove_all(g_Folder, ignored);
-            });
-        setenv("XDG_CONFIG_HOME", pattern, 1);
-        return true;
-    }();
-    (void)once;
-    const std::string path = g_Folder + "/DeEsserDef.fxb";
+    // Memory-backed when possible: the target writes a file per input.
+    static const std::string folder = UseScratchSettings(ScratchBase()).path();
+    const std::string path = folder + "/DeEsserDef.fxb";
     FILE* f = std::fopen(path.c_str(), "wb");
     if (!f)
         std::abort();

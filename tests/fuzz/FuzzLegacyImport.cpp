@@ -3,6 +3,7 @@
 // them into a bank, and the field splitter over the last part.
 #include "ADeEsserProgram.h"
 #include "ProgramFile.h"
+#include "TestFiles.h"
 
 #include <cstdint>
 #include <cstdio>
@@ -13,11 +14,12 @@
 #include <string>
 #include <unistd.h>
 
-static std::string g_Folder;
+// Memory-backed when possible: the target writes files per input.
+static const TempDir g_Folder(ScratchBase());
 
 static void WriteFile(const std::string& name, const std::string& bytes)
 {
-    FILE* f = std::fopen((g_Folder + "/" + name).c_str(), "wb");
+    FILE* f = std::fopen((g_Folder / name).c_str(), "wb");
     if (!f)
         std::abort();
     std::fwrite(bytes.data(), 1, bytes.size(), f);
@@ -26,24 +28,6 @@ static void WriteFile(const std::string& name, const std::string& bytes)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
 {
-    if (g_Folder.empty())
-    {
-        // Memory-backed when possible: the targets write files per input.
-        std::string shm = "/dev/shm/deesser-fuzz-legacy-XXXXXX",
-                    tmp = "/tmp/deesser-fuzz-legacy-XXXXXX";
-        char* pattern = mkdtemp(&shm[0]);
-        if (!pattern)
-            pattern = mkdtemp(&tmp[0]);
-        if (!pattern)
-            std::abort();
-        g_Folder = pattern;
-        std::atexit(
-            []
-            {
-                std::error_code ignored;
-                std::filesystem::remove_all(g_Folder, ignored);
-            });
-    }
     std::string input((const char*)data, size);
     std::string parts[3];
     size_t at = 0;
@@ -63,7 +47,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
     WriteFile("B.PGM", parts[2]);
 
     ADeEsserProgram bank[kNumPrograms];
-    int count = ImportProgramList((g_Folder + "/PROGRAM.LST").c_str(), g_Folder.c_str(), bank,
+    int count = ImportProgramList((g_Folder / "PROGRAM.LST").c_str(), g_Folder.path().c_str(), bank,
                                   kNumPrograms);
     if (count < 0 || count > kNumPrograms)
         std::abort();
@@ -72,7 +56,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size)
             std::abort();
 
     // Exact-size heap buffers: any overrun is caught.
-    std::string path = g_Folder + "/A.PGM";
+    std::string path = g_Folder / "A.PGM";
     std::unique_ptr<char[]> line(new char[kPGMLineBufferSize]);
     line[0] = '\0';
     LoadPGMFileBody(&path[0], line.get());

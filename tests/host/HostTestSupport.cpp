@@ -1,5 +1,6 @@
 // Test helpers: child processes and sound files.
 #include "HostTestSupport.h"
+#include "TestSignal.h"
 
 #include <gtest/gtest.h>
 
@@ -85,19 +86,7 @@ RunResult RunDeEsser(const std::vector<std::string>& args)
 
 std::vector<float> TestSignal(int channels, int sampleRate, long long frames)
 {
-    std::vector<float> s((size_t)(frames * channels));
-    const double pi = 3.14159265358979323846;
-    for (long long i = 0; i < frames; ++i)
-    {
-        double t = (double)i / sampleRate;
-        bool burst = std::fmod(t, 0.5) >= 0.25;
-        double v =
-            0.3 * std::sin(2 * pi * 220 * t) +
-            (burst ? 0.4 * std::sin(2 * pi * 6500 * t + 0.3 * std::sin(2 * pi * 31 * t)) : 0.0);
-        for (int c = 0; c < channels; ++c)
-            s[i * channels + c] = (float)(v * (1.0 - 0.25 * c));
-    }
-    return s;
+    return testsignal::Vocal((int)frames, sampleRate).Interleaved(channels);
 }
 
 void WriteSound(const std::string& path, int format, int channels, int sampleRate,

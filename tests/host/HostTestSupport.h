@@ -1,6 +1,6 @@
 // Helpers for the host tests: running the deesser binary, and making and
 // reading sound files with libsndfile. Scratch folders and whole-file reads
-// and writes come from the programs tests' TestFiles.h.
+// and writes come from the shared TestFiles.h.
 #pragma once
 
 #include "TestFiles.h"
@@ -25,8 +25,7 @@ RunResult RunDeEsser(const std::vector<std::string>& args);
 pid_t SpawnDeEsser(const std::vector<std::string>& args, const std::string& out,
                    const std::string& err);
 
-// Test signal: a 220 Hz tone with 6.5 kHz bursts, deterministic; channel c is
-// scaled by 1 - 0.25 c so that the channels differ.
+// The kit's vocal signal with sibilant bursts, interleaved.
 std::vector<float> TestSignal(int channels, int sampleRate, long long frames);
 
 // Writes interleaved samples in the given libsndfile format.

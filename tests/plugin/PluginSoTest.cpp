@@ -1,6 +1,7 @@
 // The built DeEsser.so, loaded and driven only through VSTPluginMain and the
 // AEffect record, as a host does.
 #include "HostHarness.h"
+#include "TestFiles.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -14,24 +15,12 @@ namespace
 class PluginSo : public ::testing::Test
 {
 protected:
-    void SetUp() override
-    {
-        // An empty settings folder: no user bank is found.
-        char dir[] = "/tmp/deesser-so-XXXXXX";
-        ASSERT_NE(mkdtemp(dir), nullptr);
-        configDir = dir;
-        setenv("XDG_CONFIG_HOME", dir, 1);
-        ASSERT_NE(host.Create(), nullptr);
-    }
-    void TearDown() override
-    {
-        host.Close();
-        std::string cmd = "rm -rf " + configDir;
-        (void)std::system(cmd.c_str());
-    }
+    void SetUp() override { ASSERT_NE(host.Create(), nullptr); }
 
+    // An empty settings folder: no user bank is found.
+    TempDir config;
+    ScopedEnv xdg{"XDG_CONFIG_HOME", config.path().c_str()};
     HostHarness host;
-    std::string configDir;
 };
 
 } // namespace

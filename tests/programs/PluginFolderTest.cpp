@@ -1,51 +1,29 @@
 // The built DeEsser.so, loaded as a host loads it, finds the factory bank:
 // through the host's directory answer (cut after its last "/", then taken as a
 // folder) when a bank is there, else beside its own file (dladdr).
-#include "AEffect.h"
 #include "FactoryTable.h"
 #include "TestFiles.h"
+#ifdef DEESSER_SO_PATH
+#include "HostHarness.h"
+#endif
 
 #include <gtest/gtest.h>
 
 #include <cstring>
-#include <dlfcn.h>
 
 namespace
 {
 #ifdef DEESSER_SO_PATH
-const char* g_Directory = nullptr;
-
-VstIntPtr Host(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
+// The name of program `index` after effOpen, from a fresh instance; the host
+// answers `directory` for the plug-in folder.
+std::string ProgramNameAfterOpen(int index, const char* directory)
 {
-    if (opcode == audioMasterVersion)
-        return 2400;
-    if (opcode == audioMasterGetDirectory)
-        return (VstIntPtr)g_Directory;
-    return 0;
-}
-
-// The name of program `index` after effOpen, from a fresh instance.
-std::string ProgramNameAfterOpen(int index)
-{
-    void* library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
-    if (!library)
-        return std::string("dlopen: ") + dlerror();
-    auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
-    std::string name = "no entry";
-    if (entry)
-    {
-        AEffect* effect = entry(Host);
-        if (effect)
-        {
-            effect->dispatcher(effect, effOpen, 0, 0, nullptr, 0.f);
-            char text[64] = {};
-            effect->dispatcher(effect, effGetProgramNameIndexed, index, 0, text, 0.f);
-            name = text;
-            effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.f);
-        }
-    }
-    dlclose(library);
-    return name;
+    HostHarness host;
+    host.directoryAnswer = directory;
+    if (!host.Create())
+        return "no instance";
+    host.Dispatch(effOpen);
+    return host.String(effGetProgramNameIndexed, index);
 }
 #endif
 
@@ -83,12 +61,8 @@ TEST(PluginFolder, BuiltPluginFindsItsFactoryBank)
         {elsewhere.c_str(), table[0].name},   // a folder without a bank
     };
     for (const auto& c : cases)
-    {
-        g_Directory = c.answer;
-        EXPECT_EQ(ProgramNameAfterOpen(0), c.first) << (c.answer ? c.answer : "(null)");
-    }
-    EXPECT_EQ(ProgramNameAfterOpen(31), "Empty");
-    g_Directory = nullptr;
+        EXPECT_EQ(ProgramNameAfterOpen(0, c.answer), c.first) << (c.answer ? c.answer : "(null)");
+    EXPECT_EQ(ProgramNameAfterOpen(31, nullptr), "Empty");
 #endif
 }
 } // namespace

@@ -6,7 +6,6 @@
 
 #include <cairo.h>
 #include <dirent.h>
-#include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -22,37 +21,14 @@
 #include <set>
 #include <string>
 #include <functional>
+#include <memory>
 #include <vector>
 
-#include "AEffect.h"
+#include "HostHarness.h"
+#include "TestFiles.h"
 
 namespace
 {
-VstIntPtr HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
-{
-    return opcode == audioMasterVersion ? 2400 : 0;
-}
-
-// The effect reads (and on save writes) its default bank in the user's
-// settings folder; point it at an empty folder of this run.
-std::string g_SettingsFolder;
-
-void UseScratchSettingsFolder()
-{
-    std::string& folder = g_SettingsFolder;
-    if (folder.empty())
-    {
-        char path[] = "/tmp/deesser-x11-tests-XXXXXX";
-        if (mkdtemp(path))
-        {
-            folder = path;
-            std::atexit([] { std::system(("rm -rf " + g_SettingsFolder).c_str()); });
-        }
-    }
-    if (!folder.empty())
-        setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
-}
-
 int OpenFdCount()
 {
     int n = 0;
@@ -110,18 +86,14 @@ protected:
             display = XOpenDisplay(nullptr);
         if (!display)
             GTEST_SKIP() << "cannot open $DISPLAY";
-        UseScratchSettingsFolder();
-        library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
-        ASSERT_NE(nullptr, library) << dlerror();
-        auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
-        ASSERT_NE(nullptr, entry);
-        effect = entry(HostCallback);
+        // The effect reads (and on save writes) its default bank in the
+        // user's settings folder: an empty one of this run.
+        UseScratchSettings();
+        host = std::make_unique<HostHarness>();
+        effect = host->Create();
         ASSERT_NE(nullptr, effect);
         ASSERT_TRUE(effect->flags & effFlagsHasEditor);
-        Dispatch(effOpen);
-        Dispatch(effSetSampleRate, 0, 0, nullptr, 44100.f);
-        Dispatch(effSetBlockSize, 0, 256);
-        Dispatch(effMainsChanged, 0, 1);
+        host->Start(44100.f, 256);
     }
 
     void TearDown() override
@@ -130,20 +102,18 @@ protected:
         {
             Dispatch(effEditClose);
             Dispatch(effMainsChanged, 0, 0);
-            Dispatch(effClose);
         }
+        host.reset();
         if (hostWindow && display)
             XDestroyWindow(display, hostWindow);
         if (display)
             XCloseDisplay(display);
-        if (library)
-            dlclose(library);
     }
 
     VstIntPtr Dispatch(VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0,
                        void* ptr = nullptr, float opt = 0.f)
     {
-        return effect->dispatcher(effect, opcode, index, value, ptr, opt);
+        return host->Dispatch(opcode, index, value, ptr, opt);
     }
 
     bool HasXTest()
@@ -238,7 +208,7 @@ protected:
     }
 
     Display* display = nullptr; // the host's own connection
-    void* library = nullptr;
+    std::unique_ptr<HostHarness> host;
     AEffect* effect = nullptr;
     Window hostWindow = 0;
     int hostKeyPresses = 0; // keys that reached a window of the host's
@@ -619,7 +589,7 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
     char name[64] = {0};
     Dispatch(effGetProgramNameIndexed, 0, 0, name);
     EXPECT_NE(nullptr, std::strstr(name, "Vox")) << name;
-    EXPECT_EQ(0, access((g_SettingsFolder + "/DeEsserDef.fxb").c_str(), F_OK));
+    EXPECT_EQ(0, access((UseScratchSettings() / "DeEsserDef.fxb").c_str(), F_OK));
 }
 
 TEST_F(X11Editor, OpenCloseCyclesLeaveNoConnectionBehind)
@@ -667,11 +637,9 @@ TEST(X11EditorNoDisplay, OpenWithoutAnXServerFailsCleanly)
     const char* saved = getenv("DISPLAY");
     const std::string display = saved ? saved : "";
     setenv("DISPLAY", ":9999", 1); // no server there
-    UseScratchSettingsFolder();
-    void* library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
-    ASSERT_NE(nullptr, library) << dlerror();
-    auto entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
-    AEffect* effect = entry(HostCallback);
+    UseScratchSettings();
+    HostHarness host;
+    AEffect* effect = host.Create();
     ASSERT_NE(nullptr, effect);
     effect->dispatcher(effect, effOpen, 0, 0, nullptr, 0.f);
     ERect* rect = nullptr;
@@ -680,8 +648,7 @@ TEST(X11EditorNoDisplay, OpenWithoutAnXServerFailsCleanly)
     effect->dispatcher(effect, effEditIdle, 0, 0, nullptr, 0.f);
     effect->dispatcher(effect, effEditDraw, 0, 0, nullptr, 0.f);
     effect->dispatcher(effect, effEditClose, 0, 0, nullptr, 0.f);
-    effect->dispatcher(effect, effClose, 0, 0, nullptr, 0.f);
-    dlclose(library);
+    host.Close();
     if (saved)
         setenv("DISPLAY", display.c_str(), 1);
     else

@@ -1,6 +1,6 @@
-// Helpers for tests that touch files: a private temporary folder removed at
-// the end, whole-file reads and writes, and an environment variable set for
-// one scope.
+// Helpers for tests that touch files: a private scratch folder removed at the
+// end, the settings folder of a whole run, whole-file reads and writes, an
+// environment variable set for one scope, and a bank file built by hand.
 #pragma once
 
 #include <cstdlib>
@@ -13,9 +13,12 @@
 class TempDir
 {
 public:
-    TempDir()
+    // Made in `base`, the system's temporary folder unless given.
+    explicit TempDir(const std::string& base = std::string())
     {
-        std::string pattern = (std::filesystem::temp_directory_path() / "deesser-XXXXXX").string();
+        const std::filesystem::path where =
+            base.empty() ? std::filesystem::temp_directory_path() : std::filesystem::path(base);
+        std::string pattern = (where / "deesser-XXXXXX").string();
         std::vector<char> buffer(pattern.begin(), pattern.end());
         buffer.push_back('\0');
         if (mkdtemp(buffer.data()))
@@ -29,10 +32,29 @@ public:
     }
     const std::string& path() const { return m_Path; }
     std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
 
 private:
     std::string m_Path;
 };
+
+// Memory-backed /dev/shm where there is one, else "" (the temporary folder):
+// for programs that write a file per input.
+inline std::string ScratchBase()
+{
+    std::error_code ignored;
+    return std::filesystem::is_directory("/dev/shm", ignored) ? "/dev/shm" : "";
+}
+
+// Points XDG_CONFIG_HOME at one empty folder for the rest of the run, so that
+// no user bank is read or written; the folder goes when the program ends.
+inline const TempDir& UseScratchSettings(const std::string& base = std::string())
+{
+    static const TempDir folder(base);
+    setenv("XDG_CONFIG_HOME", folder.path().c_str(), 1);
+    return folder;
+}
 
 inline void WriteBytes(const std::string& path, const std::string& bytes)
 {

@@ -1,3 +1,4 @@
+// The test host's library loading, entry and recording callback.
 #include "HostHarness.h"
 
 #include <cstring>
@@ -15,13 +16,13 @@ VstIntPtr HostHarness::Callback(AEffect*, VstInt32 opcode, VstInt32 index, VstIn
                                 void* ptr, float opt)
 {
     calls.push_back({opcode, index, value, opt});
-    if (opcode == 1) // audioMasterVersion
+    if (opcode == audioMasterVersion)
         return versionAnswer;
-    if (opcode == 41) // audioMasterGetDirectory
+    if (opcode == audioMasterGetDirectory)
         return (VstIntPtr)directoryAnswer;
-    if (opcode == 32 || opcode == 33) // audioMasterGetVendorString, audioMasterGetProductString
+    if (opcode == audioMasterGetVendorString || opcode == audioMasterGetProductString)
     {
-        const char* name = opcode == 32 ? vendorAnswer : productAnswer;
+        const char* name = opcode == audioMasterGetVendorString ? vendorAnswer : productAnswer;
         if (!name)
             return 0;
         std::strcpy((char*)ptr, name);
@@ -30,14 +31,15 @@ VstIntPtr HostHarness::Callback(AEffect*, VstInt32 opcode, VstInt32 index, VstIn
     return 0;
 }
 
-HostHarness::HostHarness()
+HostHarness::HostHarness(const char* path)
 {
-    library = dlopen(DEESSER_SO_PATH, RTLD_NOW | RTLD_LOCAL);
+    library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
     if (!library)
         throw std::runtime_error(dlerror());
     entry = (AEffect * (*)(audioMasterCallback)) dlsym(library, "VSTPluginMain");
     calls.clear();
     versionAnswer = 2400;
+    directoryAnswer = nullptr;
     productAnswer = vendorAnswer = nullptr;
     nameResult = 1;
 }
@@ -53,6 +55,15 @@ AEffect* HostHarness::Create()
 {
     effect = entry ? entry(&HostHarness::Callback) : nullptr;
     return effect;
+}
+
+void HostHarness::Start(float rate, int block, bool on)
+{
+    Dispatch(effOpen);
+    Dispatch(effSetSampleRate, 0, 0, nullptr, rate);
+    Dispatch(effSetBlockSize, 0, block);
+    if (on)
+        Dispatch(effMainsChanged, 0, 1);
 }
 
 VstIntPtr HostHarness::Dispatch(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,

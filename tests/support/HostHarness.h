@@ -1,5 +1,7 @@
-// A minimal VST 2.4 host for tests: loads the built DeEsser.so with dlopen,
-// enters it through VSTPluginMain and records every host callback.
+// A minimal VST 2.4 host for tests and benchmarks: loads a built plug-in
+// (DeEsser.so unless told otherwise) with dlopen, enters it through
+// VSTPluginMain and records every host callback. The callback answers the
+// version (2.4) and, when set, the plug-in folder.
 #pragma once
 
 #include "AEffect.h"
@@ -18,11 +20,19 @@ struct HostCall
 class HostHarness
 {
 public:
-    HostHarness();
+    // Throws std::runtime_error when the library does not load.
+    explicit HostHarness(const char* path);
+#ifdef DEESSER_SO_PATH
+    HostHarness() : HostHarness(DEESSER_SO_PATH) {}
+#endif
     ~HostHarness();
+    HostHarness(const HostHarness&) = delete;
+    HostHarness& operator=(const HostHarness&) = delete;
 
     // Creates one instance; null when the plug-in refuses.
     AEffect* Create();
+    // effOpen, sample rate, block size and, when `on`, effMainsChanged(1).
+    void Start(float rate, int block, bool on = true);
     VstIntPtr Dispatch(VstInt32 opcode, VstInt32 index = 0, VstIntPtr value = 0,
                        void* ptr = nullptr, float opt = 0.f);
     std::string String(VstInt32 opcode, VstInt32 index = 0); // a text-returning opcode

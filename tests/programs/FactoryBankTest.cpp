@@ -6,6 +6,7 @@
 #include "BankFile.h"
 #include "FactoryTable.h"
 #include "TestFiles.h"
+#include "TestSignal.h"
 
 #include <gtest/gtest.h>
 
@@ -37,21 +38,22 @@ VstIntPtr SilentHost(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, floa
     return opcode == audioMasterVersion ? 2400 : 0;
 }
 
-// 1.5 s of voiced tones, then 1.5 s of sibilance.
+// 1.5 s of voiced tones, then 1.5 s of sibilance: steady tones, so that
+// every program's settled reduction is measured.
 std::vector<float> TestSignal()
 {
-    std::vector<float> x(3 * kRate, 0.f);
-    for (int i = 0; i < 3 * kRate; ++i)
+    const int half = 3 * kRate / 2;
+    std::vector<float> x(2 * half, 0.f);
+    auto add = [&](int from, double hz, double amp)
     {
-        double t = (double)i / kRate, v = 0.0;
-        if (i < 3 * kRate / 2)
-            for (size_t k = 0; k < std::size(kVoiceHz); ++k)
-                v += kVoiceAmp[k] * std::sin(2 * M_PI * kVoiceHz[k] * t);
-        else
-            for (double f : kSibilanceHz)
-                v += kSibilanceAmp * std::sin(2 * M_PI * f * t);
-        x[i] = (float)v;
-    }
+        const std::vector<float> tone = testsignal::Sine(half, hz, kRate, amp);
+        for (int i = 0; i < half; ++i)
+            x[from + i] += tone[i];
+    };
+    for (size_t k = 0; k < std::size(kVoiceHz); ++k)
+        add(0, kVoiceHz[k], kVoiceAmp[k]);
+    for (double hz : kSibilanceHz)
+        add(half, hz, kSibilanceAmp);
     return x;
 }
 
@@ -62,7 +64,7 @@ double ToneAmplitude(const std::vector<float>& x, int from, double hz)
     double re = 0, im = 0;
     for (int i = 0; i < kRate; ++i)
     {
-        double phase = 2 * M_PI * hz * i / kRate;
+        double phase = 2 * testsignal::kPi * hz * i / kRate;
         re += x[from + i] * std::cos(phase);
         im += x[from + i] * std::sin(phase);
     }
