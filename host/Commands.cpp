@@ -1,5 +1,8 @@
 // Command-line parsing and the five commands of the deesser host.
 #include "Commands.h"
+#include "CJsonWriter.h"
+#include "CArgs.h"
+#include "COutputFile.h"
 #include "DemoSignal.h"
 #include "FxbFile.h"
 #include "HostError.h"
@@ -23,94 +26,96 @@
 namespace
 {
 const char kUsage[] =
-    "usage: deesser COMMAND [options]\n"
+    "usage: deesser COMMAND [options]     (deesser COMMAND --help for each)\n"
     "\n"
-    "  render IN OUT [--program N | --program-name NAME] [--bank FILE.fxb]\n"
-    "                [--set NAME=VALUE ...] [--block N] [--plugin PATH] [--force]\n"
-    "                [--no-progress]\n"
-    "      process a sound file through the plug-in and print a before/after summary\n"
-    "  demo [--out-dir DIR] [--plugin PATH]\n"
+    "  render IN OUT | render IN... --out-dir DIR\n"
+    "      process sound files through the plug-in and print a before/after summary\n"
+    "  programs [NAME|NUMBER]\n"
+    "      the plug-in's programs with their settings\n"
+    "  demo [--out-dir DIR]\n"
     "      synthesise a sibilant voice, de-ess it, write demo-in.wav, demo-out.wav\n"
     "      and demo.png, and print the summary\n"
-    "  info [--plugin PATH]\n"
+    "  info\n"
     "      identity, parameters and programs of the plug-in\n"
-    "  import-legacy LIST.LST OUT.fxb [--bank BASE.fxb] [--plugin PATH] [--force]\n"
+    "  import-legacy LIST.LST OUT.fxb\n"
     "      turn a legacy program list and its .PGM files into a bank file\n"
-    "  bench [--seconds N] [--plugin PATH]\n"
+    "  bench [--seconds N]\n"
     "      processing cost per stereo frame, side-chain and split-band, block 256\n"
     "\n"
-    "Parameter values for --set are in display units: Threshold=-30 (dB), Ratio=4,\n"
-    "AttackTime=1 (ms), ReleaseTime=0.05 (s), LowFreq=5000 (Hz), Output=-3 (dB),\n"
-    "SideChain=OFF. Other plug-ins take normalised values 0..1.\n";
+    "  --help, --version\n"
+    "\n"
+    "Exit status: 0 all done, 1 a usage or input error, 2 some files of a batch failed.\n";
+
+const char kPluginHelp[] =
+    "  --plugin PATH          the VST 2.4 plug-in (default: DeEsser.so, see the manual)\n"
+    "  --factory              start from the factory bank, ignoring the user's default bank\n"
+    "  --bank FILE.fxb        load a bank file first\n"
+    "  --program N            program N (from 0); default: the plug-in's current, 0\n"
+    "  --program-name NAME    a program by (part of) its name, case ignored\n"
+    "  --set NAME=VALUE       a parameter in display units, e.g. Threshold=-30,\n"
+    "                         Ratio=4, AttackTime=1 (ms), ReleaseTime=0.05 (s),\n"
+    "                         LowFreq=5000 (Hz), Output=-3 (dB), SideChain=OFF;\n"
+    "                         other plug-ins take normalised values 0..1\n"
+    "  --block N              processing block size, 1..65536 (default 512)\n";
+
+const char kRenderHelp[] =
+    "usage: deesser render IN OUT [options]\n"
+    "       deesser render IN... --out-dir DIR [options]\n"
+    "\n"
+    "Renders sound files through the plug-in. IN may be a file, a folder (its sound\n"
+    "files) or - for standard input; OUT may be - for standard output (WAV unless\n"
+    "--format). Reads what libsndfile reads (WAV, FLAC, AIFF, Ogg, Opus, MP3, CAF...).\n"
+    "The output format comes from OUT's extension: wav w64 rf64 aiff flac ogg opus\n"
+    "mp3 caf au.\n"
+    "\n"
+    "%s"
+    "  --dual-mono            one instance per channel, each detecting on its own\n"
+    "  --channels A,B         process channels A and B (from 1), pass the rest through;\n"
+    "                         without it more than 2 channels go as stereo pairs\n"
+    "  --out-dir DIR          several inputs, written into DIR under their own names\n"
+    "  -j, --jobs N           files rendered at the same time (default: all cores)\n"
+    "  --format EXT           output format by name (for - and --out-dir)\n"
+    "  --bits 16|24|32|float  output encoding (PCM outputs)\n"
+    "  --quality Q            0..10 for lossy outputs (ogg, opus, mp3)\n"
+    "  --force                replace an existing output (its permissions are kept)\n"
+    "  --fail-on-clip         an error, and no output, when samples would clip\n"
+    "  --no-analysis          skip the level measurements\n"
+    "  --plot FILE.png        draw waveforms and gain change of the render\n"
+    "  -q, --quiet            only warnings and errors\n"
+    "  --json                 one JSON object per file on stdout\n"
+    "  --no-progress          no progress bar\n"
+    "\n"
+    "Exit status: 0 all done, 1 a usage or input error, 2 some files of a batch failed.\n";
+
+const char kProgramsHelp[] =
+    "usage: deesser programs [NAME|NUMBER] [--plugin PATH] [--factory] [--bank FILE.fxb]\n"
+    "                        [--json]\n"
+    "\n"
+    "Lists the plug-in's programs with their settings in display units, or every\n"
+    "parameter of one program (by number from 0, or by part of its name).\n";
+
+const char kDemoHelp[] =
+    "usage: deesser demo [--out-dir DIR] [--plugin PATH] [--factory]\n"
+    "\n"
+    "Synthesises 4 s of sibilant voice, de-esses it with the first program named\n"
+    "for vocals, writes demo-in.wav, demo-out.wav and demo.png into DIR (default .)\n"
+    "and prints the summary.\n";
+
+const char kInfoHelp[] = "usage: deesser info [--plugin PATH]\n"
+                         "\n"
+                         "Shows the plug-in's identity, parameters and programs.\n";
+
+const char kImportHelp[] =
+    "usage: deesser import-legacy LIST.LST OUT.fxb [--bank BASE.fxb] [--plugin PATH] [--force]\n"
+    "\n"
+    "Turns a legacy program list and the .PGM files it names into a bank file.\n";
+
+const char kBenchHelp[] =
+    "usage: deesser bench [--seconds N] [--plugin PATH]\n"
+    "\n"
+    "Times processReplacing on the demo signal in side-chain and split-band mode.\n";
 
 typedef std::chrono::steady_clock Clock;
-
-// A minimal option reader: "--name value", "--name=value", flags, positionals.
-class CArgs
-{
-public:
-    explicit CArgs(const ArgList& args) : m_Args(args) {}
-
-    // Next item; false at the end. For an option that takes a value, the
-    // value is fetched with Value().
-    bool Next(std::string& item)
-    {
-        m_Pending.clear();
-        m_HasInline = false;
-        if (m_Pos >= m_Args.size())
-            return false;
-        item = m_Args[m_Pos++];
-        if (item.size() > 2 && item.compare(0, 2, "--") == 0)
-        {
-            size_t eq = item.find('=');
-            if (eq != std::string::npos)
-            {
-                m_Pending = item.substr(eq + 1);
-                m_HasInline = true;
-                item = item.substr(0, eq);
-            }
-        }
-        m_Current = item;
-        return true;
-    }
-    std::string Value()
-    {
-        if (m_HasInline)
-        {
-            m_HasInline = false;
-            return m_Pending;
-        }
-        if (m_Pos >= m_Args.size())
-            throw CHostError(m_Current + " needs a value");
-        return m_Args[m_Pos++];
-    }
-    int IntValue(int lo, int hi)
-    {
-        std::string v = Value();
-        char* end = nullptr;
-        long n = std::strtol(v.c_str(), &end, 10);
-        if (v.empty() || *end || n < lo || n > hi)
-            throw CHostError(m_Current + " needs a whole number " + std::to_string(lo) + " .. " +
-                             std::to_string(hi) + ", got \"" + v + "\"");
-        return (int)n;
-    }
-    void NoInline()
-    {
-        if (m_HasInline)
-            throw CHostError(m_Current + " takes no value");
-    }
-
-private:
-    const ArgList& m_Args;
-    size_t m_Pos = 0;
-    std::string m_Current, m_Pending;
-    bool m_HasInline = false;
-};
-
-[[noreturn]] void unknownOption(const std::string& item, const char* command)
-{
-    throw CHostError("unknown option " + item + " for " + command + " (see deesser --help)");
-}
 
 std::string flagsText(VstInt32 flags)
 {
@@ -179,105 +184,69 @@ int demoProgram(CVstHost& host, std::string* name)
     return -1;
 }
 
-std::vector<float> readMono(const std::string& path)
+void writeFile(COutputFile& file, const std::string& path, const std::vector<uint8_t>& bytes)
 {
-    CSoundReader reader(path);
-    const int ch = reader.Info().channels;
-    std::vector<float> buffer(4096 * (size_t)ch), mono;
-    long long n;
-    while ((n = reader.Read(buffer.data(), 4096)) > 0)
-        for (long long i = 0; i < n; ++i)
-        {
-            double sum = 0;
-            for (int c = 0; c < ch; ++c)
-                sum += buffer[i * ch + c];
-            mono.push_back((float)(sum / ch));
-        }
-    return mono;
-}
-
-void writeFile(const std::string& path, const std::vector<uint8_t>& bytes, bool force)
-{
-    CPendingFile pending(path, force);
+    int fd = file.DupFd();
     size_t done = 0;
     while (done < bytes.size())
     {
-        ssize_t n = write(pending.Fd(), bytes.data() + done, bytes.size() - done);
+        ssize_t n = write(fd, bytes.data() + done, bytes.size() - done);
         if (n < 0 && errno == EINTR)
             continue;
         if (n <= 0)
-            throw CHostError("cannot write " + path + ": " + std::strerror(errno));
+        {
+            int err = errno;
+            close(fd);
+            throw CHostError("cannot write " + path + ": " + std::strerror(err));
+        }
         done += (size_t)n;
     }
-    pending.Commit();
+    close(fd);
+    file.Commit();
+}
+
+// Handles the plug-in options of the simple commands; the rest is theirs.
+struct SimpleCommand
+{
+    PluginChoices plug;
+    OutputChoices out;
+    std::vector<std::string> positional;
+};
+
+SimpleCommand parseSimple(const ArgList& args, const char* command, bool outputOptions)
+{
+    SimpleCommand c;
+    CArgs a(args);
+    std::string item;
+    while (a.Next(item))
+    {
+        if (!a.IsOption())
+            c.positional.push_back(item);
+        else if (!ParsePluginOption(a, item, c.plug) &&
+                 !(outputOptions && ParseOutputOption(a, item, c.out)))
+            UnknownOption(item, command);
+    }
+    return c;
 }
 } // namespace
 
 int CmdRender(const ArgList& args)
 {
-    RenderOptions options;
-    std::vector<std::string> positional;
-    CArgs a(args);
-    std::string item;
-    bool haveProgram = false;
-    while (a.Next(item))
-    {
-        if (item == "--program")
-        {
-            options.program = a.IntValue(0, 1 << 30);
-            haveProgram = true;
-        }
-        else if (item == "--program-name")
-            options.programName = a.Value();
-        else if (item == "--bank")
-            options.bank = a.Value();
-        else if (item == "--set")
-            options.sets.push_back(a.Value());
-        else if (item == "--block")
-            options.block = a.IntValue(1, 65536);
-        else if (item == "--plugin")
-            options.plugin = a.Value();
-        else if (item == "--force")
-        {
-            a.NoInline();
-            options.force = true;
-        }
-        else if (item == "--no-progress")
-        {
-            a.NoInline();
-            options.progress = false;
-        }
-        else if (item.size() > 1 && item[0] == '-')
-            unknownOption(item, "render");
-        else
-            positional.push_back(item);
-    }
-    if (positional.size() != 2)
-        throw CHostError("render needs an input and an output file (deesser render IN OUT)");
-    if (haveProgram && !options.programName.empty())
-        throw CHostError("give --program or --program-name, not both");
-    options.input = positional[0];
-    options.output = positional[1];
-    RenderReport report = RenderFile(options);
-    std::printf("rendered %s -> %s\n", options.input.c_str(), options.output.c_str());
-    PrintSummary(stdout, report);
-    return 0;
+    return RunRender(ParseRenderCommand(args));
 }
 
 int CmdDemo(const ArgList& args)
 {
     std::string dir = ".";
-    std::string plugin;
+    RenderOptions options;
     CArgs a(args);
     std::string item;
     while (a.Next(item))
     {
         if (item == "--out-dir")
             dir = a.Value();
-        else if (item == "--plugin")
-            plugin = a.Value();
-        else
-            unknownOption(item, "demo");
+        else if (!ParsePluginOption(a, item, options.plug))
+            UnknownOption(item, "demo");
     }
     struct stat st;
     if (stat(dir.c_str(), &st) != 0)
@@ -289,69 +258,55 @@ int CmdDemo(const ArgList& args)
         throw CHostError(dir + " is not a folder");
     if (dir.back() != '/')
         dir += '/';
-    if (plugin.empty())
-        plugin = DefaultPluginPath();
+    if (options.plug.plugin.empty())
+        options.plug.plugin = DefaultPluginPath();
 
     // 4 s of sibilant voice, written as a mono float WAV.
     const double rate = 44100;
     std::vector<float> voice = SynthesiseDemo(rate, 4.0);
-    std::string inPath = dir + "demo-in.wav", outPath = dir + "demo-out.wav";
+    FileJob job;
+    job.input = dir + "demo-in.wav";
+    job.output = dir + "demo-out.wav";
     {
         SoundInfo info;
         info.channels = 1;
         info.sampleRate = (int)rate;
         info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-        CPendingFile pending(inPath, true);
-        CSoundWriter writer(pending, info);
+        COutputFile file(job.input, true);
+        CSoundWriter writer(file, info);
         writer.Write(voice.data(), (long long)voice.size());
         writer.Close();
-        pending.Commit();
+        file.Commit();
     }
 
-    RenderOptions options;
-    options.input = inPath;
-    options.output = outPath;
-    options.plugin = plugin;
     options.force = true; // the demo's own files are replaced on every run
-    options.progress = false;
+    options.out.progress = false;
+    options.plot = dir + "demo.png";
+    options.plotTitle = "De-essing a synthetic sibilant voice";
     {
-        CVstHost probe(plugin);
+        CVstHost probe(options.plug.plugin);
         probe.Open();
         std::string name;
         int program = probe.IsDeEsser() ? demoProgram(probe, &name) : -1;
         if (!probe.IsDeEsser())
-            throw CHostError("the demo needs the de-esser plug-in; " + plugin + " is " +
-                             probe.Text(effGetEffectName));
-        if (program >= 0)
-            options.program = program;
-        else
-            options.sets = {"Threshold=-30", "Ratio=4", "AutoThreshold=OFF", "SideChain=ON",
-                            "ReleaseTime=0.05"};
+            throw CHostError("the demo needs the de-esser plug-in; " + options.plug.plugin +
+                             " is " + probe.Text(effGetEffectName));
+        if (options.plug.program < 0 && options.plug.programName.empty() &&
+            options.plug.sets.empty())
+        {
+            if (program >= 0)
+                options.plug.program = program;
+            else
+                options.plug.sets = {"Threshold=-30", "Ratio=4", "AutoThreshold=OFF",
+                                     "SideChain=ON", "ReleaseTime=0.05"};
+        }
     }
-    RenderReport report = RenderFile(options);
-
-    PlotData plot;
-    plot.sampleRate = rate;
-    plot.input = voice;
-    plot.output = readMono(outPath);
-    plot.windowSeconds = report.before->WindowSeconds();
-    plot.bandGain = report.bandGain;
-    plot.wideGain = report.wideGain;
-    char subtitle[256];
-    std::snprintf(subtitle, sizeof(subtitle),
-                  "%s, %s  |  sibilance 5-9 kHz %+.1f dB, voice 100-3000 Hz %+.1f dB, "
-                  "largest reduction %.1f dB",
-                  report.pluginName.c_str(), report.programText.c_str(),
-                  report.after->SibilanceDb() - report.before->SibilanceDb(),
-                  report.after->VoiceDb() - report.before->VoiceDb(),
-                  LargestReduction(report.bandGain, nullptr));
-    plot.title = "De-essing a synthetic sibilant voice";
-    plot.subtitle = subtitle;
-    WritePlot(plot, dir + "demo.png");
-
-    std::printf("wrote %s, %s and %s\n", inPath.c_str(), outPath.c_str(),
-                (dir + "demo.png").c_str());
-    PrintSummary(stdout, report);
+    RenderReport report = RenderFile(options, job);
+    for (const std::string& w : report.warnings)
+        std::fprintf(stderr, "deesser: warning: %s\n", w.c_str());
+    std::printf("wrote %s, %s and %s\n", job.input.c_str(), job.output.c_str(),
+                options.plot.c_str());
+    std::fputs(SummaryText(report).c_str(), stdout);
     return 0;
 }
 
@@ -365,7 +320,7 @@ int CmdInfo(const ArgList& args)
         if (item == "--plugin")
             plugin = a.Value();
         else
-            unknownOption(item, "info");
+            UnknownOption(item, "info");
     }
     CVstHost host(plugin.empty() ? DefaultPluginPath() : plugin);
     host.Open();
@@ -421,7 +376,7 @@ int CmdImportLegacy(const ArgList& args)
             force = true;
         }
         else if (item.size() > 1 && item[0] == '-')
-            unknownOption(item, "import-legacy");
+            UnknownOption(item, "import-legacy");
         else
             positional.push_back(item);
     }
@@ -430,7 +385,7 @@ int CmdImportLegacy(const ArgList& args)
                          "LIST.LST OUT.fxb)");
     const std::string& listPath = positional[0];
     const std::string& outPath = positional[1];
-    CheckOutputPath(outPath, listPath, force);
+    COutputFile outFile(outPath, force, listPath);
     std::vector<std::string> warnings;
     std::vector<LegacyProgram> programs = ReadLegacyList(listPath, &warnings);
     for (const std::string& w : warnings)
@@ -492,7 +447,7 @@ int CmdImportLegacy(const ArgList& args)
     bank.numPrograms = host.NumPrograms();
     bank.chunk.assign((const uint8_t*)data, (const uint8_t*)data + size);
     std::vector<uint8_t> bytes = BuildFxbBank(bank);
-    writeFile(outPath, bytes, force);
+    writeFile(outFile, outPath, bytes);
     std::printf("imported %zu program%s from %s into %s (%zu bytes)\n", programs.size(),
                 programs.size() == 1 ? "" : "s", listPath.c_str(), outPath.c_str(), bytes.size());
     return 0;
@@ -517,7 +472,7 @@ int CmdBench(const ArgList& args)
         else if (item == "--plugin")
             plugin = a.Value();
         else
-            unknownOption(item, "bench");
+            UnknownOption(item, "bench");
     }
     if (plugin.empty())
         plugin = DefaultPluginPath();
@@ -587,44 +542,158 @@ int CmdBench(const ArgList& args)
     return 0;
 }
 
+int CmdPrograms(const ArgList& args)
+{
+    SimpleCommand c = parseSimple(args, "programs", true);
+    if (c.positional.size() > 1)
+        throw CHostError("programs takes at most one program name or number");
+    bool one = !c.positional.empty();
+    if (one)
+    {
+        const std::string& which = c.positional[0];
+        char* end = nullptr;
+        long n = std::strtol(which.c_str(), &end, 10);
+        if (!which.empty() && !*end && n >= 0)
+            c.plug.program = (int)n;
+        else
+            c.plug.programName = which;
+    }
+    RenderReport report;
+    std::unique_ptr<CVstHost> host = OpenConfiguredPlugin(c.plug, 48000, report);
+    for (const std::string& w : report.warnings)
+        std::fprintf(stderr, "deesser: warning: %s\n", w.c_str());
+    const int params = host->NumParams();
+    std::vector<int> programs;
+    if (one)
+        programs.push_back((int)host->Dispatch(effGetProgram));
+    else
+        for (int i = 0; i < host->NumPrograms(); ++i)
+            programs.push_back(i);
+
+    CJsonWriter json;
+    json.BeginArray();
+    std::vector<std::string> names;
+    for (int i = 0; i < params; ++i)
+        names.push_back(host->ParamName(i));
+    if (!one && !c.out.json)
+    {
+        std::printf("%3s  %-23s", "#", "name");
+        for (int i = 0; i < params; ++i)
+            std::printf(" %*s", (int)std::max<size_t>(7, names[i].size()), names[i].c_str());
+        std::printf("\n");
+    }
+    for (int p : programs)
+    {
+        host->Dispatch(effSetProgram, 0, p);
+        std::string name = host->Text(effGetProgramName);
+        json.BeginObject().Integer("number", p).String("name", name).BeginObject("settings");
+        if (one && !c.out.json)
+            std::printf("program %d \"%s\"\n", p, name.c_str());
+        else if (!c.out.json)
+            std::printf("%3d  %-23s", p, name.c_str());
+        for (int i = 0; i < params; ++i)
+        {
+            std::string display = host->ParamDisplay(i), label = host->ParamLabel(i);
+            json.String(names[i].c_str(), display + (label.empty() ? "" : " " + label));
+            if (c.out.json)
+                continue;
+            if (one)
+                std::printf("  %-14s %10s %s\n", names[i].c_str(), display.c_str(), label.c_str());
+            else
+                std::printf(" %*s", (int)std::max<size_t>(7, names[i].size()), display.c_str());
+        }
+        json.EndObject().EndObject();
+        if (!one && !c.out.json)
+            std::printf("\n");
+    }
+    json.EndArray();
+    if (c.out.json)
+        std::printf("%s\n", json.Text().c_str());
+    else if (!one)
+    {
+        std::printf("units:");
+        for (int i = 0; i < params; ++i)
+        {
+            std::string label = host->ParamLabel(i);
+            if (!label.empty())
+                std::printf(" %s %s,", names[i].c_str(), label.c_str());
+        }
+        std::printf(" the rest plain numbers or ON/OFF\n");
+    }
+    return 0;
+}
+
+namespace
+{
+struct Command
+{
+    const char* name;
+    int (*run)(const ArgList&);
+    const char* help;
+};
+
+std::string helpText(const Command& c)
+{
+    if (std::strcmp(c.name, "render") != 0)
+        return c.help;
+    std::vector<char> text(std::strlen(kRenderHelp) + std::strlen(kPluginHelp) + 1);
+    std::snprintf(text.data(), text.size(), kRenderHelp, kPluginHelp);
+    return text.data();
+}
+} // namespace
+
 int RunDeEsser(int argc, char** argv)
 {
+    static const Command commands[] = {
+        {"render", CmdRender, kRenderHelp},
+        {"programs", CmdPrograms, kProgramsHelp},
+        {"demo", CmdDemo, kDemoHelp},
+        {"info", CmdInfo, kInfoHelp},
+        {"import-legacy", CmdImportLegacy, kImportHelp},
+        {"bench", CmdBench, kBenchHelp},
+    };
     if (argc < 2)
     {
         std::fputs(kUsage, stderr);
-        return 2;
+        return 1;
     }
-    std::string command = argv[1];
+    std::string word = argv[1];
     ArgList args(argv + 2, argv + argc);
-    try
+    if (word == "--help" || word == "-h" || word == "help")
     {
-        if (command == "render")
-            return CmdRender(args);
-        if (command == "demo")
-            return CmdDemo(args);
-        if (command == "info")
-            return CmdInfo(args);
-        if (command == "import-legacy")
-            return CmdImportLegacy(args);
-        if (command == "bench")
-            return CmdBench(args);
-        if (command == "--help" || command == "-h" || command == "help")
+        std::fputs(kUsage, stdout);
+        return 0;
+    }
+    if (word == "--version")
+    {
+        std::printf("deesser %s (%s)\n", DEESSER_VERSION, sf_version_string());
+        return 0;
+    }
+    for (const Command& c : commands)
+    {
+        if (word != c.name)
+            continue;
+        for (const std::string& a : args)
+            if (a == "--help" || a == "-h")
+            {
+                std::fputs(helpText(c).c_str(), stdout);
+                return 0;
+            }
+        try
         {
-            std::fputs(kUsage, stdout);
-            return 0;
+            return c.run(args);
         }
-        std::fprintf(stderr, "deesser: unknown command \"%s\" (see deesser --help)\n",
-                     command.c_str());
-        return 2;
+        catch (const CHostError& e)
+        {
+            std::fprintf(stderr, "deesser: %s\n", e.what());
+            return 1;
+        }
+        catch (const std::bad_alloc&)
+        {
+            std::fprintf(stderr, "deesser: out of memory\n");
+            return 1;
+        }
     }
-    catch (const CHostError& e)
-    {
-        std::fprintf(stderr, "deesser: %s\n", e.what());
-        return 1;
-    }
-    catch (const std::bad_alloc&)
-    {
-        std::fprintf(stderr, "deesser: out of memory\n");
-        return 1;
-    }
+    std::fprintf(stderr, "deesser: unknown command \"%s\" (see deesser --help)\n", word.c_str());
+    return 1;
 }

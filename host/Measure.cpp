@@ -37,6 +37,11 @@ void CBiquad::SetLowPass(double freq, double q, double sampleRate)
     m_A2 = (1.0 - alpha) / a0;
 }
 
+void CBiquad::SetZero()
+{
+    m_B0 = m_B1 = m_B2 = m_A1 = m_A2 = 0;
+}
+
 CBandPass::CBandPass(double low, double high, double sampleRate)
 {
     double nyquistEdge = 0.45 * sampleRate;
@@ -55,54 +60,84 @@ CSignalStats::CSignalStats(int channels, double sampleRate, double windowSeconds
     : m_Channels(channels), m_SampleRate(sampleRate)
 {
     m_WindowFrames = std::max(1LL, (long long)std::llround(windowSeconds * sampleRate));
-    for (int c = 0; c < channels; ++c)
+    CBandPass sib(5000.0, 9000.0, sampleRate), voice(100.0, 3000.0, sampleRate);
+    m_SibUsable = sib.Usable();
+    for (int k = 0; k < 4; ++k)
     {
-        m_Sib.emplace_back(5000.0, 9000.0, sampleRate);
-        m_Voice.emplace_back(100.0, 3000.0, sampleRate);
+        CBiquad s = sib.Section(k), v = voice.Section(k);
+        if (!m_SibUsable)
+            s.SetZero();
+        auto lanes = [](double sv, double vv) {
+            return LaneVector{(LaneScalar)sv, (LaneScalar)sv, (LaneScalar)vv, (LaneScalar)vv};
+        };
+        m_Coeffs[k] = {lanes(s.m_B0, v.m_B0), lanes(s.m_B1, v.m_B1), lanes(s.m_B2, v.m_B2),
+                       lanes(s.m_A1, v.m_A1), lanes(s.m_A2, v.m_A2)};
     }
+    const size_t pairs = (size_t)(channels + 1) / 2;
+    m_S1.assign(pairs * 4, LaneVector{0, 0, 0, 0});
+    m_S2.assign(pairs * 4, LaneVector{0, 0, 0, 0});
 }
 
 void CSignalStats::Add(const float* x, long long frames)
 {
+    const int channels = m_Channels;
+    const int pairs = (channels + 1) / 2;
     for (long long i = 0; i < frames; ++i)
     {
-        double wide = 0, sib = 0;
-        for (int c = 0; c < m_Channels; ++c)
+        const float* frame = x + i * channels;
+        for (int p = 0; p < pairs; ++p)
         {
-            double v = x[i * m_Channels + c];
-            if (!std::isfinite(v))
-                v = 0;
-            m_Peak = std::max(m_Peak, std::fabs(v));
-            wide += v * v;
-            double s = m_Sib[c].Usable() ? m_Sib[c].Run(v) : 0.0;
-            double o = m_Voice[c].Run(v);
-            sib += s * s;
-            m_VoiceSum += o * o;
+            LaneScalar a = frame[2 * p];
+            LaneScalar b = 2 * p + 1 < channels ? frame[2 * p + 1] : 0.0f;
+            if (!std::isfinite(a))
+                a = 0;
+            if (!std::isfinite(b))
+                b = 0;
+            LaneVector y = {a, b, a, b};
+            m_PeakLanes = std::max(m_PeakLanes, std::fabs(a));
+            m_PeakLanes = std::max(m_PeakLanes, std::fabs(b));
+            LaneVector* s1 = &m_S1[(size_t)p * 4];
+            LaneVector* s2 = &m_S2[(size_t)p * 4];
+            LaneVector wide = y * y;
+            for (int k = 0; k < 4; ++k)
+            {
+                const CBandLanes& c = m_Coeffs[k];
+                LaneVector in = y;
+                y = c.b0 * in + s1[k];
+                s1[k] = c.b1 * in - c.a1 * y + s2[k];
+                s2[k] = c.b2 * in - c.a2 * y;
+            }
+            m_WinBands += y * y;
+            m_WinWideLanes += wide;
         }
-        m_Sum += wide;
-        m_SibSum += sib;
-        m_WinWide += wide;
-        m_WinSib += sib;
         if (++m_WinCount == m_WindowFrames)
-        {
-            m_WindowWide.push_back(m_WinWide / (double)(m_WinCount * m_Channels));
-            m_WindowSib.push_back(m_WinSib / (double)(m_WinCount * m_Channels));
-            m_WinWide = m_WinSib = 0;
-            m_WinCount = 0;
-        }
+            closeWindow();
     }
     m_Frames += frames;
+}
+
+void CSignalStats::closeWindow()
+{
+    // Lanes: sibilance a, b, voice a, b; the wide lanes hold a, b twice.
+    const double n = (double)(m_WinCount * m_Channels);
+    double wide = (double)m_WinWideLanes[0] + (double)m_WinWideLanes[1];
+    double sib = (double)m_WinBands[0] + (double)m_WinBands[1];
+    double voice = (double)m_WinBands[2] + (double)m_WinBands[3];
+    m_Sum += wide;
+    m_SibSum += sib;
+    m_VoiceSum += voice;
+    m_Peak = std::max(m_Peak, (double)m_PeakLanes);
+    m_WindowWide.push_back(wide / n);
+    m_WindowSib.push_back(sib / n);
+    m_WinBands = m_WinWideLanes = LaneVector{0, 0, 0, 0};
+    m_WinCount = 0;
 }
 
 void CSignalStats::Finish()
 {
     if (m_WinCount > 0)
-    {
-        m_WindowWide.push_back(m_WinWide / (double)(m_WinCount * m_Channels));
-        m_WindowSib.push_back(m_WinSib / (double)(m_WinCount * m_Channels));
-        m_WinWide = m_WinSib = 0;
-        m_WinCount = 0;
-    }
+        closeWindow();
+    m_Peak = std::max(m_Peak, (double)m_PeakLanes);
 }
 
 double PowerDb(double meanSquare)

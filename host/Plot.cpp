@@ -1,7 +1,9 @@
 // cairo drawing of the demo plot: three panels sharing one time axis.
 #include "Plot.h"
 #include "HostError.h"
-#include "SoundFile.h"
+#include "COutputFile.h"
+
+#include <algorithm>
 
 #include <cairo.h>
 #include <cmath>
@@ -72,6 +74,16 @@ std::string fmt(const char* f, double v)
     return buf;
 }
 
+// Seconds between time ticks: about ten ticks whatever the length.
+double timeStep(double seconds)
+{
+    const double steps[] = {0.5, 1, 2, 5, 10, 15, 30, 60, 120, 300, 600, 900, 1800, 3600};
+    for (double s : steps)
+        if (seconds / s <= 12)
+            return s;
+    return 7200;
+}
+
 void drawFrame(cairo_t* cr, const Panel& p, const std::vector<double>& yTicks, const char* yFmt,
                const std::string& yLabel, bool timeLabels)
 {
@@ -80,7 +92,8 @@ void drawFrame(cairo_t* cr, const Panel& p, const std::vector<double>& yTicks, c
     cairo_fill(cr);
     cairo_set_line_width(cr, 1.0);
     setColor(cr, kGrid);
-    for (double t = std::ceil(p.t0 * 2) / 2; t <= p.t1 + 1e-9; t += 0.5)
+    const double step = timeStep(p.t1 - p.t0);
+    for (double t = std::ceil(p.t0 / step) * step; t <= p.t1 + 1e-9; t += step)
     {
         cairo_move_to(cr, std::round(p.X(t)) + 0.5, p.y);
         cairo_line_to(cr, std::round(p.X(t)) + 0.5, p.y + p.h);
@@ -94,13 +107,13 @@ void drawFrame(cairo_t* cr, const Panel& p, const std::vector<double>& yTicks, c
     setColor(cr, kText);
     for (double v : yTicks)
         text(cr, p.x - 8, p.Y(v), fmt(yFmt, v), 12, 1.0, 0.5);
-    for (double t = std::ceil(p.t0 * 2) / 2; t <= p.t1 + 1e-9; t += 0.5)
+    for (double t = std::ceil(p.t0 / step) * step; t <= p.t1 + 1e-9; t += step)
     {
         cairo_move_to(cr, p.X(t), p.y + p.h);
         cairo_line_to(cr, p.X(t), p.y + p.h + 5);
         cairo_stroke(cr);
         if (timeLabels)
-            text(cr, p.X(t), p.y + p.h + 9, fmt("%.1f", t), 12, 0.5, 0.0);
+            text(cr, p.X(t), p.y + p.h + 9, fmt(step < 1 ? "%.1f" : "%.0f", t), 12, 0.5, 0.0);
     }
     cairo_save(cr);
     cairo_translate(cr, p.x - 62, p.y + p.h / 2);
@@ -112,31 +125,25 @@ void drawFrame(cairo_t* cr, const Panel& p, const std::vector<double>& yTicks, c
     cairo_stroke(cr);
 }
 
-// Min/max envelope of the samples per device column.
-void drawWave(cairo_t* cr, const Panel& p, const std::vector<float>& s, double rate, const Color& c,
-              double alpha)
+// Min/max envelope per device column.
+void drawWave(cairo_t* cr, const Panel& p, const CWaveEnvelope* e, const Color& c, double alpha)
 {
-    if (s.empty())
+    if (!e || e->Buckets() == 0)
         return;
     setColor(cr, c, alpha);
     int columns = (int)p.w;
+    const double bucket = e->BucketSeconds();
     for (int col = 0; col < columns; ++col)
     {
         // One column either side as well, so that pitch pulses narrower than a
         // column do not turn into stripes.
         double ta = p.t0 + (p.t1 - p.t0) * (col - 1) / columns;
         double tb = p.t0 + (p.t1 - p.t0) * (col + 2) / columns;
-        long long a = (long long)(ta * rate), b = (long long)(tb * rate);
-        a = std::max(0LL, a);
-        b = std::min((long long)s.size(), std::max(a + 1, b));
-        if (a >= b)
+        long long a = std::max(0LL, (long long)(ta / bucket));
+        long long b = std::max(a + 1, (long long)(tb / bucket));
+        float lo, hi;
+        if (!e->Range(a, b, &lo, &hi))
             continue;
-        float lo = s[a], hi = s[a];
-        for (long long i = a; i < b; ++i)
-        {
-            lo = std::min(lo, s[i]);
-            hi = std::max(hi, s[i]);
-        }
         double y0 = p.Y(std::max((double)lo, p.v0)), y1 = p.Y(std::min((double)hi, p.v1));
         cairo_rectangle(cr, p.x + col, y1, 1.0, std::max(1.0, y0 - y1));
     }
@@ -208,6 +215,48 @@ void legend(cairo_t* cr, double x, double y,
 }
 } // namespace
 
+CWaveEnvelope::CWaveEnvelope(long long totalFrames, double sampleRate, int buckets)
+    : m_SampleRate(sampleRate)
+{
+    m_BucketFrames = std::max(1LL, (totalFrames + buckets - 1) / std::max(1, buckets));
+}
+
+void CWaveEnvelope::Add(const float* x, int channels, long long frames)
+{
+    for (long long i = 0; i < frames; ++i, ++m_Frames)
+    {
+        float sum = 0;
+        for (int c = 0; c < channels; ++c)
+            sum += x[i * channels + c];
+        float v = std::isfinite(sum) ? sum / (float)channels : 0.f;
+        if (m_Frames % m_BucketFrames == 0)
+        {
+            m_Lo.push_back(v);
+            m_Hi.push_back(v);
+        }
+        m_Lo.back() = std::min(m_Lo.back(), v);
+        m_Hi.back() = std::max(m_Hi.back(), v);
+    }
+}
+
+double CWaveEnvelope::Peak() const
+{
+    double peak = 0;
+    for (size_t i = 0; i < m_Lo.size(); ++i)
+        peak = std::max(peak, (double)std::max(-m_Lo[i], m_Hi[i]));
+    return peak;
+}
+
+bool CWaveEnvelope::Range(long long a, long long b, float* lo, float* hi) const
+{
+    b = std::min(b, Buckets());
+    if (a >= b)
+        return false;
+    *lo = *std::min_element(m_Lo.begin() + a, m_Lo.begin() + b);
+    *hi = *std::max_element(m_Hi.begin() + a, m_Hi.begin() + b);
+    return true;
+}
+
 void WritePlot(const PlotData& d, const std::string& pngPath, int width, int height)
 {
     cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
@@ -215,7 +264,9 @@ void WritePlot(const PlotData& d, const std::string& pngPath, int width, int hei
     cairo_set_source_rgb(cr, 0.97, 0.97, 0.96);
     cairo_paint(cr);
 
-    double seconds = std::max(d.input.size(), d.output.size()) / d.sampleRate;
+    double seconds =
+        std::max(d.input ? d.input->Seconds() : 0.0, d.output ? d.output->Seconds() : 0.0);
+    seconds = std::max(seconds, 1e-3);
     double left = 100, right = 30, top = 80, gap = 30, bottom = 60;
     double panelH = (height - top - bottom - 2 * gap) / 3.0;
     double w = width - left - right;
@@ -224,22 +275,18 @@ void WritePlot(const PlotData& d, const std::string& pngPath, int width, int hei
     text(cr, left, 22, d.title, 20, 0, 0, true);
     text(cr, left, 50, d.subtitle, 13);
 
-    double peak = 0.0;
-    for (float v : d.input)
-        peak = std::max(peak, (double)std::fabs(v));
-    for (float v : d.output)
-        peak = std::max(peak, (double)std::fabs(v));
+    double peak = std::max(d.input ? d.input->Peak() : 0.0, d.output ? d.output->Peak() : 0.0);
     double range = peak > 0.5 ? 1.0 : 0.5;
     std::vector<double> ampTicks = {-range, -range / 2, 0, range / 2, range};
 
     Panel in = {left, top, w, panelH, 0, seconds, -range, range};
     drawFrame(cr, in, ampTicks, "%.2f", "input (amplitude)", false);
-    drawWave(cr, in, d.input, d.sampleRate, kInputColor, 1.0);
+    drawWave(cr, in, d.input, kInputColor, 1.0);
 
     Panel out = {left, top + panelH + gap, w, panelH, 0, seconds, -range, range};
     drawFrame(cr, out, ampTicks, "%.2f", "output (amplitude)", false);
-    drawWave(cr, out, d.input, d.sampleRate, kInputColor, 0.35);
-    drawWave(cr, out, d.output, d.sampleRate, kOutputColor, 1.0);
+    drawWave(cr, out, d.input, kInputColor, 0.35);
+    drawWave(cr, out, d.output, kOutputColor, 1.0);
 
     double lowest = 0;
     for (double g : d.bandGain)
@@ -277,11 +324,12 @@ void WritePlot(const PlotData& d, const std::string& pngPath, int width, int hei
     cairo_destroy(cr);
     cairo_surface_flush(surface);
     // Written under a temporary name and renamed, like every other output.
-    CPendingFile pending(pngPath, true);
-    int fd = pending.Fd();
+    COutputFile file(pngPath, true);
+    int fd = file.DupFd();
     cairo_status_t status = cairo_surface_write_to_png_stream(surface, writeToFd, &fd);
+    close(fd);
     cairo_surface_destroy(surface);
     if (status != CAIRO_STATUS_SUCCESS)
         throw CHostError("cannot write " + pngPath + ": " + cairo_status_to_string(status));
-    pending.Commit();
+    file.Commit();
 }

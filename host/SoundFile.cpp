@@ -1,4 +1,4 @@
-// libsndfile reader and writer, atomic output files and their signal clean-up.
+// libsndfile reader and writer, and the metadata carried from one to the other.
 #include "SoundFile.h"
 #include "HostError.h"
 
@@ -14,72 +14,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
-
-namespace
-{
-// Temporary files that a signal handler must remove. Fixed storage, written
-// only with signals blocked, read by the handler (async-signal-safe unlink).
-const int kMaxPending = 4;
-char g_PendingPath[kMaxPending][PATH_MAX];
-volatile sig_atomic_t g_PendingUsed[kMaxPending];
-
-void onSignal(int sig)
-{
-    for (int i = 0; i < kMaxPending; ++i)
-        if (g_PendingUsed[i])
-            unlink(g_PendingPath[i]);
-    signal(sig, SIG_DFL);
-    raise(sig);
-}
-
-// Blocks the clean-up signals for the lifetime of the object.
-class CSignalBlock
-{
-public:
-    CSignalBlock()
-    {
-        sigset_t set;
-        sigemptyset(&set);
-        sigaddset(&set, SIGINT);
-        sigaddset(&set, SIGTERM);
-        sigaddset(&set, SIGHUP);
-        sigprocmask(SIG_BLOCK, &set, &m_Old);
-    }
-    ~CSignalBlock() { sigprocmask(SIG_SETMASK, &m_Old, nullptr); }
-
-private:
-    sigset_t m_Old;
-};
-
-std::string lowerExtension(const std::string& path)
-{
-    size_t slash = path.rfind('/');
-    size_t dot = path.rfind('.');
-    if (dot == std::string::npos || (slash != std::string::npos && dot < slash))
-        return std::string();
-    std::string ext = path.substr(dot + 1);
-    for (char& c : ext)
-        c = (char)std::tolower((unsigned char)c);
-    return ext;
-}
-
-int containerForExtension(const std::string& ext)
-{
-    if (ext == "wav")
-        return SF_FORMAT_WAV;
-    if (ext == "flac")
-        return SF_FORMAT_FLAC;
-    if (ext == "aif" || ext == "aiff" || ext == "aifc")
-        return SF_FORMAT_AIFF;
-    if (ext == "ogg" || ext == "oga")
-        return SF_FORMAT_OGG;
-    if (ext == "caf")
-        return SF_FORMAT_CAF;
-    if (ext == "w64")
-        return SF_FORMAT_W64;
-    return 0;
-}
-} // namespace
 
 std::string FormatName(int format)
 {
@@ -156,7 +90,9 @@ std::string FormatName(int format)
     return container + " " + subtype;
 }
 
-CSoundReader::CSoundReader(const std::string& path) : m_Path(path)
+namespace
+{
+SNDFILE* openPath(const std::string& path, SF_INFO* info)
 {
     struct stat st;
     if (stat(path.c_str(), &st) != 0)
@@ -165,10 +101,24 @@ CSoundReader::CSoundReader(const std::string& path) : m_Path(path)
         throw CHostError("cannot read " + path + ": it is a folder");
     if (access(path.c_str(), R_OK) != 0)
         throw CHostError("cannot read " + path + ": " + std::strerror(errno));
+    return sf_open(path.c_str(), SFM_READ, info);
+}
+} // namespace
 
+CSoundReader::CSoundReader(const std::string& path, int fd) : m_Path(path)
+{
     SF_INFO info;
     std::memset(&info, 0, sizeof(info));
-    m_File = sf_open(path.c_str(), SFM_READ, &info);
+    if (fd >= 0)
+    {
+        int own = dup(fd);
+        lseek(own, 0, SEEK_SET);
+        m_File = own < 0 ? nullptr : sf_open_fd(own, SFM_READ, &info, SF_TRUE);
+        if (!m_File && own >= 0)
+            close(own);
+    }
+    else
+        m_File = openPath(path, &info);
     if (!m_File)
         throw CHostError("unsupported or damaged sound file: " + path + " (" +
                          sf_strerror(nullptr) + ")");
@@ -198,117 +148,7 @@ long long CSoundReader::Read(float* interleaved, long long frames)
     return got;
 }
 
-void CheckOutputPath(const std::string& output, const std::string& input, bool force)
-{
-    struct stat out;
-    if (stat(output.c_str(), &out) != 0)
-    {
-        if (errno != ENOENT)
-            throw CHostError("cannot use output " + output + ": " + std::strerror(errno));
-        return;
-    }
-    struct stat in;
-    if (!input.empty() && stat(input.c_str(), &in) == 0 && in.st_dev == out.st_dev &&
-        in.st_ino == out.st_ino)
-        throw CHostError("output " + output + " is the input file; choose another name");
-    if (S_ISDIR(out.st_mode))
-        throw CHostError("output " + output + " is a folder");
-    // The output is renamed into place: never over a device, pipe or socket.
-    if (!S_ISREG(out.st_mode))
-        throw CHostError("output " + output + " exists and is not a regular file");
-    if (!force)
-        throw CHostError("output " + output + " exists (use --force to overwrite)");
-}
-
-CPendingFile::CPendingFile(const std::string& finalPath, bool force)
-    : m_FinalPath(finalPath), m_Force(force)
-{
-    size_t slash = finalPath.rfind('/');
-    std::string dir = slash == std::string::npos ? std::string() : finalPath.substr(0, slash + 1);
-    std::string base = slash == std::string::npos ? finalPath : finalPath.substr(slash + 1);
-    if (base.empty())
-        throw CHostError("output " + finalPath + " names no file");
-    std::string pattern = dir + "." + base + ".XXXXXX";
-    if (pattern.size() >= PATH_MAX)
-        throw CHostError("output path too long: " + finalPath);
-    std::vector<char> name(pattern.begin(), pattern.end());
-    name.push_back(0);
-
-    CSignalBlock block;
-    m_Fd = mkstemp(name.data());
-    if (m_Fd < 0)
-        throw CHostError("cannot create a file in " + (dir.empty() ? std::string(".") : dir) +
-                         ": " + std::strerror(errno));
-    m_TempPath = name.data();
-    // mkstemp makes 0600; give the file the permissions a plain create would.
-    mode_t mask = umask(0);
-    umask(mask);
-    fchmod(m_Fd, 0666 & ~mask);
-    for (int i = 0; i < kMaxPending; ++i)
-        if (!g_PendingUsed[i])
-        {
-            std::snprintf(g_PendingPath[i], PATH_MAX, "%s", m_TempPath.c_str());
-            g_PendingUsed[i] = 1;
-            m_Slot = i;
-            break;
-        }
-}
-
-CPendingFile::~CPendingFile()
-{
-    if (!m_Done)
-        Abort();
-}
-
-int CPendingFile::ReleaseFd()
-{
-    int fd = m_Fd;
-    m_Fd = -1;
-    return fd;
-}
-
-void CPendingFile::CloseFd()
-{
-    if (m_Fd >= 0)
-        close(m_Fd);
-    m_Fd = -1;
-}
-
-void CPendingFile::Commit()
-{
-    CloseFd();
-    CSignalBlock block;
-    // A file that appeared meanwhile is not overwritten without --force.
-    struct stat st;
-    if (!m_Force && stat(m_FinalPath.c_str(), &st) == 0)
-    {
-        Abort();
-        throw CHostError("output " + m_FinalPath + " exists (use --force to overwrite)");
-    }
-    if (rename(m_TempPath.c_str(), m_FinalPath.c_str()) != 0)
-    {
-        int err = errno;
-        Abort();
-        throw CHostError("cannot write " + m_FinalPath + ": " + std::strerror(err));
-    }
-    if (m_Slot >= 0)
-        g_PendingUsed[m_Slot] = 0;
-    m_Done = true;
-}
-
-void CPendingFile::Abort()
-{
-    CloseFd();
-    CSignalBlock block;
-    if (!m_Done)
-        unlink(m_TempPath.c_str());
-    if (m_Slot >= 0)
-        g_PendingUsed[m_Slot] = 0;
-    m_Done = true;
-}
-
-CSoundWriter::CSoundWriter(CPendingFile& pending, const SoundInfo& info)
-    : m_Name(pending.TempPath())
+CSoundWriter::CSoundWriter(COutputFile& file, const SoundInfo& info, double quality)
 {
     SF_INFO sfinfo;
     std::memset(&sfinfo, 0, sizeof(sfinfo));
@@ -319,12 +159,20 @@ CSoundWriter::CSoundWriter(CPendingFile& pending, const SoundInfo& info)
         throw CHostError("cannot write " + FormatName(info.format) + " with " +
                          std::to_string(info.channels) + " channel(s) at " +
                          std::to_string(info.sampleRate) + " Hz");
-    m_File = sf_open_fd(pending.Fd(), SFM_WRITE, &sfinfo, SF_TRUE);
+    int fd = file.DupFd();
+    m_File = sf_open_fd(fd, SFM_WRITE, &sfinfo, SF_TRUE);
     if (!m_File)
+    {
+        close(fd);
         throw CHostError(std::string("cannot write output: ") + sf_strerror(nullptr));
-    pending.ReleaseFd(); // libsndfile closes it now
+    }
     // Float results above full scale are clipped, not wrapped, in integer formats.
     sf_command(m_File, SFC_SET_CLIPPING, nullptr, SF_TRUE);
+    if (quality >= 0)
+    {
+        double q = quality / 10.0; // libsndfile's 0..1, 1 the best
+        sf_command(m_File, SFC_SET_VBR_ENCODING_QUALITY, &q, sizeof(q));
+    }
 }
 
 CSoundWriter::~CSoundWriter()
@@ -339,14 +187,22 @@ void CSoundWriter::Write(const float* interleaved, long long frames)
         throw CHostError(std::string("write error: ") + sf_strerror(m_File));
 }
 
-void CSoundWriter::CopyStringsFrom(SNDFILE* source)
+void CSoundWriter::CopyMetadataFrom(SNDFILE* source)
 {
+    // Text tags: RIFF INFO in WAV, Vorbis comments in FLAC and Ogg, and so on;
+    // libsndfile writes those the output container has.
     const int kinds[] = {SF_STR_TITLE,       SF_STR_COPYRIGHT, SF_STR_SOFTWARE, SF_STR_ARTIST,
                          SF_STR_COMMENT,     SF_STR_DATE,      SF_STR_ALBUM,    SF_STR_LICENSE,
                          SF_STR_TRACKNUMBER, SF_STR_GENRE};
     for (int kind : kinds)
         if (const char* text = sf_get_string(source, kind))
             sf_set_string(m_File, kind, text);
+    // The broadcast extension (description, originator, time reference,
+    // coding history) of WAV, W64 and RF64.
+    SF_BROADCAST_INFO_VAR(16384) bext;
+    std::memset(&bext, 0, sizeof(bext));
+    if (sf_command(source, SFC_GET_BROADCAST_INFO, &bext, sizeof(bext)) == SF_TRUE)
+        sf_command(m_File, SFC_SET_BROADCAST_INFO, &bext, sizeof(bext));
 }
 
 void CSoundWriter::Close()
@@ -358,35 +214,4 @@ void CSoundWriter::Close()
     m_File = nullptr;
     if (err != 0)
         throw CHostError(std::string("cannot finish the output: ") + sf_error_number(err));
-}
-
-int ChooseOutputFormat(int inputFormat, const std::string& outputPath, int channels, int sampleRate)
-{
-    int container = containerForExtension(lowerExtension(outputPath));
-    if (container == 0 || container == (inputFormat & SF_FORMAT_TYPEMASK))
-        return inputFormat;
-    const int subtypes[] = {inputFormat & SF_FORMAT_SUBMASK, SF_FORMAT_PCM_24, SF_FORMAT_PCM_16,
-                            SF_FORMAT_VORBIS, SF_FORMAT_FLOAT};
-    for (int subtype : subtypes)
-    {
-        SF_INFO info;
-        std::memset(&info, 0, sizeof(info));
-        info.channels = channels;
-        info.samplerate = sampleRate;
-        info.format = container | subtype;
-        if (sf_format_check(&info))
-            return info.format;
-    }
-    return container | (inputFormat & SF_FORMAT_SUBMASK);
-}
-
-void InstallCleanupHandlers()
-{
-    struct sigaction sa;
-    std::memset(&sa, 0, sizeof(sa));
-    sa.sa_handler = onSignal;
-    sigemptyset(&sa.sa_mask);
-    sigaction(SIGINT, &sa, nullptr);
-    sigaction(SIGTERM, &sa, nullptr);
-    sigaction(SIGHUP, &sa, nullptr);
 }

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <link.h>
+#include <mutex>
 #include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,6 +33,11 @@ bool isFile(const std::string& path)
 
 typedef AEffect* (*VstEntryProc)(audioMasterCallback);
 
+// Loading, creating, opening and closing instances happen one at a time:
+// several files render at once, and a plug-in's first-use set-up (folders,
+// default bank) need not be thread-safe. Processing runs freely in parallel.
+std::recursive_mutex g_LifeCycle;
+
 // The parameter names of the de-esser, in index order.
 const char* const kDeEsserParamNames[11] = {"ON/OFF", "Output",     "Input",        "Threshold",
                                             "Ratio",  "AttackTime", "ReleaseTime",  "LowFreq",
@@ -53,6 +59,7 @@ VstIntPtr CVstHost::HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr,
 
 CVstHost::CVstHost(const std::string& path) : m_Path(path)
 {
+    std::lock_guard<std::recursive_mutex> lock(g_LifeCycle);
     struct stat st;
     if (stat(path.c_str(), &st) != 0)
         throw CHostError("plug-in not found: " + path + " (" + std::strerror(errno) + ")");
@@ -122,6 +129,7 @@ CVstHost::CVstHost(const std::string& path) : m_Path(path)
 
 CVstHost::~CVstHost()
 {
+    std::lock_guard<std::recursive_mutex> lock(g_LifeCycle);
     if (m_Effect)
     {
         if (m_Running)
@@ -203,6 +211,7 @@ std::string CVstHost::UniqueIdText() const
 
 void CVstHost::Open()
 {
+    std::lock_guard<std::recursive_mutex> lock(g_LifeCycle);
     if (!m_Opened)
         Dispatch(effOpen);
     m_Opened = true;
@@ -210,6 +219,7 @@ void CVstHost::Open()
 
 void CVstHost::Close()
 {
+    std::lock_guard<std::recursive_mutex> lock(g_LifeCycle);
     if (!m_Effect)
         return;
     if (m_Running)

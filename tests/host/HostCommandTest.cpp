@@ -151,10 +151,6 @@ TEST(HostRender, BadInputsAreClearErrors)
     WriteBytes(text, "this is not a sound file\n");
     expectOneLineError(RunDeEsser({"render", text, dir / "o3.wav", "--plugin", fake}),
                        "unsupported");
-    std::string quad = dir / "quad.wav";
-    WriteSound(quad, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 4, 44100, TestSignal(4, 44100, 1000));
-    expectOneLineError(RunDeEsser({"render", quad, dir / "o4.wav", "--plugin", fake}),
-                       "4 channels");
     if (geteuid() != 0) // root reads everything
     {
         std::string locked = dir / "locked.wav";
@@ -193,7 +189,7 @@ TEST(HostRender, BadInputsAreClearErrors)
     expectOneLineError(RunDeEsser({"frobnicate"}), "unknown command");
 
     // Nothing was written for any failed run, and no temporary was left.
-    std::vector<std::string> expected = {"good.wav", "quad.wav", "text.wav"};
+    std::vector<std::string> expected = {"good.wav", "text.wav"};
     if (geteuid() != 0)
         expected.insert(expected.begin() + 1, "locked.wav");
     EXPECT_EQ(Names(dir), expected);
@@ -218,9 +214,9 @@ TEST(HostRender, OutputRulesProtectExistingFilesAndTheInput)
     SF_INFO info;
     EXPECT_EQ(ReadSound(out, &info).size(), 16000u);
 
-    ASSERT_EQ(mkfifo((dir / "fifo").c_str(), 0644), 0);
-    expectOneLineError(RunDeEsser({"render", in, dir / "fifo", "--plugin", fake, "--force"}),
-                       "not a regular file");
+    ASSERT_EQ(mkfifo((dir / "fifo.wav").c_str(), 0644), 0);
+    expectOneLineError(RunDeEsser({"render", in, dir / "fifo.wav", "--plugin", fake, "--force"}),
+                       "is a pipe; only regular files are written");
     expectOneLineError(RunDeEsser({"render", in, dir / "nowhere/out.wav", "--plugin", fake}),
                        "cannot create a file in");
 
@@ -435,14 +431,14 @@ TEST(HostDeEsser, LegacyImportWritesABankThatRenderLoads)
     // Refused banks: cut short, another plug-in's, not a bank at all.
     write("short.fxb", bytes.substr(0, 1000));
     expectOneLineError(RunDeEsser({"render", in, dir / "x.wav", "--bank", dir / "short.fxb"}),
-                       "cut short");
+                       "holds a 840-byte chunk");
     std::string other = bytes;
     other[19] = 'X';
     write("other.fxb", other);
     expectOneLineError(RunDeEsser({"render", in, dir / "x.wav", "--bank", dir / "other.fxb"}),
                        "another plug-in");
     expectOneLineError(RunDeEsser({"render", in, dir / "x.wav", "--bank", in}),
-                       "not a VST bank file");
+                       "not a chunk bank file");
     EXPECT_FALSE(Exists(dir / "x.wav"));
 
     // Bad lists: wrong magic, no programs, a missing program file; an existing output.
