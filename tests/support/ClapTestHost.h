@@ -1,0 +1,97 @@
+// A small CLAP host for tests: loads a .clap with dlopen, looks up nothing but
+// "clap_entry", creates one plug-in through the factory and records what the
+// plug-in asks of the host (parameter flushes and rescans, dirty state,
+// timers, file descriptors). Processing runs on the calling thread, marked as
+// the audio thread for the duration of the call.
+#pragma once
+
+#include "ClapExtensions.h"
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+// An event the plug-in sent to the host.
+struct ClapOutEvent
+{
+    uint16_t type;
+    uint32_t time;
+    clap::Id paramId;
+    double value; // parameter value events only
+};
+
+// Host-to-plug-in parameter changes for one call, kept sorted by time.
+class ClapEventList
+{
+public:
+    ClapEventList();
+    void Add(uint32_t time, clap::Id paramId, double value);
+    const clap::InputEvents* Get() const { return &m_List; }
+
+private:
+    static uint32_t Size(const clap::InputEvents* list);
+    static const clap::EventHeader* At(const clap::InputEvents* list, uint32_t index);
+    std::vector<clap::EventParamValue> m_Events;
+    clap::InputEvents m_List;
+};
+
+class ClapTestHost
+{
+public:
+    explicit ClapTestHost(const std::string& path); // dlopen, clap_entry, init
+    ~ClapTestHost();                                // destroys the plug-in, deinit, dlclose
+
+    const clap::PluginEntry* Entry() const { return m_Entry; }
+    const clap::PluginFactory* Factory() const;
+    // Creates (and inits) the plug-in with this id, or the first one; null on refusal.
+    const clap::Plugin* Create(const char* id = nullptr, bool init = true);
+    void Destroy();
+    const clap::Plugin* Plugin() const { return m_Plugin; }
+
+    template <class T> const T* Ext(const char* id) const
+    {
+        return static_cast<const T*>(m_Plugin->getExtension(m_Plugin, id));
+    }
+
+    // Runs process() on stereo buffers (out may equal in: in-place).
+    clap::ProcessStatus Process(const float* inL, const float* inR, float* outL, float* outR,
+                                uint32_t frames, const ClapEventList* events = nullptr);
+    // Renders a whole stereo signal in blocks of the given size.
+    void Render(const std::vector<float>& inL, const std::vector<float>& inR,
+                std::vector<float>& outL, std::vector<float>& outR, uint32_t block);
+    void Flush(const ClapEventList* events = nullptr);
+
+    double Value(clap::Id id) const; // params.get_value; NaN on refusal
+    std::vector<uint8_t> SaveState() const;
+    bool LoadState(const std::vector<uint8_t>& bytes) const;
+
+    // Runs the main loop for a while: timers at their periods, registered
+    // descriptors when readable. Returns the number of on_fd calls made.
+    int RunMainLoop(int milliseconds);
+
+    // What the plug-in asked of the host.
+    std::vector<ClapOutEvent> outEvents;
+    int flushRequests = 0;
+    int valueRescans = 0;
+    int dirtyMarks = 0;
+    int callbackRequests = 0;
+    std::map<clap::Id, uint32_t> timers; // id -> period in ms
+    std::map<int, uint32_t> fds;         // fd -> flags
+    int timerCalls = 0;
+    bool offerTimers = true; // whether the host offers timer-support
+    bool inAudioThread = false;
+
+private:
+    static const void* GetExtension(const clap::Host* host, const char* id);
+    static ClapTestHost* Self(const clap::Host* host);
+    static bool PushOut(const clap::OutputEvents* list, const clap::EventHeader* event);
+
+    void* m_Library = nullptr;
+    const clap::PluginEntry* m_Entry = nullptr;
+    bool m_Initialised = false;
+    const clap::Plugin* m_Plugin = nullptr;
+    clap::Host m_Host{};
+    clap::OutputEvents m_Out{};
+    clap::Id m_NextTimer = 1;
+};
