@@ -2,6 +2,8 @@
 
 #include <cmath>
 #include <algorithm>
+#include <cstdio>
+#include <cstring>
 
 const double g_Log2 = 0.6931471805599453;
 
@@ -147,4 +149,16 @@ const char* GetParamName(int index)
 const char* GetParamLabel(int index)
 {
     return index >= 0 && index < kNumParams ? kLabels[index] : "";
+}
+
+void FormatParamDisplay(int index, float value, char* text, size_t size)
+{
+    if (index < 0 || index >= kNumParams || !text || size == 0)
+        return;
+    if (AutomateParamMinMax_Tbl[index].isInteger)
+        std::snprintf(text, size, "%s", value == 1.0f ? "ON" : "OFF");
+    else
+        std::snprintf(text, size, index == kParamRelease ? "%.2f" : "%.1f", value);
+    if ((index == kParamOutput || index == kParamInput) && std::strcmp(text, "-0.0") == 0)
+        std::snprintf(text, size, "0.0");
 }

@@ -6,6 +6,7 @@
 // back. Every stored program and display depends on that factor.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 
 enum DeEsserParam
@@ -52,6 +53,13 @@ void GetParamMinMax(int index, float* min, float* max);
 // Name and label as the host receives them; "" for an index outside 0..10.
 const char* GetParamName(int index);
 const char* GetParamLabel(int index);
+
+// The display text of a parameter (without its label) into text[size]:
+// "ON"/"OFF" for the switches, which are on only at exactly 1; "%.1f" (gains
+// never "-0.0"), "%.2f" for ReleaseTime. value: the normalised value for
+// ON/OFF, the internal value for every other index. Nothing is written for an
+// index outside 0..10.
+void FormatParamDisplay(int index, float value, char* text, size_t size);
 
 // The gain mapping of the parameters, the panel's meters and the command-line
 // host: 6 * ln(gain) / ln 2 decibels, and 2^(dB / 6) back.

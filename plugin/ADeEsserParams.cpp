@@ -12,11 +12,6 @@
 // The highest output gain a typed value stores in the program (about +6 dB).
 static const float kTypedOutputGainMax = 2.0f;
 
-static bool isSwitchOn(float v)
-{
-    return v == 1.0f;
-}
-
 float ADeEsser::GetInternalValue(int index) const
 {
     return index > kParamOnOff && index < kNumParams ? m_InternalValue[index] : 0.f;
@@ -47,28 +42,8 @@ void ADeEsser::getParameterDisplay(VstInt32 index, char* text)
 {
     if (index < 0 || index >= kNumParams)
         return;
-    switch (index)
-    {
-    case kParamOnOff:
-        std::strcpy(text, isSwitchOn(m_NormValue[0]) ? "ON" : "OFF");
-        break;
-    case kParamSideChain:
-    case kParamAutoThreshold:
-        std::strcpy(text, isSwitchOn(m_InternalValue[index]) ? "ON" : "OFF");
-        break;
-    case kParamOutput:
-    case kParamInput:
-        std::snprintf(text, kVstMaxParamStrLen, "%.1f", m_InternalValue[index]);
-        if (strcasecmp(text, "-0.0") == 0)
-            std::strcpy(text, "0.0");
-        break;
-    case kParamRelease:
-        std::snprintf(text, kVstMaxParamStrLen, "%.2f", m_InternalValue[index]);
-        break;
-    default:
-        std::snprintf(text, kVstMaxParamStrLen, "%.1f", m_InternalValue[index]);
-        break;
-    }
+    FormatParamDisplay(index, index == kParamOnOff ? m_NormValue[0] : m_InternalValue[index], text,
+                       kVstMaxParamStrLen);
 }
 
 float ADeEsser::getParameterDisplayVal(int index)
