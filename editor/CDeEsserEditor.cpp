@@ -3,6 +3,7 @@
 
 #include "ADeEsser.h"
 #include "CUIWindow.h"
+#include "IToolkitBackend.h"
 
 CDeEsserEditor::CDeEsserEditor(AudioEffect* effect) : IDeEsserEditor(effect)
 {
@@ -109,6 +110,12 @@ IDeEsserPanel* CDeEsserEditor::GetPanel()
     if (std::this_thread::get_id() != m_UIThread)
         return &m_Deferred;
     return m_pUIWindow && m_pUIWindow->GetSafeHwnd() ? m_pUIWindow : nullptr;
+}
+
+int CDeEsserEditor::GetEventFd()
+{
+    IToolkitBackend* backend = m_bOpen ? CToolkit::Backend() : nullptr;
+    return backend ? backend->EventFd() : -1;
 }
 
 bool CDeEsserEditor::ShowMessage(const char* text)

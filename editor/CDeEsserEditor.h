@@ -44,6 +44,7 @@ public:
     // idle empties into the panel.
     IDeEsserPanel* GetPanel() override;
     bool ShowMessage(const char* text) override;
+    int GetEventFd() override;
 
     CUIWindow* GetUIWindow() const { return m_pUIWindow; }
     ADeEsser* GetDeEsser() const;

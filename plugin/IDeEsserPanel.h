@@ -24,6 +24,10 @@ public:
     virtual IDeEsserPanel* GetPanel() = 0;
     // Shows a message box over the editor; false when it cannot (no window).
     virtual bool ShowMessage(const char* text) = 0;
+    // The descriptor that turns readable when events for the open editor
+    // arrive (its own X connection), or -1; hosts that watch it idle the
+    // editor when it does.
+    virtual int GetEventFd() { return -1; }
 };
 
 class ADeEsser;

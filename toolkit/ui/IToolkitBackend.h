@@ -63,4 +63,7 @@ public:
     // False when no window system can deliver input (no display, or the
     // connection was lost): modal loops then end at once instead of waiting.
     virtual bool CanDeliverInput() const { return true; }
+    // The descriptor that becomes readable when native events arrive (the X
+    // connection), for hosts that watch it; -1 when there is none.
+    virtual int EventFd() const { return -1; }
 };

@@ -129,6 +129,7 @@ public:
     }
     void AllWindowsGone() override { CloseDisplay(); }
     bool CanDeliverInput() const override { return Usable(); }
+    int EventFd() const override { return Usable() ? ConnectionNumber(m_pDisplay) : -1; }
 
     bool Usable() const { return m_pDisplay && !m_bDead; }
     Display* Dpy() const { return m_pDisplay; }
