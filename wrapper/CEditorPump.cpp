@@ -2,6 +2,7 @@
 
 #include "AEffEditor.h"
 #include "AudioEffect.h"
+#include "IDeEsserPanel.h"
 
 #include <cmath>
 
@@ -47,6 +48,12 @@ void CEditorPump::Idle()
 {
     if (AEffEditor* editor = m_Effect.getEditor(); editor && m_bOpen)
         editor->idle();
+}
+
+int CEditorPump::EventFd() const
+{
+    auto* editor = dynamic_cast<IDeEsserEditor*>(m_Effect.getEditor());
+    return editor && m_bOpen ? editor->GetEventFd() : -1;
 }
 
 void CEditorPump::Close()

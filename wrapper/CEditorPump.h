@@ -21,6 +21,10 @@ public:
     void Idle();
     void Close();
     bool IsOpen() const { return m_bOpen; }
+    // While open: the descriptor that turns readable when events for the
+    // editor arrive (its own X connection), for hosts that watch it; else -1.
+    // It may change across open/close.
+    int EventFd() const;
 
     // The host's scale (1 = 100 %), kept and handed to the editor now and
     // at every open. Values outside 1..4 or not finite are ignored.
