@@ -1,0 +1,181 @@
+// DeEsser.clap's editor in a real X server (run under xvfb-run; skips without
+// $DISPLAY): embedded into a window of ours through set_parent, pumped only by
+// the host's timers and the editor's X connection descriptor, painted, a
+// drag on the threshold knob reported as a gesture, and destroyed with no
+// window left behind and no X error.
+#include "ClapTestHost.h"
+
+#include <cstdlib>
+#include <gtest/gtest.h>
+#include <set>
+#include <unistd.h>
+
+// After gtest: Xlib's macros (None, Bool) clash with its names.
+#include <X11/Xlib.h>
+#include <X11/Xutil.h>
+#include <X11/extensions/XTest.h>
+
+namespace
+{
+int g_XErrors = 0;
+int CountError(Display*, XErrorEvent*)
+{
+    ++g_XErrors;
+    return 0;
+}
+
+class ClapEditor : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
+        setenv("DEESSER_UI_SCALE", "1", 1);
+        // The server may still be resetting after an earlier program.
+        for (int attempt = 0; attempt < 40 && !display; ++attempt)
+            if (!(display = XOpenDisplay(nullptr)))
+                usleep(50 * 1000);
+        if (!display)
+            GTEST_SKIP() << "cannot open $DISPLAY";
+        XSetErrorHandler(CountError);
+        g_XErrors = 0;
+        parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 800, 600, 0, 0, 0);
+        XMapWindow(display, parent);
+        XSync(display, False);
+    }
+
+    void TearDown() override
+    {
+        host.Destroy();
+        if (display)
+        {
+            XDestroyWindow(display, parent);
+            XCloseDisplay(display);
+        }
+    }
+
+    // The host's part: flush when asked, then run its loop a while.
+    void Run(int ms)
+    {
+        host.RunMainLoop(ms);
+        if (host.flushRequests)
+            host.Flush();
+    }
+
+    Window Child()
+    {
+        Window root, up, *children = nullptr, child = 0;
+        unsigned count = 0;
+        XQueryTree(display, parent, &root, &up, &children, &count);
+        if (children)
+            child = children[0], XFree(children);
+        return child;
+    }
+
+    int Children()
+    {
+        Window root, up, *children = nullptr;
+        unsigned count = 0;
+        XQueryTree(display, parent, &root, &up, &children, &count);
+        if (children)
+            XFree(children);
+        return (int)count;
+    }
+
+    void Drag(int x0, int y0, int x1, int y1)
+    {
+        int ox = 0, oy = 0;
+        Window child;
+        XTranslateCoordinates(display, parent, DefaultRootWindow(display), 0, 0, &ox, &oy, &child);
+        XTestFakeMotionEvent(display, -1, ox + x0, oy + y0, 0);
+        XTestFakeButtonEvent(display, 1, True, 0);
+        XFlush(display);
+        Run(100);
+        XTestFakeMotionEvent(display, -1, ox + x1, oy + y1, 0);
+        XFlush(display);
+        Run(100);
+        XTestFakeButtonEvent(display, 1, False, 0);
+        XFlush(display);
+    }
+
+    Display* display = nullptr;
+    Window parent = 0;
+    ClapTestHost host{DEESSER_CLAP_PATH};
+};
+
+TEST_F(ClapEditor, EmbedsPaintsReportsADragAndGoesAwayCleanly)
+{
+    ASSERT_NE(host.Create(), nullptr);
+    auto gui = host.Ext<clap::PluginGui>(clap::kExtGui);
+    const clap::Plugin* p = host.Plugin();
+    EXPECT_TRUE(gui->isApiSupported(p, "x11", false));
+    EXPECT_FALSE(gui->isApiSupported(p, "x11", true));
+    EXPECT_FALSE(gui->isApiSupported(p, "win32", false));
+    ASSERT_TRUE(gui->create(p, "x11", false));
+    EXPECT_TRUE(gui->setScale(p, 1.0));
+    uint32_t w = 0, h = 0;
+    ASSERT_TRUE(gui->getSize(p, &w, &h));
+    EXPECT_GT(w, 100u);
+    EXPECT_GT(h, 100u);
+    EXPECT_FALSE(gui->setSize(p, w + 1, h)); // fixed size
+
+    clap::Window window{clap::kWindowApiX11, {}};
+    window.x11 = parent;
+    ASSERT_TRUE(gui->setParent(p, &window));
+    EXPECT_TRUE(gui->show(p));
+    EXPECT_EQ(host.timers.size(), 1u);
+    ASSERT_EQ(host.fds.size(), 1u);
+    host.RunMainLoop(300);
+    EXPECT_GT(host.timerCalls, 5);
+    ASSERT_EQ(Children(), 1);
+    // An expose from outside reaches the editor through its descriptor.
+    XClearArea(display, Child(), 0, 0, 0, 0, True);
+    XFlush(display);
+    EXPECT_GT(host.RunMainLoop(100), 0);
+
+    // Painted: the panel's artwork, not a blank window.
+    XImage* image = XGetImage(display, parent, 0, 0, w, h, AllPlanes, ZPixmap);
+    ASSERT_NE(image, nullptr);
+    std::set<unsigned long> colours;
+    for (uint32_t y = 0; y < h; y += 3)
+        for (uint32_t x = 0; x < w; x += 3)
+            colours.insert(XGetPixel(image, (int)x, (int)y));
+    XDestroyImage(image);
+    EXPECT_GT(colours.size(), 50u);
+
+    int eventBase, errorBase, major, minor;
+    if (XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+    {
+        // Left of the threshold knob's centre, then right of it; the
+        // gesture ends once the knob rests.
+        const int cx = 262 + 17, cy = 66 + 17;
+        Drag(cx - 10, cy, cx + 12, cy);
+        Run(600);
+        ASSERT_GE(host.outEvents.size(), 3u);
+        EXPECT_EQ(host.outEvents.front().type, clap::kEventParamGestureBegin);
+        EXPECT_EQ(host.outEvents.back().type, clap::kEventParamGestureEnd);
+        const ClapOutEvent& last = host.outEvents[host.outEvents.size() - 2];
+        EXPECT_EQ(last.type, clap::kEventParamValue);
+        for (const ClapOutEvent& e : host.outEvents)
+            EXPECT_EQ(e.paramId, 3u);
+        EXPECT_EQ(host.Value(3), last.value);
+        EXPECT_NEAR(last.value, -100 + 100 * 0.8, 0.5); // right of the centre: 0.8
+    }
+
+    EXPECT_TRUE(gui->hide(p));
+    gui->destroy(p);
+    EXPECT_TRUE(host.timers.empty());
+    EXPECT_TRUE(host.fds.empty());
+    XSync(display, False);
+    EXPECT_EQ(Children(), 0);
+    EXPECT_EQ(g_XErrors, 0);
+}
+
+TEST_F(ClapEditor, NoEditorWithoutHostTimers)
+{
+    host.offerTimers = false;
+    ASSERT_NE(host.Create(), nullptr);
+    auto gui = host.Ext<clap::PluginGui>(clap::kExtGui);
+    EXPECT_FALSE(gui->create(host.Plugin(), "x11", false));
+}
+} // namespace
