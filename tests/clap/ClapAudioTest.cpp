@@ -4,14 +4,16 @@
 // samples, bit for bit, also with parameter events inside blocks, odd block
 // lengths and activation cycles. Processing allocates nothing.
 #include "AllocationCounter.h"
-#include "BenchSignal.h"
 #include "ClapTestHost.h"
+#include "TestFiles.h"
+#include "HostHarness.h"
 #include "ParamTable.h"
-#include "VstTestPlugin.h"
+#include "TestSignal.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
+#include <optional>
 #include <vector>
 
 namespace
@@ -32,6 +34,43 @@ float Normalised(const Setting& s)
     return ValToNormalizeValue(s.index, gain ? (float)std::exp2(s.plain / 6.0) : (float)s.plain);
 }
 
+// The VST side of the comparison, driven as a VST host drives it.
+struct VstSide
+{
+    VstSide()
+    {
+        host.Create();
+        host.Dispatch(effOpen);
+    }
+    void Set(int index, float normalised)
+    {
+        host.effect->setParameter(host.effect, index, normalised);
+    }
+    void Start()
+    {
+        host.Dispatch(effSetSampleRate, 0, 0, nullptr, kRate);
+        host.Dispatch(effSetBlockSize, 0, kBlock);
+        host.Dispatch(effMainsChanged, 0, 1);
+        host.Dispatch(effStartProcess);
+    }
+    void Stop()
+    {
+        host.Dispatch(effStopProcess);
+        host.Dispatch(effMainsChanged, 0, 0);
+    }
+    // The effect scales its inputs in place: it gets copies.
+    void Process(const float* l, const float* r, float* outL, float* outR, int n)
+    {
+        in[0].assign(l, l + n);
+        in[1].assign(r, r + n);
+        float* ins[2] = {in[0].data(), in[1].data()};
+        float* outs[2] = {outL, outR};
+        host.effect->processReplacing(host.effect, ins, outs, n);
+    }
+    HostHarness host;
+    std::vector<float> in[2];
+};
+
 // Threshold -30 dB, ratio 4 on the vocal-like signal.
 std::vector<Setting> Settings(bool sideChain)
 {
@@ -48,9 +87,10 @@ class ClapAudio : public testing::Test
 protected:
     void SetUp() override
     {
-        setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
+        UseScratchSettings();
         ASSERT_NE(clap.Create(), nullptr);
-        ASSERT_NE(vst.effect, nullptr);
+        vst.emplace();
+        ASSERT_NE(vst->host.effect, nullptr);
     }
 
     void Apply(const std::vector<Setting>& settings)
@@ -59,7 +99,7 @@ protected:
         for (const Setting& s : settings)
         {
             events.Add(0, (clap::Id)s.index, s.plain);
-            vst.Set(s.index, Normalised(s));
+            vst->Set(s.index, Normalised(s));
         }
         clap.Flush(&events);
     }
@@ -68,14 +108,14 @@ protected:
     {
         ASSERT_TRUE(clap.Plugin()->activate(clap.Plugin(), kRate, 1, kBlock));
         ASSERT_TRUE(clap.Plugin()->startProcessing(clap.Plugin()));
-        vst.Start(kRate, kBlock);
+        vst->Start();
     }
 
     void Stop()
     {
         clap.Plugin()->stopProcessing(clap.Plugin());
         clap.Plugin()->deactivate(clap.Plugin());
-        vst.Stop();
+        vst->Stop();
     }
 
     // Renders `frames` of the signal from `pos` through both, in blocks of
@@ -89,15 +129,15 @@ protected:
             const float* l = &signal.left[pos + done];
             const float* r = &signal.right[pos + done];
             clap.Process(l, r, &cl[done], &cr[done], n);
-            vst.Process(l, r, &vl[done], &vr[done], (int)n);
+            vst->Process(l, r, &vl[done], &vr[done], (int)n);
             done += n;
         }
         return cl == vl && cr == vr;
     }
 
-    BenchSignal signal{(int)kRate * 2};
+    testsignal::Vocal signal{(int)kRate * 2};
     ClapTestHost clap{DEESSER_CLAP_PATH};
-    VstTestPlugin vst{DEESSER_SO_PATH};
+    std::optional<VstSide> vst; // made once the settings folder is set
 };
 
 TEST_F(ClapAudio, SameSamplesAsTheVstBuildInBothModes)
@@ -151,13 +191,13 @@ TEST_F(ClapAudio, EventsApplyAtTheirSampleOffsets)
     uint32_t done = 0;
     for (const auto& c : changes)
     {
-        vst.Process(&signal.left[at + done], &signal.right[at + done], &vl[done], &vr[done],
-                    (int)(c.time - done));
-        vst.Set(c.setting.index, Normalised(c.setting));
+        vst->Process(&signal.left[at + done], &signal.right[at + done], &vl[done], &vr[done],
+                     (int)(c.time - done));
+        vst->Set(c.setting.index, Normalised(c.setting));
         done = c.time;
     }
-    vst.Process(&signal.left[at + done], &signal.right[at + done], &vl[done], &vr[done],
-                (int)(kBlock - done));
+    vst->Process(&signal.left[at + done], &signal.right[at + done], &vl[done], &vr[done],
+                 (int)(kBlock - done));
     EXPECT_EQ(cl, vl);
     EXPECT_EQ(cr, vr);
     EXPECT_TRUE(RenderBoth(at + kBlock, 8192, {kBlock}));

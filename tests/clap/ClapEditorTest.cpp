@@ -4,6 +4,7 @@
 // drag on the threshold knob reported as a gesture, and destroyed with no
 // window left behind and no X error.
 #include "ClapTestHost.h"
+#include "TestFiles.h"
 
 #include <cstdlib>
 #include <gtest/gtest.h>
@@ -29,7 +30,7 @@ class ClapEditor : public testing::Test
 protected:
     void SetUp() override
     {
-        setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
+        UseScratchSettings();
         setenv("DEESSER_UI_SCALE", "1", 1);
         // The server may still be resetting after an earlier program.
         for (int attempt = 0; attempt < 40 && !display; ++attempt)

@@ -3,6 +3,7 @@
 // checks CLAP validators make (defaults after init, stable texts, state
 // save-load-save identity, main-thread calls refused elsewhere).
 #include "ClapTestHost.h"
+#include "TestFiles.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -19,7 +20,7 @@ class ClapPlugin : public testing::Test
 protected:
     void SetUp() override
     {
-        setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
+        UseScratchSettings();
         ASSERT_NE(host.Create(), nullptr);
         params = host.Ext<clap::PluginParams>(clap::kExtParams);
         ASSERT_NE(params, nullptr);
