@@ -7,19 +7,37 @@
 # 5-9 kHz band drops by at least 6 dB and the band below 3 kHz moves by less
 # than 2 dB.
 #
-#   bash scripts/check-ardour.sh            # KEEP=1 keeps the scratch folder
+# With --gui it then opens the saved session in Ardour's window on a virtual
+# X display (Xvfb, openbox, xdotool), types -15 into the Threshold display of
+# the plug-in's own editor, saves with Ctrl+S, and passes when the saved
+# session holds -15.0 dB: Ardour forwards no keys to the editor, so this shows
+# that the editor takes the keyboard itself.
+#
+#   bash scripts/check-ardour.sh [--gui]    # KEEP=1 keeps the scratch folder
+#   DEESSER_SO=other/DeEsser.so bash scripts/check-ardour.sh   # another build
 set -euo pipefail
+gui=0
+[ "${1:-}" = "--gui" ] && gui=1
 cd "$(dirname "$0")/.."
 root=$(pwd)
 build=$root/build/release
 
-if ! command -v ardour7-lua >/dev/null; then
+need=()
+command -v ardour7-lua >/dev/null || need+=(ardour)
+command -v sox >/dev/null || need+=(sox)
+if [ "$gui" = 1 ]; then
+    command -v Xvfb >/dev/null || need+=(xvfb)
+    command -v openbox >/dev/null || need+=(openbox)
+    command -v xdotool >/dev/null || need+=(xdotool)
+    command -v xwininfo >/dev/null || need+=(x11-utils)
+    command -v import >/dev/null || need+=(imagemagick)
+fi
+if [ "${#need[@]}" -gt 0 ]; then
     sudo=""
     [ "$(id -u)" -eq 0 ] || sudo="sudo"
     $sudo apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq ardour sox
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${need[@]}"
 fi
-command -v sox >/dev/null || { echo "check-ardour: sox is needed for the analysis" >&2; exit 2; }
 
 [ -f "$build/build.ninja" ] || cmake --preset release >/dev/null
 cmake --build --preset release --target DeEsser deesser >/dev/null
@@ -36,7 +54,7 @@ export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/ho
 mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$LXVST_PATH"
 # Only the plug-in: its programs start from the built-in defaults (threshold
 # 0 dB, ratio 1), so nothing but the values set below can de-ess.
-cp "$build/DeEsser.so" "$LXVST_PATH/"
+cp "${DEESSER_SO:-$build/DeEsser.so}" "$LXVST_PATH/DeEsser.so"
 # Ardour lists a plug-in only when its cache entry is strictly newer than the
 # plug-in file (whole seconds): date the copy a minute back.
 touch -d "1 minute ago" "$LXVST_PATH/DeEsser.so"
@@ -112,6 +130,95 @@ ardour7-lua "$work/render.lua" >"$work/render.log" 2>&1 || { cat "$work/render.l
 rendered=$(sed -n 's/^RENDERED //p' "$work/render.log" | head -1)
 [ -n "$rendered" ] || { echo "check-ardour: nothing rendered" >&2; cat "$work/render.log" >&2; exit 1; }
 
+# The saved session in Ardour's window: -15 typed into the Threshold display of
+# the plug-in's own editor, then Ctrl+S.
+gui_check() {
+    local config=$XDG_CONFIG_HOME/ardour7 file=$session/$name.ardour i
+    mkdir -p "$config"
+    touch "$config/.a7" # no first-run wizard
+    # The dummy engine starts without a dialog.
+    cat >"$config/config" <<XML
+<?xml version="1.0" encoding="UTF-8"?>
+<Ardour>
+  <Config>
+    <Option name="hide-dummy-backend" value="0"/>
+  </Config>
+  <Extra>
+    <AudioMIDISetup>
+      <EngineStates>
+        <State backend="None (Dummy)" driver="" device="Silence" input-device="" output-device="" sample-rate="44100" buffer-size="256" n-periods="2" input-latency="0" output-latency="0" input-channels="0" output-channels="0" active="1" use-buffered-io="0" lru="1" midi-option="">
+          <MIDIDevices/>
+        </State>
+      </EngineStates>
+    </AudioMIDISetup>
+  </Extra>
+</Ardour>
+XML
+    # The session opens with the plug-in's own editor shown: Ardour keeps the
+    # open plug-in windows as "P-<route id>-<processor id>".
+    local route proc
+    route=$(sed -n 's/.*<Route [^>]* id="\([0-9]*\)" name="voice".*/\1/p' "$file" | head -1)
+    proc=$(sed -n 's/.*<Processor id="\([0-9]*\)" name="Comp2".*/\1/p' "$file" | head -1)
+    sed -i "s#</Session>#  <Extra><UI><Window name=\"P-$route-$proc\" visible=\"1\" x-off=\"100\" y-off=\"100\" x-size=\"460\" y-size=\"250\" custom-ui=\"1\"/></UI></Extra>\n</Session>#" "$file"
+
+    local display=90 pids=()
+    while [ -e "/tmp/.X11-unix/X$display" ] || [ -e "/tmp/.X$display-lock" ]; do
+        display=$((display + 1))
+    done
+    Xvfb ":$display" -screen 0 1920x1080x24 -noreset >"$work/xvfb.log" 2>&1 &
+    pids+=($!)
+    export DISPLAY=:$display
+    for i in $(seq 1 40); do
+        xdpyinfo >/dev/null 2>&1 && break
+        sleep 0.25
+    done
+    openbox >"$work/openbox.log" 2>&1 &
+    pids+=($!)
+    ardour -n -a "$file" >"$work/ardour.log" 2>&1 &
+    pids+=($!)
+    stop_gui() { kill "${pids[@]}" 2>/dev/null || true; wait "${pids[@]}" 2>/dev/null || true; }
+
+    # The editor panel is the 460 x 210 window.
+    local at=""
+    for i in $(seq 1 120); do
+        at=$(xwininfo -root -tree 2>/dev/null | awk '/ 460x210\+/ { print $NF; exit }')
+        [ -n "$at" ] && break
+        sleep 0.5
+    done
+    if [ -z "$at" ]; then
+        echo "  FAIL: the plug-in's editor did not open in Ardour"
+        stop_gui
+        return 1
+    fi
+    local x y
+    x=${at#+}; x=${x%%+*}; y=${at##*+}
+    sleep 2
+    xdotool mousemove $((x + 279)) $((y + 112)) click 1 # the Threshold display
+    sleep 1
+    for i in 1 2 3 4 5 6 7 8; do xdotool key BackSpace; done
+    xdotool type --delay 100 -- "-15"
+    xdotool key Return
+    sleep 1
+    import -window root "$work/ardour-typed.png" 2>/dev/null || true
+    local before
+    before=$(stat -c %Y "$file")
+    xdotool search --name "$name - Ardour" windowactivate --sync key ctrl+s >/dev/null 2>&1 || true
+    for i in $(seq 1 40); do
+        [ "$(stat -c %Y "$file")" != "$before" ] && break
+        sleep 0.5
+    done
+    sleep 1
+    stop_gui
+    local value
+    value=$(grep -o '<Controllable name="Threshold"[^>]*value="[^"]*"' "$file" | sed 's/.*value="\([^"]*\)"/\1/')
+    if awk -v v="$value" 'BEGIN { d = -100 + 100 * v; exit !(d > -15.05 && d <= -14.95) }'; then
+        echo "  typed in Ardour's plug-in window: the saved session holds Threshold $value ($(awk -v v="$value" 'BEGIN { printf "%.1f", -100 + 100 * v }') dB)"
+    else
+        echo "  FAIL: after typing -15 in Ardour's plug-in window the saved Threshold is '$value' (picture: $work/ardour-typed.png)"
+        return 1
+    fi
+}
+
 failed=0
 expect_param() { # index name normalised
     local line
@@ -148,6 +255,9 @@ fi
 if ! awk -v d="$voice" 'BEGIN { exit !(d < 2 && d > -2) }'; then
     echo "  FAIL: the band below 3 kHz moves by 2 dB or more"
     failed=1
+fi
+if [ "$gui" = 1 ] && [ "$failed" = 0 ]; then
+    gui_check || failed=1
 fi
 [ "$failed" = 0 ] && echo "check-ardour: passed" || echo "check-ardour: FAILED"
 exit "$failed"
