@@ -44,12 +44,24 @@ AEffEditor* CWrappedEffect::Editor() const
 
 void CWrappedEffect::Activate(double sampleRate, int maxBlock)
 {
+    Prepare(sampleRate, maxBlock);
+    Start();
+}
+
+void CWrappedEffect::Prepare(double sampleRate, int maxBlock)
+{
     if (m_bActive)
         Deactivate();
     m_MaxBlock = maxBlock > 0 ? maxBlock : kDefaultMaxBlock;
     m_Scratch.assign((size_t)m_MaxBlock * 2, 0.f);
     m_pEffect->dispatcher(effSetSampleRate, 0, 0, nullptr, (float)sampleRate);
     m_pEffect->dispatcher(effSetBlockSize, 0, m_MaxBlock, nullptr, 0.f);
+}
+
+void CWrappedEffect::Start()
+{
+    if (m_bActive || m_MaxBlock <= 0)
+        return;
     m_pEffect->dispatcher(effMainsChanged, 0, 1, nullptr, 0.f);
     m_pEffect->dispatcher(effStartProcess, 0, 0, nullptr, 0.f);
     m_bActive = true;
@@ -99,6 +111,15 @@ bool CWrappedEffect::SetPlain(int index, float plain)
 float CWrappedEffect::GetPlain(int index) const
 {
     return NormalisedToPlain(index, GetNormalised(index));
+}
+
+bool CWrappedEffect::ShowsPlain(int index, float plain) const
+{
+    if (index < 0 || index >= kNumParams || !std::isfinite(plain))
+        return false;
+    if (GetParamRange(index).toggled)
+        return PlainToNormalised(index, plain) == GetNormalised(index);
+    return GetPlain(index) == ClampPlain(index, plain);
 }
 
 void CWrappedEffect::SetNormalised(int index, float normalised)

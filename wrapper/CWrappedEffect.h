@@ -37,10 +37,14 @@ public:
     void SetListener(IWrapperListener* listener) { m_pListener = listener; }
     IWrapperListener* Listener() const { return m_pListener; }
 
-    // Sample rate, largest block (frames per Process call are split into
-    // blocks of at most this size), mains on and start of processing.
-    // Allocates; not on the audio thread.
+    // Prepare and Start in one.
     void Activate(double sampleRate, int maxBlock);
+    // Sample rate and largest block (frames per Process call are split into
+    // blocks of at most this size). Allocates; not on the audio thread.
+    void Prepare(double sampleRate, int maxBlock);
+    // Mains on and start of processing, as a VST host does once it has set
+    // the parameters it wants; allocates nothing. Needs Prepare first.
+    void Start();
     void Deactivate(); // stop of processing, mains off
     bool IsActive() const { return m_bActive; }
     int MaxBlock() const { return m_MaxBlock; }
@@ -54,6 +58,9 @@ public:
     // changed.
     bool SetPlain(int index, float plain);
     float GetPlain(int index) const;
+    // True when the stored value already shows as `plain` (after clamping;
+    // for a switch: the same state).
+    bool ShowsPlain(int index, float plain) const;
     void SetNormalised(int index, float normalised);
     float GetNormalised(int index) const;
 

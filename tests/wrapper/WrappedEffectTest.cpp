@@ -127,8 +127,14 @@ TEST_F(WrappedEffectTest, SetPlainReportsChangesAndIgnoresNonFiniteValues)
     EXPECT_FALSE(wrapped.SetPlain(kParamThreshold, INFINITY));
     EXPECT_FALSE(wrapped.SetPlain(kNumParams, 1.f));
     EXPECT_EQ(wrapped.GetNormalised(kParamThreshold), 0.7f);
+    EXPECT_TRUE(wrapped.ShowsPlain(kParamThreshold, -30.f));
+    EXPECT_FALSE(wrapped.ShowsPlain(kParamThreshold, -29.f));
+    EXPECT_TRUE(wrapped.SetPlain(kParamHiFreq, 30000.f));
+    EXPECT_TRUE(wrapped.ShowsPlain(kParamHiFreq, 25000.f)) << "clamped alike";
     EXPECT_TRUE(wrapped.SetPlain(kParamOnOff, 0.f));
     EXPECT_EQ(wrapped.GetPlain(kParamOnOff), 0.f);
+    EXPECT_TRUE(wrapped.ShowsPlain(kParamOnOff, -1.f));
+    EXPECT_FALSE(wrapped.ShowsPlain(kParamOnOff, 0.5f));
 }
 } // namespace
 
