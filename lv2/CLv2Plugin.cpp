@@ -34,7 +34,8 @@ int MaxBlockFromOptions(const LV2_Options_Option* options, LV2_URID_Map* map)
 }
 } // namespace
 
-CLv2Plugin::CLv2Plugin(double sampleRate, const char* bundlePath, const LV2_Feature* const* features)
+CLv2Plugin::CLv2Plugin(double sampleRate, const char* bundlePath,
+                       const LV2_Feature* const* features)
     : m_Effect(bundlePath), m_SampleRate(sampleRate)
 {
     LV2_URID_Map* map = nullptr;

@@ -37,9 +37,9 @@ private:
 
     CWrappedEffect m_Effect;
     double m_SampleRate;
-    int m_MaxBlock = 0;          // from the host's options, else the wrapper's own
+    int m_MaxBlock = 0;           // from the host's options, else the wrapper's own
     bool m_bStartPending = false; // activated; the effect starts at the first block
-    LV2_URID m_BankKey = 0;      // 0 without urid:map: no state then
+    LV2_URID m_BankKey = 0;       // 0 without urid:map: no state then
     LV2_URID m_ChunkType = 0;
     float* m_Ports[kPortCount] = {};
     float m_LastControl[kNumParams]; // port values last seen, NaN: not yet

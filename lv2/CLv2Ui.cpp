@@ -47,19 +47,22 @@ CLv2Ui::CLv2Ui(CLv2Plugin& plugin, LV2UI_Write_Function write, LV2UI_Controller 
 CLv2Ui* CLv2Ui::Create(LV2UI_Write_Function write, LV2UI_Controller controller,
                        LV2UI_Widget* widget, const LV2_Feature* const* features)
 {
-    auto* plugin = static_cast<CLv2Plugin*>(
-        const_cast<void*>(FindFeature(features, LV2_INSTANCE_ACCESS_URI)));
+    auto* plugin =
+        static_cast<CLv2Plugin*>(const_cast<void*>(FindFeature(features, LV2_INSTANCE_ACCESS_URI)));
     const uintptr_t parent = reinterpret_cast<uintptr_t>(FindFeature(features, LV2_UI__parent));
     if (!plugin || !parent || plugin->Wrapped().Listener())
         return nullptr;
 
     auto* ui = new CLv2Ui(*plugin, write, controller);
-    ui->m_pResize = static_cast<LV2UI_Resize*>(const_cast<void*>(FindFeature(features, LV2_UI__resize)));
-    if (auto* map = static_cast<LV2_URID_Map*>(const_cast<void*>(FindFeature(features, LV2_URID__map))))
+    ui->m_pResize =
+        static_cast<LV2UI_Resize*>(const_cast<void*>(FindFeature(features, LV2_UI__resize)));
+    if (auto* map =
+            static_cast<LV2_URID_Map*>(const_cast<void*>(FindFeature(features, LV2_URID__map))))
     {
         ui->m_ScaleKey = map->map(map->handle, LV2_UI__scaleFactor);
         ui->m_FloatType = map->map(map->handle, LV2_ATOM__Float);
-        ui->ReadScale(static_cast<const LV2_Options_Option*>(FindFeature(features, LV2_OPTIONS__options)));
+        ui->ReadScale(
+            static_cast<const LV2_Options_Option*>(FindFeature(features, LV2_OPTIONS__options)));
     }
     if (!ui->m_Pump.Open(parent))
     {

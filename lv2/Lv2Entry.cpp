@@ -76,7 +76,7 @@ const void* ExtensionData(const char* uri)
     return nullptr;
 }
 
-const LV2_Descriptor kDescriptor = {DEESSER_LV2_URI, Instantiate, ConnectPort, Activate, Run,
+const LV2_Descriptor kDescriptor = {DEESSER_LV2_URI, Instantiate, ConnectPort,  Activate, Run,
                                     Deactivate,      Cleanup,     ExtensionData};
 } // namespace
 

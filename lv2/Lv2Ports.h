@@ -28,8 +28,8 @@ enum Lv2Port : uint32_t
 // Parameter index of each control input port, in port order: the controls
 // users turn most come first.
 constexpr int kLv2ControlOrder[kNumParams] = {
-    kParamThreshold, kParamRatio, kParamAttack,   kParamRelease,   kParamLowFreq,      kParamHiFreq,
-    kParamOutput,    kParamInput, kParamOnOff,    kParamSideChain, kParamAutoThreshold};
+    kParamThreshold, kParamRatio, kParamAttack, kParamRelease,   kParamLowFreq,      kParamHiFreq,
+    kParamOutput,    kParamInput, kParamOnOff,  kParamSideChain, kParamAutoThreshold};
 
 constexpr uint32_t PortOfParam(int index)
 {

@@ -123,10 +123,11 @@ void AudioPort(std::ostream& out, uint32_t index, bool input, const char* symbol
 void ControlPort(std::ostream& out, int index)
 {
     const ParamRange& r = GetParamRange(index);
-    out << "    [\n        a lv2:InputPort , lv2:ControlPort ;\n        lv2:index " << PortOfParam(index)
-        << " ;\n        lv2:symbol \"" << r.symbol << "\" ;\n        lv2:name " << Quoted(r.name)
-        << " ;\n        lv2:default " << Number(r.defaultPlain) << " ;\n        lv2:minimum "
-        << Number(r.minPlain) << " ;\n        lv2:maximum " << Number(r.maxPlain);
+    out << "    [\n        a lv2:InputPort , lv2:ControlPort ;\n        lv2:index "
+        << PortOfParam(index) << " ;\n        lv2:symbol \"" << r.symbol
+        << "\" ;\n        lv2:name " << Quoted(r.name) << " ;\n        lv2:default "
+        << Number(r.defaultPlain) << " ;\n        lv2:minimum " << Number(r.minPlain)
+        << " ;\n        lv2:maximum " << Number(r.maxPlain);
     if (r.toggled)
         out << " ;\n        lv2:portProperty lv2:toggled";
     if (index == kParamRatio || index == kParamLowFreq || index == kParamHiFreq)
@@ -229,7 +230,8 @@ std::string ManifestTtl(const std::string& binary, const std::vector<Preset>& pr
         << "> ;\n    rdfs:seeAlso <DeEsser.ttl> .\n\n";
     for (const Preset& p : presets)
         out << PresetUri(p.slot) << "\n    a pset:Preset ;\n    lv2:appliesTo <" DEESSER_LV2_URI
-            << "> ;\n    rdfs:label " << Quoted(p.label) << " ;\n    rdfs:seeAlso <presets.ttl> .\n\n";
+            << "> ;\n    rdfs:label " << Quoted(p.label)
+            << " ;\n    rdfs:seeAlso <presets.ttl> .\n\n";
     return out.str();
 }
 
@@ -258,7 +260,8 @@ int main(int argc, char** argv)
     const std::string binary = argv[3];
 
     std::vector<unsigned char> chunk;
-    if (ReadBankFile(argv[2], (uint32_t)kDeEsserUniqueID, kBankChunkSize, &chunk) != kBankFileLoaded ||
+    if (ReadBankFile(argv[2], (uint32_t)kDeEsserUniqueID, kBankChunkSize, &chunk) !=
+            kBankFileLoaded ||
         chunk.size() != (size_t)kBankChunkSize)
     {
         std::fprintf(stderr, "make_lv2_ttl: %s is not a factory bank of this effect\n", argv[2]);

@@ -6,6 +6,7 @@ packages=(
     cmake ninja-build g++ clang pkg-config
     libx11-dev libxtst-dev libcairo2-dev libsndfile1-dev
     libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev
+    lv2-dev liblilv-dev lilv-utils sordi
     xvfb fonts-ipafont-gothic
 )
 

@@ -76,7 +76,7 @@ float PlainToNormalised(int index, float plain)
         return plain > 0.f ? ValToNormalizeValue(index, 1.f) : 0.f;
     plain = ClampPlain(index, plain);
     if (IsGain(index))
-        return ValToNormalizeValue(index, (float)std::exp2((double)plain / 6.0));
+        return ValToNormalizeValue(index, (float)Db6ToGain(plain));
     return ValToNormalizeValue(index, plain);
 }
 
