@@ -242,6 +242,8 @@ void COutputFile::Commit()
     }
     close(m_Fd);
     m_Fd = -1;
+    if (m_KeepMode) // also when a writer replaced the temporary file by name
+        chmod(m_TempPath.c_str(), m_Mode);
     CSignalBlock block;
     // A file that appeared meanwhile is not overwritten without --force.
     struct stat st;

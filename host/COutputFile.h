@@ -26,6 +26,9 @@ public:
     int DupFd() const; // throws CHostError
     // The file written in the end: the link's target, or "-".
     const std::string& Target() const { return m_Target; }
+    // The temporary file's name, for a writer that replaces it by name (it
+    // gets the kept permissions at Commit). Empty for standard output.
+    const std::string& TempPath() const { return m_TempPath; }
     bool IsStdout() const { return m_Path == "-"; }
     void Commit(); // throws CHostError when the file cannot be put in place
     void Abort();

@@ -4,9 +4,11 @@
 #include "CArgs.h"
 #include "COutputFile.h"
 #include "DemoSignal.h"
-#include "FxbFile.h"
+#include "ADeEsserProgram.h"
+#include "BankFile.h"
 #include "HostError.h"
-#include "LegacyList.h"
+#include "ParamTable.h"
+#include "ProgramFile.h"
 #include "ParamValue.h"
 #include "Plot.h"
 #include "Render.h"
@@ -184,27 +186,6 @@ int demoProgram(CVstHost& host, std::string* name)
     return -1;
 }
 
-void writeFile(COutputFile& file, const std::string& path, const std::vector<uint8_t>& bytes)
-{
-    int fd = file.DupFd();
-    size_t done = 0;
-    while (done < bytes.size())
-    {
-        ssize_t n = write(fd, bytes.data() + done, bytes.size() - done);
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n <= 0)
-        {
-            int err = errno;
-            close(fd);
-            throw CHostError("cannot write " + path + ": " + std::strerror(err));
-        }
-        done += (size_t)n;
-    }
-    close(fd);
-    file.Commit();
-}
-
 // Handles the plug-in options of the simple commands; the rest is theirs.
 struct SimpleCommand
 {
@@ -359,97 +340,86 @@ int CmdInfo(const ArgList& args)
 
 int CmdImportLegacy(const ArgList& args)
 {
-    std::string plugin, base;
+    PluginChoices plug;
     bool force = false;
     std::vector<std::string> positional;
     CArgs a(args);
     std::string item;
     while (a.Next(item))
     {
-        if (item == "--plugin")
-            plugin = a.Value();
-        else if (item == "--bank")
-            base = a.Value();
+        if (!a.IsOption())
+            positional.push_back(item);
         else if (item == "--force")
         {
             a.NoInline();
             force = true;
         }
-        else if (item.size() > 1 && item[0] == '-')
+        else if (item != "--plugin" && item != "--bank" && item != "--factory")
             UnknownOption(item, "import-legacy");
         else
-            positional.push_back(item);
+            ParsePluginOption(a, item, plug);
     }
     if (positional.size() != 2)
         throw CHostError("import-legacy needs a list and an output bank (deesser import-legacy "
                          "LIST.LST OUT.fxb)");
     const std::string& listPath = positional[0];
     const std::string& outPath = positional[1];
+    struct stat st;
+    if (stat(listPath.c_str(), &st) != 0 || !S_ISREG(st.st_mode))
+        throw CHostError("cannot read the program list " + listPath);
     COutputFile outFile(outPath, force, listPath);
-    std::vector<std::string> warnings;
-    std::vector<LegacyProgram> programs = ReadLegacyList(listPath, &warnings);
-    for (const std::string& w : warnings)
+
+    RenderReport report;
+    std::unique_ptr<CVstHost> host = OpenConfiguredPlugin(plug, 48000, report);
+    for (const std::string& w : report.warnings)
         std::fprintf(stderr, "deesser: warning: %s\n", w.c_str());
+    if (!host->IsDeEsser())
+        throw CHostError("import-legacy needs the de-esser plug-in; " + host->Path() + " is " +
+                         host->Text(effGetEffectName));
 
-    CVstHost host(plugin.empty() ? DefaultPluginPath() : plugin);
-    if (!host.IsDeEsser())
-        throw CHostError("import-legacy needs the de-esser plug-in; " + host.Path() + " is " +
-                         host.Text(effGetEffectName));
-    host.Open();
-    if (!base.empty())
-    {
-        FxbBank bank = ReadFxbBank(base);
-        if (bank.fxId != host.Effect()->uniqueID || bank.chunk.size() != 2304)
-            throw CHostError("bank " + base + " is not a bank of this plug-in");
-        host.Dispatch(effSetChunk, 0, (VstIntPtr)bank.chunk.size(), bank.chunk.data());
-    }
-
-    // Threshold, attack, release, ratio: fields 1-4 of the value line.
-    const int targets[4] = {3, 5, 6, 4};
-    const char* const labels[4] = {"threshold %.1f dB", "attack %.1f ms", "release %.2f s",
-                                   "ratio %.1f"};
-    for (size_t i = 0; i < programs.size(); ++i)
-    {
-        const LegacyProgram& p = programs[i];
-        host.Dispatch(effSetProgram, 0, (VstIntPtr)i);
-        std::string line;
-        for (int f = 0; f < 4; ++f)
-        {
-            if (!p.has[f])
-                continue;
-            double lo, hi;
-            DisplayRange(targets[f], &lo, &hi);
-            bool clamped = p.value[f] < lo || p.value[f] > hi;
-            host.SetParameter(targets[f], DisplayToNormalised(targets[f], p.value[f], true));
-            char text[64];
-            std::snprintf(text, sizeof(text), labels[f], p.value[f]);
-            line += (line.empty() ? "" : ", ") + std::string(text) + (clamped ? " (clamped)" : "");
-        }
-        char name[kVstMaxProgNameLen];
-        std::memset(name, 0, sizeof(name));
-        std::strncpy(name, p.name.c_str(), sizeof(name) - 1);
-        host.Dispatch(effSetProgramName, 0, 0, name);
-        if (p.name.size() > sizeof(name) - 1)
-            std::fprintf(stderr, "deesser: warning: name \"%s\" cut to \"%s\" (23 bytes at most)\n",
-                         p.name.c_str(), name);
-        std::printf("  %2zu  %-23s %s\n", i, name, line.empty() ? "(no values)" : line.c_str());
-    }
-    host.Dispatch(effSetProgram, 0, 0);
-
+    // The import works on the bank image, as the plug-in's own import does.
+    std::vector<ADeEsserProgram> bank(kNumPrograms);
     void* data = nullptr;
-    VstIntPtr size = host.Dispatch(effGetChunk, 0, 0, &data);
-    if (!data || size != 2304)
+    VstIntPtr size = host->Dispatch(effGetChunk, 0, 0, &data);
+    if (!data || size != kBankChunkSize)
         throw CHostError("the plug-in returned a bank chunk of " + std::to_string((long)size) +
-                         " bytes; expected 2304");
-    FxbBank bank;
-    bank.fxId = host.Effect()->uniqueID;
-    bank.fxVersion = host.Effect()->version;
-    bank.numPrograms = host.NumPrograms();
-    bank.chunk.assign((const uint8_t*)data, (const uint8_t*)data + size);
-    std::vector<uint8_t> bytes = BuildFxbBank(bank);
-    writeFile(outFile, outPath, bytes);
-    std::printf("imported %zu program%s from %s into %s (%zu bytes)\n", programs.size(),
-                programs.size() == 1 ? "" : "s", listPath.c_str(), outPath.c_str(), bytes.size());
+                         " bytes; expected " + std::to_string(kBankChunkSize));
+    std::memcpy((void*)bank.data(), data, kBankChunkSize);
+    size_t slash = listPath.rfind('/');
+    std::string folder = slash == std::string::npos ? "." : listPath.substr(0, slash);
+    int count = ImportProgramList(listPath.c_str(), folder.c_str(), bank.data(), kNumPrograms);
+    if (count == 0)
+        throw CHostError(listPath + " is not a legacy program list (\"" + kProgramListMagic +
+                         "\" and a program count of at least 1)");
+    host->Dispatch(effSetChunk, 0, kBankChunkSize, bank.data());
+
+    for (int i = 0; i < count; ++i)
+    {
+        std::string name = bank[i].name;
+        if (stat((folder + "/" + name + ".PGM").c_str(), &st) != 0)
+            std::fprintf(stderr,
+                         "deesser: warning: %s/%s.PGM not found; program %d keeps the values "
+                         "read before it\n",
+                         folder.c_str(), name.c_str(), i);
+        host->Dispatch(effSetProgram, 0, i);
+        std::string line;
+        for (int p : {kParamThreshold, kParamAttack, kParamRelease, kParamRatio})
+        {
+            std::string label = host->ParamLabel(p);
+            line += (line.empty() ? "" : ", ") + host->ParamName(p) + " " + host->ParamDisplay(p) +
+                    (label.empty() ? "" : " " + label);
+        }
+        std::printf("  %2d  %-23s %s\n", i, name.c_str(), line.c_str());
+    }
+    host->Dispatch(effSetProgram, 0, 0);
+    size = host->Dispatch(effGetChunk, 0, 0, &data);
+    if (!data || size != kBankChunkSize ||
+        !WriteBankFile(outFile.TempPath().c_str(), (uint32_t)host->Effect()->uniqueID, data,
+                       (uint32_t)size))
+        throw CHostError("cannot write " + outPath);
+    outFile.Commit();
+    std::printf("imported %d program%s from %s into %s\n", count, count == 1 ? "" : "s",
+                listPath.c_str(), outPath.c_str());
     return 0;
 }
 

@@ -5,25 +5,15 @@
 
 #include <vector>
 
-// One second-order section, transposed direct form II.
-class CBiquad
+// The coefficients of one second-order section (transposed direct form II
+// when run), normalised by a0.
+struct CBiquad
 {
-public:
     void SetHighPass(double freq, double q, double sampleRate);
     void SetLowPass(double freq, double q, double sampleRate);
     void SetZero(); // passes nothing
-    double Run(double x)
-    {
-        double y = m_B0 * x + m_S1;
-        m_S1 = m_B1 * x - m_A1 * y + m_S2;
-        m_S2 = m_B2 * x - m_A2 * y;
-        return y;
-    }
 
-    double m_B0 = 1, m_B1 = 0, m_B2 = 0, m_A1 = 0, m_A2 = 0; // normalised by a0
-
-private:
-    double m_S1 = 0, m_S2 = 0; // state
+    double m_B0 = 1, m_B1 = 0, m_B2 = 0, m_A1 = 0, m_A2 = 0;
 };
 
 // 4th-order Butterworth high-pass at low followed by 4th-order Butterworth
@@ -35,12 +25,6 @@ public:
     CBandPass(double low, double high, double sampleRate);
     bool Usable() const { return m_Usable; }
     const CBiquad& Section(int i) const { return m_Sections[i]; }
-    double Run(double x)
-    {
-        for (CBiquad& s : m_Sections)
-            x = s.Run(x);
-        return x;
-    }
 
 private:
     CBiquad m_Sections[4];

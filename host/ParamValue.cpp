@@ -3,6 +3,8 @@
 #include "HostError.h"
 #include "VstHost.h"
 
+#include "ParamTable.h"
+
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -11,31 +13,18 @@
 
 namespace
 {
-// clang-format off
-const ParamMapping kMappings[11] = {
-    {ParamMapping::Switch, 0, 1},         // ON/OFF
-    {ParamMapping::GainDb, 0.001, 10},    // Output, dB
-    {ParamMapping::GainDb, 0.001, 1},     // Input, dB
-    {ParamMapping::Linear, -100, 0},      // Threshold, dB
-    {ParamMapping::Linear, 1, 64},        // Ratio
-    {ParamMapping::Linear, 0, 20},        // AttackTime, ms
-    {ParamMapping::Linear, 0.01, 4},      // ReleaseTime, s
-    {ParamMapping::Linear, 2000, 20000},  // LowFreq, Hz
-    {ParamMapping::Linear, 2000, 20000},  // HiFreq, Hz
-    {ParamMapping::Switch, 0, 1},         // SideChain
-    {ParamMapping::Switch, 0, 1},         // AutoThreshold
-};
-const char* const kUnits[11][2] = {
-    {"", ""}, {"dB", ""}, {"dB", ""}, {"dB", ""}, {"", ""}, {"ms", ""},
-    {"sec", "s"}, {"Hz", ""}, {"Hz", ""}, {"", ""}, {"", ""},
-};
-// clang-format on
-
-// 6 dB per doubling: the de-esser's own decibels for gains.
-double gainToDb(double gain)
+bool isSwitch(int index)
 {
-    return 6.0 * std::log(gain) / std::log(2.0);
+    return AutomateParamMinMax_Tbl[index].isInteger != 0;
 }
+
+bool isGain(int index)
+{
+    return index == kParamOutput || index == kParamInput;
+}
+
+// The unit typed after a number: the parameter's label, and "s" for "sec".
+bool stripUnit(int index, std::string& text);
 
 std::string trim(const std::string& s)
 {
@@ -66,49 +55,51 @@ bool parseNumber(const std::string& text, double* value)
 }
 } // namespace
 
-const ParamMapping& DeEsserMapping(int index)
+namespace
 {
-    return kMappings[index];
+bool stripUnit(int index, std::string& text)
+{
+    const std::string label = GetParamLabel(index);
+    for (const std::string& unit : {label, label == "sec" ? std::string("s") : std::string()})
+    {
+        size_t n = unit.size();
+        if (n && text.size() > n && strcasecmp(text.c_str() + text.size() - n, unit.c_str()) == 0)
+        {
+            text = trim(text.substr(0, text.size() - n));
+            return true;
+        }
+    }
+    return false;
 }
+} // namespace
 
 void DisplayRange(int index, double* lo, double* hi)
 {
-    const ParamMapping& m = kMappings[index];
-    if (m.kind == ParamMapping::GainDb)
-    {
-        *lo = gainToDb(m.min);
-        *hi = gainToDb(m.max);
-    }
-    else
-    {
-        *lo = m.min;
-        *hi = m.max;
-    }
+    float min, max;
+    GetParamMinMax(index, &min, &max);
+    *lo = min;
+    *hi = max;
 }
 
 float DisplayToNormalised(int index, double value, bool clamp)
 {
-    const ParamMapping& m = kMappings[index];
     double lo, hi;
     DisplayRange(index, &lo, &hi);
     // Half a display step of slack, so that the ends as displayed (-59.79 dB,
     // 19.93 dB) are accepted although the exact ends lie just beyond them.
-    double slack = m.kind == ParamMapping::GainDb ? 0.005 : 1e-9 * (hi - lo);
+    double slack = isGain(index) ? 0.005 : 1e-6 * (hi - lo);
     if (!clamp && (value < lo - slack || value > hi + slack))
         throw CHostError("value " + formatValue(value) + " outside " + formatValue(lo) + " .. " +
                          formatValue(hi));
-    if (m.kind == ParamMapping::Switch)
+    if (isSwitch(index))
         return value >= 0.5 ? 1.f : 0.f;
-    double x = m.kind == ParamMapping::GainDb ? std::pow(2.0, value / 6.0) : value;
-    double n = (x - m.min) / (m.max - m.min);
-    return (float)std::min(1.0, std::max(0.0, n));
+    return ValToNormalizeValue(index, (float)(isGain(index) ? Db6ToGain(value) : value));
 }
 
 float ParseDeEsserValue(int index, const std::string& name, const std::string& typed)
 {
     std::string text = trim(typed);
-    const ParamMapping& m = kMappings[index];
-    if (m.kind == ParamMapping::Switch)
+    if (isSwitch(index))
     {
         if (strcasecmp(text.c_str(), "ON") == 0 || text == "1")
             return 1.f;
@@ -116,16 +107,7 @@ float ParseDeEsserValue(int index, const std::string& name, const std::string& t
             return 0.f;
         throw CHostError("bad value \"" + typed + "\" for " + name + ": use ON or OFF (1 or 0)");
     }
-    // An optional unit after the number.
-    for (const char* unit : kUnits[index])
-    {
-        size_t n = std::string(unit).size();
-        if (n && text.size() > n && strcasecmp(text.c_str() + text.size() - n, unit) == 0)
-        {
-            text = trim(text.substr(0, text.size() - n));
-            break;
-        }
-    }
+    stripUnit(index, text); // an optional unit after the number
     double value;
     if (!parseNumber(text, &value))
         throw CHostError("bad value \"" + typed + "\" for " + name + ": not a number");
@@ -135,7 +117,7 @@ float ParseDeEsserValue(int index, const std::string& name, const std::string& t
     }
     catch (const CHostError& e)
     {
-        std::string unit = kUnits[index][0];
+        std::string unit = GetParamLabel(index);
         throw CHostError("bad value \"" + typed + "\" for " + name + ": " + e.what() +
                          (unit.empty() ? "" : " " + unit));
     }
@@ -185,23 +167,14 @@ AppliedSetting ApplySetting(CVstHost& host, const std::string& assignment)
 
     // Read the value back as the plug-in shows it: a mismatch means the
     // plug-in maps its parameters differently from what this host assumes.
-    const ParamMapping& m = kMappings[index];
     bool same;
-    if (m.kind == ParamMapping::Switch)
+    if (isSwitch(index))
         same = applied.display == (applied.normalised >= 0.5f ? "ON" : "OFF");
     else
     {
         double typed = 0, shown = 0;
         std::string number = trim(text);
-        for (const char* unit : kUnits[index])
-        {
-            size_t n = std::string(unit).size();
-            if (n && number.size() > n && strcasecmp(number.c_str() + number.size() - n, unit) == 0)
-            {
-                number = trim(number.substr(0, number.size() - n));
-                break;
-            }
-        }
+        stripUnit(index, number);
         parseNumber(number, &typed);
         double lo, hi;
         DisplayRange(index, &lo, &hi);

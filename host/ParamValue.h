@@ -1,27 +1,11 @@
 // Parameter values typed in display units ("Threshold=-30", "SideChain=OFF")
-// turned into the normalised 0..1 values that the VST interface carries.
+// turned into the normalised 0..1 values that the VST interface carries,
+// through the plug-in's own parameter table (params/).
 #pragma once
 
 #include <string>
 
 class CVstHost;
-
-// How the de-esser maps one parameter between display units and 0..1.
-struct ParamMapping
-{
-    enum Kind
-    {
-        Switch, // ON/OFF, 0 or 1
-        GainDb, // a linear gain min..max shown as 6 dB per doubling
-        Linear  // min..max in display units
-    };
-    Kind kind;
-    double min; // gain for GainDb, display units for Linear
-    double max;
-};
-
-// The mapping of parameter index 0..10 of the de-esser.
-const ParamMapping& DeEsserMapping(int index);
 
 // Display range of a de-esser parameter (dB for gains).
 void DisplayRange(int index, double* lo, double* hi);

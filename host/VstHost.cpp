@@ -1,6 +1,7 @@
 // VST 2.4 host side: library loading, the host callback and the dispatcher calls.
 #include "VstHost.h"
 #include "HostError.h"
+#include "ParamTable.h"
 
 #include <cerrno>
 #include <climits>
@@ -37,11 +38,6 @@ typedef AEffect* (*VstEntryProc)(audioMasterCallback);
 // several files render at once, and a plug-in's first-use set-up (folders,
 // default bank) need not be thread-safe. Processing runs freely in parallel.
 std::recursive_mutex g_LifeCycle;
-
-// The parameter names of the de-esser, in index order.
-const char* const kDeEsserParamNames[11] = {"ON/OFF", "Output",     "Input",        "Threshold",
-                                            "Ratio",  "AttackTime", "ReleaseTime",  "LowFreq",
-                                            "HiFreq", "SideChain",  "AutoThreshold"};
 } // namespace
 
 VstIntPtr CVstHost::HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
@@ -189,9 +185,10 @@ bool CVstHost::IsDeEsser()
 {
     if (m_IsDeEsser < 0)
     {
-        bool known = m_Effect->uniqueID == VstFourCC('I', 'D', 'e', 'E') && NumParams() == 11;
-        for (int i = 0; known && i < 11; ++i)
-            known = ParamName(i) == kDeEsserParamNames[i];
+        bool known =
+            m_Effect->uniqueID == VstFourCC('I', 'D', 'e', 'E') && NumParams() == kNumParams;
+        for (int i = 0; known && i < kNumParams; ++i)
+            known = ParamName(i) == GetParamName(i);
         m_IsDeEsser = known ? 1 : 0;
     }
     return m_IsDeEsser == 1;
