@@ -2,7 +2,9 @@
 #include "SoundFile.h"
 #include "HostError.h"
 
+#include <algorithm>
 #include <cctype>
+#include <cstddef>
 #include <cerrno>
 #include <climits>
 #include <csignal>
@@ -199,10 +201,15 @@ void CSoundWriter::CopyMetadataFrom(SNDFILE* source)
             sf_set_string(m_File, kind, text);
     // The broadcast extension (description, originator, time reference,
     // coding history) of WAV, W64 and RF64.
-    SF_BROADCAST_INFO_VAR(16384) bext;
+    // libsndfile takes at most its 16K form, and only the size in use.
+    SF_BROADCAST_INFO_VAR(16000) bext;
     std::memset(&bext, 0, sizeof(bext));
     if (sf_command(source, SFC_GET_BROADCAST_INFO, &bext, sizeof(bext)) == SF_TRUE)
-        sf_command(m_File, SFC_SET_BROADCAST_INFO, &bext, sizeof(bext));
+    {
+        size_t used = offsetof(SF_BROADCAST_INFO, coding_history) +
+                      std::min<size_t>(bext.coding_history_size, sizeof(bext.coding_history));
+        sf_command(m_File, SFC_SET_BROADCAST_INFO, &bext, (int)used);
+    }
 }
 
 void CSoundWriter::Close()

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <memory>
@@ -79,6 +80,20 @@ RunResult RunDeEsser(const std::vector<std::string>& args)
         else if (WIFSIGNALED(status))
             r.signal = WTERMSIG(status);
     }
+    r.out = ReadBytes(capture / "stdout");
+    r.err = ReadBytes(capture / "stderr");
+    return r;
+}
+
+RunResult RunShell(const std::string& script)
+{
+    TempDir capture;
+    WriteBytes(capture / "script", "DEESSER='" + std::string(DEESSER_BIN) + "'\n" + script + "\n");
+    int status = std::system(("sh " + (capture / "script") + " </dev/null >" +
+                              (capture / "stdout") + " 2>" + (capture / "stderr"))
+                                 .c_str());
+    RunResult r;
+    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     r.out = ReadBytes(capture / "stdout");
     r.err = ReadBytes(capture / "stderr");
     return r;

@@ -21,6 +21,9 @@ struct RunResult
 
 // Runs the deesser binary with args and waits for it.
 RunResult RunDeEsser(const std::vector<std::string>& args);
+// Runs a shell script with $DEESSER naming the binary (for pipes and
+// redirections), stdin from /dev/null.
+RunResult RunShell(const std::string& script);
 // Starts it with stdout and stderr going to the named files; -1 on failure.
 pid_t SpawnDeEsser(const std::vector<std::string>& args, const std::string& out,
                    const std::string& err);
