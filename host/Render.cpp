@@ -358,6 +358,17 @@ RenderReport RenderFile(const RenderOptions& options, const FileJob& job)
             inst.outPtr.push_back(v.data());
     }
     bandWarnings(*instances[0].host, in.sampleRate, report.warnings);
+    if (options.target >= 0)
+    {
+        // First pass: threshold (and ratio) for the wanted reduction.
+        std::vector<std::pair<int, int>> pairs;
+        for (const Lane& l : lanes)
+            pairs.push_back({l.a, l.b});
+        report.target.reset(new TargetChoice(
+            MeasureForTarget(*instances[0].host, job, pairs, options.target)));
+        for (Instance& inst : instances)
+            ApplyTargetChoice(*inst.host, *report.target);
+    }
     std::vector<bool> passThrough(channels, true);
     for (const Lane& l : lanes)
     {
@@ -639,6 +650,10 @@ std::string SummaryText(const RenderReport& r)
         s += "instances: " + r.lanesText + "\n";
     for (const std::string& set : r.settings)
         s += "  set " + set + "\n";
+    if (r.target)
+        s += TargetSummaryText(*r.target,
+                               r.before ? r.after->SibilanceDb() - r.before->SibilanceDb() : NAN,
+                               r.before ? r.after->VoiceDb() - r.before->VoiceDb() : NAN);
     if (r.before)
     {
         const CSignalStats& a = *r.before;
@@ -685,6 +700,8 @@ std::string ReportLine(const FileJob& job, const RenderReport& r)
         s += format(", sibilance %s, peak %s dBFS",
                     changeText(r.before->SibilanceDb(), r.after->SibilanceDb()).c_str(),
                     dbText(r.after->PeakDb()).c_str());
+    if (r.target)
+        s += format(", Threshold %.1f dB, Ratio %.1f", r.target->thresholdDb, r.target->ratio);
     if (r.clipped)
         s += format(", %lld %s", r.clipped, r.floatOutput ? "overs kept" : "clipped");
     s += format(", %.1f s", r.wallSeconds);
@@ -734,6 +751,10 @@ std::string ReportJson(const FileJob& job, const RenderReport& r)
             .Number("voice_change_db", r.after->VoiceDb() - r.before->VoiceDb());
         j.EndObject();
     }
+    if (r.target)
+        TargetJson(j, *r.target,
+                   r.before ? r.after->SibilanceDb() - r.before->SibilanceDb() : NAN,
+                   r.before ? r.after->VoiceDb() - r.before->VoiceDb() : NAN);
     j.Integer("clipped_samples", r.floatOutput ? 0 : r.clipped)
         .Integer("overs_kept", r.floatOutput ? r.clipped : 0)
         .Integer("non_finite_samples", r.nonFinite);

@@ -8,6 +8,7 @@
 #include "Plot.h"
 #include "RenderOptions.h"
 #include "SoundFile.h"
+#include "ThresholdSearch.h"
 
 #include <memory>
 #include <string>
@@ -36,6 +37,7 @@ struct RenderReport
     std::vector<double> bandGain;                // dB per window, NaN where the input band is quiet
     std::vector<double> wideGain;
     std::unique_ptr<CWaveEnvelope> inputWave, outputWave; // with --plot only
+    std::unique_ptr<TargetChoice> target;                 // with --target only
 };
 
 // Opens a plug-in instance ready for processing: loaded, opened, prepared at

@@ -85,6 +85,8 @@ bool ParseRenderOption(CArgs& a, const std::string& item, RenderOptions& o)
         o.jobs = a.IntValue(1, 1024);
     else if (item == "--plot")
         o.plot = a.Value();
+    else if (item == "--target")
+        o.target = a.NumberValue(0, 40);
     else if (item == "--force" || item == "--fail-on-clip" || item == "--no-analysis")
     {
         a.NoInline();

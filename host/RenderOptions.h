@@ -45,6 +45,7 @@ struct RenderOptions
     int jobs = 0;          // -j N: files at the same time; 0 all cores
     std::string plot;      // --plot FILE.png (single file only)
     std::string plotTitle; // empty: "De-essing IN"
+    double target = -1;    // --target DB: sibilance reduction to reach; -1 none
 };
 
 // Reads one option shared by the file commands (quiet, JSON, progress) into

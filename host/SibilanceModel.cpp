@@ -374,22 +374,40 @@ void CSibilanceModel::energiesAt(int j, double ratio, double& sib, double& voice
     }
 }
 
-BandChange CSibilanceModel::Predict(double thresholdDb, double ratio) const
+void CSibilanceModel::PredictEnergies(double thresholdDb, double ratio, double& sibilance,
+                                      double& voice) const
 {
-    BandChange r;
     if (!m_Settings.On())
     {
-        r.sibilance = r.voice = 20.0 * std::log10((double)m_Settings.InputGain());
-        return r;
+        // Bypassed: only the input gain acts.
+        const double g = (double)m_Settings.InputGain() * m_Settings.InputGain();
+        sibilance = g * m_SibIn;
+        voice = g * m_VoiceIn;
+        return;
     }
-    double pos = std::min(std::max(thresholdDb - kLowestThreshold, 0.0), kThresholds - 1.0);
-    int j = std::min((int)pos, kThresholds - 2);
-    double frac = pos - j;
+    const double pos = std::min(std::max(thresholdDb - kLowestThreshold, 0.0), kThresholds - 1.0);
+    const int j = std::min((int)pos, kThresholds - 2);
+    const double frac = pos - j;
     double s0, v0, s1, v1;
     energiesAt(j, ratio, s0, v0);
     energiesAt(j + 1, ratio, s1, v1);
-    r.sibilance = (1 - frac) * powerDb(s0 / m_SibIn) + frac * powerDb(s1 / m_SibIn);
-    r.voice = (1 - frac) * powerDb(v0 / m_VoiceIn) + frac * powerDb(v1 / m_VoiceIn);
+    // Between grid points the levels (not the energies) are interpolated.
+    auto mix = [frac](double a, double b)
+    {
+        return a > 0 && b > 0 ? std::exp((1 - frac) * std::log(a) + frac * std::log(b))
+                              : (1 - frac) * a + frac * b;
+    };
+    sibilance = mix(s0, s1);
+    voice = mix(v0, v1);
+}
+
+BandChange CSibilanceModel::Predict(double thresholdDb, double ratio) const
+{
+    double s, v;
+    PredictEnergies(thresholdDb, ratio, s, v);
+    BandChange r;
+    r.sibilance = powerDb(s / m_SibIn);
+    r.voice = powerDb(v / m_VoiceIn);
     return r;
 }
 

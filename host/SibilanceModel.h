@@ -63,6 +63,9 @@ public:
     // What the program would do with the given threshold and ratio (its other
     // settings as they are). Thresholds between grid points interpolate.
     BandChange Predict(double thresholdDb, double ratio) const;
+    // The same as output energies of the two bands (sums of squares over
+    // channels), to add up several models of one file.
+    void PredictEnergies(double thresholdDb, double ratio, double& sibilance, double& voice) const;
     // The part that needs no compression: the split-band sum's fixed dip and
     // the program's input and output gains (ratio 1).
     BandChange Fixed() const;
