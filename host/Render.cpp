@@ -364,8 +364,8 @@ RenderReport RenderFile(const RenderOptions& options, const FileJob& job)
         std::vector<std::pair<int, int>> pairs;
         for (const Lane& l : lanes)
             pairs.push_back({l.a, l.b});
-        report.target.reset(new TargetChoice(
-            MeasureForTarget(*instances[0].host, job, pairs, options.target)));
+        report.target.reset(
+            new TargetChoice(MeasureForTarget(*instances[0].host, job, pairs, options.target)));
         for (Instance& inst : instances)
             ApplyTargetChoice(*inst.host, *report.target);
     }
@@ -752,8 +752,7 @@ std::string ReportJson(const FileJob& job, const RenderReport& r)
         j.EndObject();
     }
     if (r.target)
-        TargetJson(j, *r.target,
-                   r.before ? r.after->SibilanceDb() - r.before->SibilanceDb() : NAN,
+        TargetJson(j, *r.target, r.before ? r.after->SibilanceDb() - r.before->SibilanceDb() : NAN,
                    r.before ? r.after->VoiceDb() - r.before->VoiceDb() : NAN);
     j.Integer("clipped_samples", r.floatOutput ? 0 : r.clipped)
         .Integer("overs_kept", r.floatOutput ? r.clipped : 0)

@@ -87,9 +87,15 @@ struct CSibilanceModel::Channel
 
 CSibilanceModel::CSibilanceModel(const EffectSettings& settings, int sampleRate, int channels)
     : m_Settings(settings), m_Channels(std::min(std::max(channels, 1), 2)),
-      m_SampleRate(sampleRate), m_SideChain(settings.SideChain()), m_Env(kThresholds, 1e-25f),
-      m_EnvSum(kThresholds, 0.f), m_KeyHist(kKeyBins, 0)
+      m_SampleRate(sampleRate), m_SideChain(settings.SideChain()), m_Env(kBankVectors),
+      m_EnvSum(kBankVectors), m_Thresholds(kBankVectors), m_KeyHist(kKeyBins, 0)
 {
+    for (int j = 0; j < kBankVectors * 4; ++j)
+    {
+        m_Thresholds[j / 4][j % 4] = (float)(kLowestThreshold + j);
+        m_Env[j / 4][j % 4] = 1e-25f;
+        m_EnvSum[j / 4][j % 4] = 0.f;
+    }
     for (int c = 0; c < m_Channels; ++c)
         m_Ch.emplace_back(settings, (double)sampleRate);
     m_Usable = m_Ch[0].sib.Usable();
@@ -284,22 +290,29 @@ void CSibilanceModel::runBank(const float* level, int n)
 {
     // The gain computer's envelope (in dB over threshold) for every grid
     // threshold: attack toward a rising target, release toward a falling
-    // one; with AutoThreshold every rise aims at a fixed 20 dB.
-    const float att = m_Attack, rel = m_Release;
-    float* env = m_Env.data();
-    float* sum = m_EnvSum.data();
+    // one; with AutoThreshold every rise aims at a fixed 20 dB. Four
+    // thresholds at a time, without branches.
+    const v4f att = {m_Attack, m_Attack, m_Attack, m_Attack};
+    const v4f rel = {m_Release, m_Release, m_Release, m_Release};
+    const float a = m_Auto ? 20.f : -1.f; // -1: never chosen
+    const v4f autoTarget = {a, a, a, a};
+    const v4f zero = {0.f, 0.f, 0.f, 0.f};
+    const v4f tiny = {1e-25f, 1e-25f, 1e-25f, 1e-25f};
+    v4f* env = m_Env.data();
+    v4f* sum = m_EnvSum.data();
+    const v4f* thr = m_Thresholds.data();
+    const int lanes = (int)m_Env.size();
     for (int i = 0; i < n; ++i)
     {
-        const float l = level[i];
-        for (int j = 0; j < kThresholds; ++j)
+        const v4f l = {level[i], level[i], level[i], level[i]};
+        for (int j = 0; j < lanes; ++j)
         {
-            const float t = (float)(kLowestThreshold + j);
-            const float d = l - t;
-            const float over = (d > 0.f ? d : 0.f) + 1e-25f;
-            const float e = env[j];
-            const float target = m_Auto && e < over ? 20.f : over;
-            const float c = target > e ? att : rel;
-            const float next = target + (e - target) * c;
+            const v4f d = l - thr[j];
+            const v4f over = (d > zero ? d : zero) + tiny;
+            const v4f e = env[j];
+            const v4f target = (e < over) & (autoTarget > zero) ? autoTarget : over;
+            const v4f c = target > e ? att : rel;
+            const v4f next = target + (e - target) * c;
             env[j] = next;
             sum[j] += next;
         }
@@ -313,8 +326,7 @@ void CSibilanceModel::closeWindow()
     const float scale = (float)(1.0 / (kNodeDb * m_InWindow));
     for (int j = 0; j < kThresholds; ++j)
     {
-        float pos = m_EnvSum[j] * scale;
-        m_EnvSum[j] = 0.f;
+        float pos = m_EnvSum[j / 4][j % 4] * scale;
         int node = (int)pos;
         float frac = pos - (float)node;
         if (node >= kNodes - 1)
@@ -329,6 +341,8 @@ void CSibilanceModel::closeWindow()
             h[m_Parts + p] += frac * m_Win[p];
         }
     }
+    for (v4f& v : m_EnvSum)
+        v = v4f{0.f, 0.f, 0.f, 0.f};
     for (double& w : m_Win)
         w = 0;
     m_InWindow = 0;

@@ -102,7 +102,10 @@ private:
     // Gain computer coefficients and the envelope of each grid threshold.
     float m_Attack, m_Release;
     bool m_Auto;
-    std::vector<float> m_Env, m_EnvSum;
+    // Four thresholds per vector, the grid padded up to whole vectors.
+    typedef float v4f __attribute__((vector_size(16)));
+    static constexpr int kBankVectors = (kThresholds + 3) / 4;
+    std::vector<v4f> m_Env, m_EnvSum, m_Thresholds;
     int m_InWindow = 0;
     // Current window's band energies: side-chain {sib, voice}; split band
     // {sib F.M, sib M.M, voice F.M, voice M.M} with F the fixed bands and M
