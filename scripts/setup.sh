@@ -8,6 +8,7 @@ packages=(
     libgtest-dev libgmock-dev libbenchmark-dev libclang-rt-14-dev
     lv2-dev liblilv-dev lilv-utils sordi
     xvfb fonts-ipafont-gothic
+    zam-plugins
 )
 
 missing=()
