@@ -81,7 +81,7 @@ struct CSibilanceModel::Channel
         highHigh.CalcCoefficients(sr, high, -12.f, 1.f, CBiquadFilter::kHighShelf);
         highLow.CalcCoefficients(sr, high, -12.f, 1.f, CBiquadFilter::kLowShelf);
     }
-    CBandPass sib, voice, sibF, voiceF, sibM, voiceM;
+    CBandFilter sib, voice, sibF, voiceF, sibM, voiceM;
     CBiquadFilter lowHigh, lowLow, highHigh, highLow;
 };
 

@@ -16,6 +16,31 @@
 class CVRXLPF;
 class CBiquadFilter;
 
+// One of the host's measurement band-passes, run sample by sample in double
+// precision (the same sections as the summary's measurement).
+class CBandFilter
+{
+public:
+    CBandFilter(double low, double high, double sampleRate) : m_Band(low, high, sampleRate) {}
+    bool Usable() const { return m_Band.Usable(); }
+    double Run(double x)
+    {
+        for (int i = 0; i < 4; ++i)
+        {
+            const CBiquad& c = m_Band.Section(i);
+            const double y = c.m_B0 * x + m_S1[i];
+            m_S1[i] = c.m_B1 * x - c.m_A1 * y + m_S2[i];
+            m_S2[i] = c.m_B2 * x - c.m_A2 * y;
+            x = y;
+        }
+        return x;
+    }
+
+private:
+    CBandPass m_Band;
+    double m_S1[4] = {0, 0, 0, 0}, m_S2[4] = {0, 0, 0, 0};
+};
+
 // A de-esser program as the host reads it back through the VST parameters:
 // the eleven normalised values (the two switches as 0 or 1), with the values
 // the signal path derives from them.

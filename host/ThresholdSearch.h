@@ -44,7 +44,7 @@ private:
     std::vector<std::pair<int, int>> m_Lanes;
     std::vector<std::unique_ptr<CSibilanceModel>> m_Models;
     std::vector<int> m_Free; // channels passed through
-    std::vector<CBandPass> m_FreeSib, m_FreeVoice;
+    std::vector<CBandFilter> m_FreeSib, m_FreeVoice;
     double m_FreeSibEnergy = 0, m_FreeVoiceEnergy = 0;
     std::vector<float> m_Lane;
 };
