@@ -58,7 +58,7 @@ ClapTestHost::ClapTestHost(const std::string& path)
     m_Host.getExtension = &ClapTestHost::GetExtension;
     m_Host.requestRestart = [](const clap::Host*) {};
     m_Host.requestProcess = [](const clap::Host*) {};
-    m_Host.requestCallback = [](const clap::Host* h) { ++Self(h)->callbackRequests; };
+    m_Host.requestCallback = [](const clap::Host*) {};
     m_Out.ctx = this;
     m_Out.tryPush = &ClapTestHost::PushOut;
 
@@ -126,18 +126,6 @@ clap::ProcessStatus ClapTestHost::Process(const float* inL, const float* inR, fl
     clap::ProcessStatus status = m_Plugin->process(m_Plugin, &p);
     inAudioThread = false;
     return status;
-}
-
-void ClapTestHost::Render(const std::vector<float>& inL, const std::vector<float>& inR,
-                          std::vector<float>& outL, std::vector<float>& outR, uint32_t block)
-{
-    outL.assign(inL.size(), 0.f);
-    outR.assign(inR.size(), 0.f);
-    for (size_t pos = 0; pos < inL.size(); pos += block)
-    {
-        uint32_t n = (uint32_t)std::min<size_t>(block, inL.size() - pos);
-        Process(&inL[pos], &inR[pos], &outL[pos], &outR[pos], n);
-    }
 }
 
 void ClapTestHost::Flush(const ClapEventList* events)
@@ -270,7 +258,7 @@ const void* ClapTestHost::GetExtension(const clap::Host* host, const char* id)
                                          },
                                          [](const clap::Host*, clap::Id, uint32_t) {},
                                          [](const clap::Host* h) { ++Self(h)->flushRequests; }};
-    static const clap::HostState state{[](const clap::Host* h) { ++Self(h)->dirtyMarks; }};
+    static const clap::HostState state{[](const clap::Host*) {}};
     static const clap::HostLatency latency{[](const clap::Host*) {}};
     static const clap::HostGui gui{
         [](const clap::Host*) {}, [](const clap::Host*, uint32_t, uint32_t) { return false; },

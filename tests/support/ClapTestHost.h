@@ -1,8 +1,8 @@
 // A small CLAP host for tests: loads a .clap with dlopen, looks up nothing but
 // "clap_entry", creates one plug-in through the factory and records what the
-// plug-in asks of the host (parameter flushes and rescans, dirty state,
-// timers, file descriptors). Processing runs on the calling thread, marked as
-// the audio thread for the duration of the call.
+// plug-in asks of the host (parameter flushes and rescans, timers, file
+// descriptors). Processing runs on the calling thread, marked as the audio
+// thread for the duration of the call.
 #pragma once
 
 #include "ClapExtensions.h"
@@ -42,7 +42,6 @@ public:
     explicit ClapTestHost(const std::string& path); // dlopen, clap_entry, init
     ~ClapTestHost();                                // destroys the plug-in, deinit, dlclose
 
-    const clap::PluginEntry* Entry() const { return m_Entry; }
     const clap::PluginFactory* Factory() const;
     // Creates (and inits) the plug-in with this id, or the first one; null on refusal.
     const clap::Plugin* Create(const char* id = nullptr, bool init = true);
@@ -57,9 +56,6 @@ public:
     // Runs process() on stereo buffers (out may equal in: in-place).
     clap::ProcessStatus Process(const float* inL, const float* inR, float* outL, float* outR,
                                 uint32_t frames, const ClapEventList* events = nullptr);
-    // Renders a whole stereo signal in blocks of the given size.
-    void Render(const std::vector<float>& inL, const std::vector<float>& inR,
-                std::vector<float>& outL, std::vector<float>& outR, uint32_t block);
     void Flush(const ClapEventList* events = nullptr);
 
     double Value(clap::Id id) const; // params.get_value; NaN on refusal
@@ -74,8 +70,6 @@ public:
     std::vector<ClapOutEvent> outEvents;
     int flushRequests = 0;
     int valueRescans = 0;
-    int dirtyMarks = 0;
-    int callbackRequests = 0;
     std::map<clap::Id, uint32_t> timers; // id -> period in ms
     std::map<int, uint32_t> fds;         // fd -> flags
     int timerCalls = 0;
