@@ -93,7 +93,9 @@ CClapDeEsser::CClapDeEsser(const clap::Host* host, std::string bundleFolder)
 
 CClapDeEsser::~CClapDeEsser()
 {
-    // The panel goes before the effect that it shows.
+    // The panel goes before the effect that it shows; a host does not flush
+    // a plug-in it is destroying.
+    m_pHostParams = nullptr;
     m_pEditor.reset();
     m_pEffect.reset();
 }
@@ -300,11 +302,11 @@ void CClapDeEsser::OnEndEdit(int index)
     Queue(clap::kEventParamGestureEnd, index);
 }
 
-void CClapDeEsser::EndQuietGestures()
+void CClapDeEsser::EndGestures(bool onlyQuiet)
 {
     const int64_t now = NowMs();
     for (int i = 0; i < kNumParams; ++i)
-        if (m_GestureOpen[i] && now - m_LastEditMs[i] >= kGestureQuietMs)
+        if (m_GestureOpen[i] && (!onlyQuiet || now - m_LastEditMs[i] >= kGestureQuietMs))
             OnEndEdit(i);
 }
 

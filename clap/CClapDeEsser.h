@@ -42,9 +42,10 @@ public:
     const clap::Host* Host() const { return m_Host; }
     CWrappedEffect& Wrapped() { return *m_pEffect; }
     CClapEditor* Editor() { return m_pEditor.get(); }
-    // Ends gestures whose parameter the panel left alone for a while (knob
-    // drags report values only, no end). Main thread, from the editor's timer.
-    void EndQuietGestures();
+    // Ends the gestures the panel opened: those whose parameter it left alone
+    // for a while (knob drags report values only, no end), or all of them
+    // when the panel goes. Main thread, from the editor.
+    void EndGestures(bool onlyQuiet);
 
     // IWrapperListener (main thread)
     void OnBeginEdit(int index) override;

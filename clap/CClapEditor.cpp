@@ -65,7 +65,7 @@ void CClapEditor::Destroy()
         m_pHostTimers->unregisterTimer(m_Owner.Host(), m_Timer);
     m_Timer = clap::kInvalidId;
     m_Pump.Close();
-    m_Owner.EndQuietGestures();
+    m_Owner.EndGestures(false);
     m_bCreated = false;
 }
 
@@ -86,7 +86,7 @@ void CClapEditor::OnTimer(clap::Id id)
 {
     if (id != m_Timer)
         return;
-    m_Owner.EndQuietGestures();
+    m_Owner.EndGestures(true);
     if (m_bVisible)
         Pump();
 }
