@@ -20,6 +20,11 @@ gui=0
 [ "${1:-}" = "--gui" ] && gui=1
 cd "$(dirname "$0")/.."
 root=$(pwd)
+fail() { # what, log
+    echo "check-ardour: FAILED: $1" >&2
+    [ -z "${2:-}" ] || grep -E "^Error|FAIL|refused" "$2" >&2 || cat "$2" >&2
+    exit 1
+}
 build=$root/build/release
 
 need=()
@@ -61,7 +66,7 @@ touch -d "1 minute ago" "$LXVST_PATH/DeEsser.so"
 
 # Ardour lists a Linux VST only after its scanner has cached it.
 LD_LIBRARY_PATH=/usr/lib/ardour7 /usr/lib/ardour7/ardour-vst-scanner -f "$LXVST_PATH/DeEsser.so" \
-    >"$work/scan.log" 2>&1 || { cat "$work/scan.log" >&2; exit 1; }
+    >"$work/scan.log" 2>&1 || fail "scanning the plug-in" "$work/scan.log"
 touch "$XDG_CACHE_HOME"/ardour7/vst/*.v2i
 
 # The vocal-like test signal: the demo's synthetic voice (4 s, mono).
@@ -99,9 +104,9 @@ end
 Session:save_state("")
 close_session()
 EOF
-ardour7-lua "$work/build.lua" >"$work/build.log" 2>&1 || { cat "$work/build.log" >&2; exit 1; }
+ardour7-lua "$work/build.lua" >"$work/build.log" 2>&1 || fail "building the session" "$work/build.log"
 mapfile -t sources < <(sed -n 's/^SOURCE //p' "$work/build.log")
-[ "${#sources[@]}" -eq 2 ] || { echo "check-ardour: no stereo region" >&2; cat "$work/build.log" >&2; exit 1; }
+[ "${#sources[@]}" -eq 2 ] || fail "no stereo region" "$work/build.log"
 for s in "${sources[@]}"; do
     sox "$signal" -e floating-point -b 32 "$s" 2>/dev/null
 done
@@ -126,9 +131,9 @@ for c = 0, ar:n_channels() - 1 do
 end
 close_session()
 EOF
-ardour7-lua "$work/render.lua" >"$work/render.log" 2>&1 || { cat "$work/render.log" >&2; exit 1; }
+ardour7-lua "$work/render.lua" >"$work/render.log" 2>&1 || fail "rendering" "$work/render.log"
 rendered=$(sed -n 's/^RENDERED //p' "$work/render.log" | head -1)
-[ -n "$rendered" ] || { echo "check-ardour: nothing rendered" >&2; cat "$work/render.log" >&2; exit 1; }
+[ -n "$rendered" ] || fail "nothing rendered" "$work/render.log"
 
 # The saved session in Ardour's window: -15 typed into the Threshold display of
 # the plug-in's own editor, then Ctrl+S.
