@@ -138,7 +138,7 @@ rendered=$(sed -n 's/^RENDERED //p' "$work/render.log" | head -1)
 # The saved session in Ardour's window: -15 typed into the Threshold display of
 # the plug-in's own editor, then Ctrl+S.
 gui_check() {
-    local config=$XDG_CONFIG_HOME/ardour7 file=$session/$name.ardour i
+    local config=$XDG_CONFIG_HOME/ardour7 file=$session/$name.ardour
     mkdir -p "$config"
     touch "$config/.a7" # no first-run wizard
     # The dummy engine starts without a dialog.
@@ -166,6 +166,7 @@ XML
     proc=$(sed -n 's/.*<Processor id="\([0-9]*\)" name="Comp2".*/\1/p' "$file" | head -1)
     sed -i "s#</Session>#  <Extra><UI><Window name=\"P-$route-$proc\" visible=\"1\" x-off=\"100\" y-off=\"100\" x-size=\"460\" y-size=\"250\" custom-ui=\"1\"/></UI></Extra>\n</Session>#" "$file"
 
+    unset DEESSER_UI_SCALE # the panel at its own size: the clicks below are in its pixels
     local display=90 pids=()
     while [ -e "/tmp/.X11-unix/X$display" ] || [ -e "/tmp/.X$display-lock" ]; do
         display=$((display + 1))
@@ -173,7 +174,7 @@ XML
     Xvfb ":$display" -screen 0 1920x1080x24 -noreset >"$work/xvfb.log" 2>&1 &
     pids+=($!)
     export DISPLAY=:$display
-    for i in $(seq 1 40); do
+    for _ in $(seq 1 40); do
         xdpyinfo >/dev/null 2>&1 && break
         sleep 0.25
     done
@@ -185,7 +186,7 @@ XML
 
     # The editor panel is the 460 x 210 window.
     local at=""
-    for i in $(seq 1 120); do
+    for _ in $(seq 1 120); do
         at=$(xwininfo -root -tree 2>/dev/null | awk '/ 460x210\+/ { print $NF; exit }')
         [ -n "$at" ] && break
         sleep 0.5
@@ -200,7 +201,7 @@ XML
     sleep 2
     xdotool mousemove $((x + 279)) $((y + 112)) click 1 # the Threshold display
     sleep 1
-    for i in 1 2 3 4 5 6 7 8; do xdotool key BackSpace; done
+    xdotool key BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace
     xdotool type --delay 100 -- "-15"
     xdotool key Return
     sleep 1
@@ -208,7 +209,7 @@ XML
     local before
     before=$(stat -c %Y "$file")
     xdotool search --name "$name - Ardour" windowactivate --sync key ctrl+s >/dev/null 2>&1 || true
-    for i in $(seq 1 40); do
+    for _ in $(seq 1 40); do
         [ "$(stat -c %Y "$file")" != "$before" ] && break
         sleep 0.5
     done
