@@ -1,6 +1,7 @@
 // Shelving/peaking biquad: cookbook coefficients in single precision, direct
 // form I recursion.
 #include "CBiquadFilter.h"
+#include "Vec4.h"
 
 #include <cmath>
 
@@ -101,13 +102,12 @@ void CBiquadFilter::OperateFilter(const float* in, float* out, int count)
 
 namespace
 {
-typedef float v4 __attribute__((vector_size(16)));
 
 // K filters (2 or 4) in the lanes of one vector; unused lanes stay zero.
 template <int K>
 void OperateLanes(CBiquadFilter* const* f, const float* const* in, float* const* out, int count)
 {
-    v4 c0 = {}, c1 = {}, c2 = {}, d1 = {}, d2 = {}, xm1 = {}, xm2 = {}, ym1 = {}, ym2 = {};
+    v4f c0 = {}, c1 = {}, c2 = {}, d1 = {}, d2 = {}, xm1 = {}, xm2 = {}, ym1 = {}, ym2 = {};
     for (int k = 0; k < K; ++k)
     {
         c0[k] = f[k]->b0;
@@ -130,12 +130,12 @@ void OperateLanes(CBiquadFilter* const* f, const float* const* in, float* const*
     float* out3 = out[K > 2 ? 3 : 0];
     for (int i = 0; i < count; ++i)
     {
-        v4 x;
+        v4f x;
         if (K > 2)
-            x = v4{in0[i], in1[i], in2[i], in3[i]};
+            x = v4f{in0[i], in1[i], in2[i], in3[i]};
         else
-            x = v4{in0[i], in1[i], 0.f, 0.f};
-        const v4 y = c0 * x + c1 * xm1 + c2 * xm2 - d1 * ym1 - d2 * ym2;
+            x = v4f{in0[i], in1[i], 0.f, 0.f};
+        const v4f y = c0 * x + c1 * xm1 + c2 * xm2 - d1 * ym1 - d2 * ym2;
         out0[i] = y[0];
         out1[i] = y[1];
         if (K > 2)

@@ -10,12 +10,12 @@
 
 double lin2dB(double x)
 {
-    return std::log(x) * 8.685889638065037;
+    return std::log(x) * kDbPerNeper;
 }
 
 double dB2lin(double d)
 {
-    return std::exp(d * 0.11512925464970228);
+    return std::exp(d * kNeperPerDb);
 }
 
 // The gain computer, one sample at a time, written as plainly as it reads:
@@ -35,22 +35,22 @@ struct CVRXComp::GainComputer
 
     double Step(double& env, double left, double right, double keyLevel, bool externalKey) const
     {
-        const double x = std::fabs(keyLevel) + 1e-25;
+        const double x = std::fabs(keyLevel) + kTinyOffset;
         double over = 0.0;
         if (!(x < quietKeyLimit))
         {
-            const double d = std::log(x) * 8.685889638065037 - thresholdDb;
+            const double d = std::log(x) * kDbPerNeper - thresholdDb;
             over = d > 0.0 ? d : 0.0; // max(0, d)
         }
         // An external key more than ~12 dB below the louder audio channel
         // is not sibilance of this signal.
-        if (externalKey && 4.0 * x < std::max(std::fabs(left), std::fabs(right)))
+        if (externalKey && kExternalKeyFactor * x < std::max(std::fabs(left), std::fabs(right)))
             over = 0.0;
-        over = over + 1e-25;
-        const double target = autoThreshold && env < over ? 20.0 : over;
+        over = over + kTinyOffset;
+        const double target = autoThreshold && env < over ? kAutoThresholdTargetDb : over;
         const double coef = target > env ? attackCoef : releaseCoef;
         env = target + (env - target) * coef;
-        const double e = slope * (env - 1e-25) * 0.11512925464970228;
+        const double e = slope * (env - kTinyOffset) * kNeperPerDb;
         return std::fabs(e) < kTinyExponent ? 1.0 : std::exp(e);
     }
 };
@@ -63,7 +63,7 @@ CVRXComp::CVRXComp() : AttRelEnvelope(10.0, 100.0, 44100.0)
     attack.setTc(0.0);
     setRelease(10.0);
     setThresh(0.0);
-    envelopeDb = 1e-25;
+    envelopeDb = kTinyOffset;
     setRatio(1.0);
     gainReduction = 0.f;
 }
@@ -75,7 +75,7 @@ void CVRXComp::setThresh(double dB)
     // Keys below this level are certainly below threshold: their level in dB
     // would only be clipped to 0 by the max, so the block loop skips the log.
     // The 0.999 factor (about -0.009 dB) is far beyond the log's rounding.
-    m_QuietKeyLimit = std::exp(dB / 8.685889638065037) * 0.999;
+    m_QuietKeyLimit = std::exp(dB / kDbPerNeper) * 0.999;
     if (!(m_QuietKeyLimit >= 0.0))
         m_QuietKeyLimit = 0.0; // NaN threshold: never skip
 }
@@ -89,7 +89,7 @@ void CVRXComp::setRatio(double r)
 void CVRXComp::initRuntime()
 {
     CSingleLock lock(m_Lock);
-    envelopeDb = 1e-25;
+    envelopeDb = kTinyOffset;
 }
 
 void CVRXComp::set_Activate(float v)
@@ -128,7 +128,7 @@ void CVRXComp::ResetIfBad()
 {
     CSingleLock lock(m_Lock);
     if (!std::isfinite(envelopeDb))
-        envelopeDb = 1e-25;
+        envelopeDb = kTinyOffset;
 }
 
 CVRXComp::GainComputer CVRXComp::MakeGainComputer() const

@@ -4,14 +4,15 @@
 #pragma once
 
 #include "AttRelEnvelope.h"
+#include "DspConstants.h"
 
 namespace compkernel
 {
 struct Params;
 }
 
-double lin2dB(double x); // ln(x) * 8.685889638065037, no guard for x <= 0
-double dB2lin(double d); // exp(d * 0.11512925464970228)
+double lin2dB(double x); // ln(x) * kDbPerNeper, no guard for x <= 0
+double dB2lin(double d); // exp(d * kNeperPerDb)
 
 class CVRXComp : public AttRelEnvelope
 {
@@ -59,6 +60,6 @@ protected:
     float autoThreshold = 0.f;
     double thresholdDb = 0.0;
     double ratio = 1.0;
-    double envelopeDb = 1e-25;
+    double envelopeDb = kTinyOffset;
     double m_QuietKeyLimit = 0.0; // linear, from thresholdDb
 };

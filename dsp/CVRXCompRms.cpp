@@ -5,7 +5,7 @@
 
 #include <cmath>
 
-CVRXCompRms::CVRXCompRms() : CVRXComp(), window(5.0, 44100.0), meanSquare(1e-25) {}
+CVRXCompRms::CVRXCompRms() : CVRXComp(), window(5.0, 44100.0), meanSquare(kTinyOffset) {}
 
 void CVRXCompRms::setSampleRate(double rate)
 {
@@ -18,8 +18,8 @@ void CVRXCompRms::setSampleRate(double rate)
 void CVRXCompRms::initRuntime()
 {
     CSingleLock lock(m_Lock);
-    envelopeDb = 1e-25;
-    meanSquare = 1e-25;
+    envelopeDb = kTinyOffset;
+    meanSquare = kTinyOffset;
 }
 
 void CVRXCompRms::setWindow(double ms)
@@ -32,9 +32,9 @@ void CVRXCompRms::ResetIfBad()
 {
     CSingleLock lock(m_Lock);
     if (!std::isfinite(envelopeDb))
-        envelopeDb = 1e-25;
+        envelopeDb = kTinyOffset;
     if (!std::isfinite(meanSquare))
-        meanSquare = 1e-25;
+        meanSquare = kTinyOffset;
 }
 
 void CVRXCompRms::process(float** in, float** out, float** key, int count, bool externalKey)
@@ -53,12 +53,12 @@ void CVRXCompRms::process(float** in, float** out, float** key, int count, bool 
     {
         // The product of the two key channels (in float, doubled), not a sum
         // of squares: negative when the channels differ in sign.
-        const double p = (double)(2.f * keyL[i] * keyR[i]) + 1e-25;
+        const double p = (double)(2.f * keyL[i] * keyR[i]) + kTinyOffset;
         const double previous = ms;
         ms = (previous - p) * windowCoef + p;
         // The first sample after a reset takes the instantaneous value. A
         // negative mean square counts as silence (sqrt of 0, never NaN).
-        const double square = previous == 1e-25 ? p : ms;
+        const double square = previous == kTinyOffset ? p : ms;
         return std::sqrt(square > 0.0 ? square : 0.0);
     };
     const double g = compkernel::Dispatch(externalKey, autoThreshold != 0.f, KernelParams(),

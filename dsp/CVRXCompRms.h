@@ -19,5 +19,5 @@ public:
 
 protected:
     EnvelopeDetector window;
-    double meanSquare = 1e-25;
+    double meanSquare = kTinyOffset;
 };

@@ -2,6 +2,7 @@
 // gain (applied twice, as the processor always has), peak meters and an
 // over-level flag. Levels and cut-off cross the interface as 16.16 fixed point.
 #include "CVRXLPF.h"
+#include "Vec4.h"
 
 #include <cmath>
 #include <cstring>
@@ -35,9 +36,7 @@ inline float Peak(float peak, float x)
 CVRXLPF::CVRXLPF(bool type) : m_Type(type)
 {
     SetDefaultProp();
-    m_HasWorkBuffers = false;
     m_HasScratch = false;
-    m_LastBlockSize = -1;
     m_PeakInL = m_PeakInR = m_PeakOutL = m_PeakOutR = 0.f;
 }
 
@@ -208,15 +207,9 @@ void CVRXLPF::InitInternalFilters()
 
 void CVRXLPF::FreeBuffers()
 {
-    for (int ch = 0; ch < 2; ++ch)
-    {
-        delete[] m_WorkIn[ch];
-        delete[] m_WorkOut[ch];
-        m_WorkIn[ch] = m_WorkOut[ch] = nullptr;
-    }
     delete[] m_Scratch;
     m_Scratch = nullptr;
-    m_HasWorkBuffers = m_HasScratch = false;
+    m_HasScratch = false;
     m_BufferLength = 0;
 }
 
@@ -224,17 +217,10 @@ bool CVRXLPF::SetSampleSize(unsigned n)
 {
     CSingleLock lock(m_Lock);
     FreeBuffers();
-    float** all[5] = {&m_WorkIn[0], &m_WorkIn[1], &m_WorkOut[0], &m_WorkOut[1], &m_Scratch};
-    for (float** buffer : all)
-    {
-        *buffer = new (std::nothrow) float[n]();
-        if (!*buffer)
-        {
-            FreeBuffers();
-            return false;
-        }
-    }
-    m_HasWorkBuffers = m_HasScratch = true;
+    m_Scratch = new (std::nothrow) float[n]();
+    if (!m_Scratch)
+        return false;
+    m_HasScratch = true;
     m_BufferLength = n;
     return true;
 }
@@ -286,10 +272,8 @@ bool CVRXLPF::Transform(float** in, int count, float** out, int* outCount)
         return true;
     }
 
-    // The work buffers of SetSampleSize are not needed here (see
-    // TransformStereo), so a block of any length is processed without
-    // allocating.
-    m_LastBlockSize = count;
+    // No buffer is needed here (see TransformStereo), so a block of any
+    // length is processed without allocating.
     if (!m_HasFilters)
         return true;
     if (m_Format.nChannels == 2)
@@ -308,161 +292,94 @@ bool CVRXLPF::Transform(float** in, int count, float** out, int* outCount)
 
 namespace
 {
-typedef float v4 __attribute__((vector_size(16)));
-typedef int v4i __attribute__((vector_size(16)));
-
-inline v4 Abs(v4 x)
+inline float Abs(float x)
 {
-    const v4i mask = {0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF};
-    return (v4)((v4i)x & mask);
+    return std::fabs(x);
+}
+
+inline void SetLane(float& v, int, float x)
+{
+    v = x;
+}
+inline void SetLane(v4f& v, int k, float x)
+{
+    v[k] = x;
+}
+inline float Lane(float v, int)
+{
+    return v;
+}
+inline float Lane(v4f v, int k)
+{
+    return v[k];
+}
+inline bool AnyLane(bool over, int, int)
+{
+    return over;
+}
+inline bool AnyLane(v4i over, int a, int b)
+{
+    return over[a] != 0 || over[b] != 0;
 }
 } // namespace
 
-// One processor's stereo path with left and right in lanes 0 and 1 of one
-// vector, so the two recursions cost the time of one. Each lane does exactly
-// the scalar arithmetic of input copy -> OperateEqualizer -> LPFData -> output
-// copy:
+// The processor's recursion, per lane exactly the scalar arithmetic of input
+// copy -> OperateEqualizer -> LPFData -> output copy:
 //   w = in * inputGain; y = b0 w + b1 x1 + b2 x2 + fb1 y1 + fb2 y2;
 //   o = outputGain * y (over-level test); out = o * outputGain.
-// The caller holds the processor's lock and both filters' locks.
-struct CVRXLPF::StereoLanes
+// T is float for one channel (Mask bool), or v4f for up to four channels of
+// one or two processors side by side (Mask v4i), so that the recursions cost
+// the time of one. Unused lanes stay zero. The caller holds the processors'
+// and the filters' locks.
+template <class T, class Mask> struct CVRXLPF::Lanes
 {
-    CVRXLPF& p;
-    v4 ig, og, thr, b0, b1, b2, f1, f2, x1, x2, y1, y2;
-    v4 peakIn = {}, peakOut = {};
-    v4i over = {};
+    T ig{}, og{}, thr{}, b0{}, b1{}, b2{}, f1{}, f2{}, x1{}, x2{}, y1{}, y2{};
+    T peakIn{}, peakOut{};
+    Mask over{};
 
-    explicit StereoLanes(CVRXLPF& owner) : p(owner)
+    // Lane k from channel ch of processor p.
+    void Load(int k, const CVRXLPF& p, int ch)
     {
-        const CIIRFilter& l = p.m_Filters[0];
-        const CIIRFilter& r = p.m_Filters[1];
-        ig = v4{p.m_InputGain, p.m_InputGain, 0.f, 0.f};
-        og = v4{p.m_OutputGain, p.m_OutputGain, 0.f, 0.f};
-        thr = v4{p.m_OverLevelThreshold, p.m_OverLevelThreshold, 0.f, 0.f};
-        b0 = v4{l.b0, r.b0, 0.f, 0.f};
-        b1 = v4{l.b1, r.b1, 0.f, 0.f};
-        b2 = v4{l.b2, r.b2, 0.f, 0.f};
-        f1 = v4{l.fb1, r.fb1, 0.f, 0.f};
-        f2 = v4{l.fb2, r.fb2, 0.f, 0.f};
-        x1 = v4{l.x1, r.x1, 0.f, 0.f};
-        x2 = v4{l.x2, r.x2, 0.f, 0.f};
-        y1 = v4{l.y1, r.y1, 0.f, 0.f};
-        y2 = v4{l.y2, r.y2, 0.f, 0.f};
+        const CIIRFilter& f = p.m_Filters[ch];
+        SetLane(ig, k, p.m_InputGain);
+        SetLane(og, k, p.m_OutputGain);
+        SetLane(thr, k, p.m_OverLevelThreshold);
+        SetLane(b0, k, f.b0);
+        SetLane(b1, k, f.b1);
+        SetLane(b2, k, f.b2);
+        SetLane(f1, k, f.fb1);
+        SetLane(f2, k, f.fb2);
+        SetLane(x1, k, f.x1);
+        SetLane(x2, k, f.x2);
+        SetLane(y1, k, f.y1);
+        SetLane(y2, k, f.y2);
     }
 
-    v4 Step(v4 in)
+    T Step(T in)
     {
-        const v4 w = in * ig;
-        const v4 aw = Abs(w);
+        const T w = in * ig;
+        const T aw = Abs(w);
         peakIn = aw > peakIn ? aw : peakIn;
-        const v4 y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
+        const T y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
         x2 = x1;
         x1 = w;
         y2 = y1;
         y1 = y;
-        const v4 o = og * y;
+        const T o = og * y;
         over |= Abs(o) > thr;
-        const v4 z = o * og;
-        const v4 az = Abs(z);
-        peakOut = az > peakOut ? az : peakOut;
-        return z;
-    }
-
-    // State, flag and meters back into the processor.
-    void Store()
-    {
-        CIIRFilter& l = p.m_Filters[0];
-        CIIRFilter& r = p.m_Filters[1];
-        l.x1 = x1[0];
-        l.x2 = x2[0];
-        l.y1 = y1[0];
-        l.y2 = y2[0];
-        r.x1 = x1[1];
-        r.x2 = x2[1];
-        r.y1 = y1[1];
-        r.y2 = y2[1];
-        p.m_OverLevel = p.m_OverLevel || over[0] != 0 || over[1] != 0;
-        p.m_PeakInL = peakIn[0];
-        p.m_PeakInR = peakIn[1];
-        p.m_PeakOutL = peakOut[0];
-        p.m_PeakOutR = peakOut[1];
-    }
-};
-
-void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, float* outR,
-                              int count)
-{
-    CSingleLock lockL(m_Filters[0].m_Lock);
-    CSingleLock lockR(m_Filters[1].m_Lock);
-    StereoLanes lanes(*this);
-    for (int i = 0; i < count; ++i)
-    {
-        const v4 z = lanes.Step(v4{inL[i], inR[i], 0.f, 0.f});
-        outL[i] = z[0];
-        outR[i] = z[1];
-    }
-    lanes.Store();
-}
-
-// Two processors in the four lanes of one vector: the first in lanes 0 and 1,
-// the second in lanes 2 and 3, running kLag samples behind the first so that
-// its input, the first one's output, is ready long before it is needed. Each
-// lane does exactly the arithmetic of StereoLanes::Step; a lane that has
-// nothing to do at the block's start or end keeps its state and meters.
-struct CVRXLPF::ChainLanes
-{
-    static constexpr int kLag = 4;
-    v4 ig, og, thr, b0, b1, b2, f1, f2, x1, x2, y1, y2;
-    v4 peakIn = {}, peakOut = {};
-    v4i over = {};
-
-    ChainLanes(const CVRXLPF& a, const CVRXLPF& b)
-    {
-        const CIIRFilter* f[4] = {&a.m_Filters[0], &a.m_Filters[1], &b.m_Filters[0],
-                                  &b.m_Filters[1]};
-        for (int k = 0; k < 4; ++k)
-        {
-            const CVRXLPF& p = k < 2 ? a : b;
-            ig[k] = p.m_InputGain;
-            og[k] = p.m_OutputGain;
-            thr[k] = p.m_OverLevelThreshold;
-            b0[k] = f[k]->b0;
-            b1[k] = f[k]->b1;
-            b2[k] = f[k]->b2;
-            f1[k] = f[k]->fb1;
-            f2[k] = f[k]->fb2;
-            x1[k] = f[k]->x1;
-            x2[k] = f[k]->x2;
-            y1[k] = f[k]->y1;
-            y2[k] = f[k]->y2;
-        }
-    }
-
-    v4 Step(v4 in)
-    {
-        const v4 w = in * ig;
-        const v4 aw = Abs(w);
-        peakIn = aw > peakIn ? aw : peakIn;
-        const v4 y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
-        x2 = x1;
-        x1 = w;
-        y2 = y1;
-        y1 = y;
-        const v4 o = og * y;
-        over |= Abs(o) > thr;
-        const v4 z = o * og;
-        const v4 az = Abs(z);
+        const T z = o * og;
+        const T az = Abs(z);
         peakOut = az > peakOut ? az : peakOut;
         return z;
     }
 
     // Step for the lanes in keep (all bits set) only; the others stay as they are.
-    v4 StepLanes(v4 in, v4i keep)
+    T StepLanes(T in, Mask keep)
     {
-        const v4 x1Old = x1, x2Old = x2, y1Old = y1, y2Old = y2;
-        const v4 pInOld = peakIn, pOutOld = peakOut;
-        const v4i overOld = over;
-        const v4 z = Step(in);
+        const T x1Old = x1, x2Old = x2, y1Old = y1, y2Old = y2;
+        const T pInOld = peakIn, pOutOld = peakOut;
+        const Mask overOld = over;
+        const T z = Step(in);
         x1 = keep ? x1 : x1Old;
         x2 = keep ? x2 : x2Old;
         y1 = keep ? y1 : y1Old;
@@ -473,28 +390,56 @@ struct CVRXLPF::ChainLanes
         return z;
     }
 
-    void Store(CVRXLPF& a, CVRXLPF& b) const
+    // State, flag and meters of processor p back from lanes left and right
+    // (the same lane for one channel, whose right meters the caller sets).
+    void Store(CVRXLPF& p, int left, int right) const
     {
-        CIIRFilter* f[4] = {&a.m_Filters[0], &a.m_Filters[1], &b.m_Filters[0], &b.m_Filters[1]};
-        for (int k = 0; k < 4; ++k)
+        const int lanes[2] = {left, right};
+        for (int ch = 0; ch < (left == right ? 1 : 2); ++ch)
         {
-            f[k]->x1 = x1[k];
-            f[k]->x2 = x2[k];
-            f[k]->y1 = y1[k];
-            f[k]->y2 = y2[k];
+            CIIRFilter& f = p.m_Filters[ch];
+            f.x1 = Lane(x1, lanes[ch]);
+            f.x2 = Lane(x2, lanes[ch]);
+            f.y1 = Lane(y1, lanes[ch]);
+            f.y2 = Lane(y2, lanes[ch]);
         }
-        a.m_OverLevel = a.m_OverLevel || over[0] != 0 || over[1] != 0;
-        b.m_OverLevel = b.m_OverLevel || over[2] != 0 || over[3] != 0;
-        a.m_PeakInL = peakIn[0];
-        a.m_PeakInR = peakIn[1];
-        b.m_PeakInL = peakIn[2];
-        b.m_PeakInR = peakIn[3];
-        a.m_PeakOutL = peakOut[0];
-        a.m_PeakOutR = peakOut[1];
-        b.m_PeakOutL = peakOut[2];
-        b.m_PeakOutR = peakOut[3];
+        p.m_OverLevel = p.m_OverLevel || AnyLane(over, left, right);
+        p.m_PeakInL = Lane(peakIn, left);
+        p.m_PeakOutL = Lane(peakOut, left);
+        if (left != right)
+        {
+            p.m_PeakInR = Lane(peakIn, right);
+            p.m_PeakOutR = Lane(peakOut, right);
+        }
     }
 };
+
+void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, float* outR,
+                              int count)
+{
+    CSingleLock lockL(m_Filters[0].m_Lock);
+    CSingleLock lockR(m_Filters[1].m_Lock);
+    Lanes<v4f, v4i> lanes;
+    lanes.Load(0, *this, 0);
+    lanes.Load(1, *this, 1);
+    for (int i = 0; i < count; ++i)
+    {
+        const v4f z = lanes.Step(v4f{inL[i], inR[i], 0.f, 0.f});
+        outL[i] = z[0];
+        outR[i] = z[1];
+    }
+    lanes.Store(*this, 0, 1);
+}
+
+void CVRXLPF::TransformMono(const float* in, float* out, int count)
+{
+    CSingleLock lockF(m_Filters[0].m_Lock);
+    Lanes<float, bool> lane;
+    lane.Load(0, *this, 0);
+    for (int i = 0; i < count; ++i)
+        out[i] = lane.Step(in[i]);
+    lane.Store(*this, 0, 0);
+}
 
 bool CVRXLPF::TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int count, float** mid,
                              float** out)
@@ -515,33 +460,38 @@ bool CVRXLPF::TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int co
         first.Transform(in, count, mid, &outCount);
         return second.Transform(mid, count, out, &outCount);
     }
-    first.m_LastBlockSize = second.m_LastBlockSize = count;
     CSingleLock lock1L(first.m_Filters[0].m_Lock);
     CSingleLock lock1R(first.m_Filters[1].m_Lock);
     CSingleLock lock2L(second.m_Filters[0].m_Lock);
     CSingleLock lock2R(second.m_Filters[1].m_Lock);
 
-    constexpr int kLag = ChainLanes::kLag;
+    // The second processor runs kLag samples behind the first, in lanes 2
+    // and 3, so that its input, the first one's output, is ready long before
+    // it is needed. A lane with nothing to do at the block's start or end
+    // keeps its state and meters.
+    constexpr int kLag = 4;
     const float* inL = in[0];
     const float* inR = in[1];
     float* midL = mid[0];
     float* midR = mid[1];
     float* outL = out[0];
     float* outR = out[1];
-    ChainLanes lanes(first, second);
+    Lanes<v4f, v4i> lanes;
+    for (int k = 0; k < 4; ++k)
+        lanes.Load(k, k < 2 ? first : second, k & 1);
     const v4i firstOnly = {-1, -1, 0, 0}, secondOnly = {0, 0, -1, -1};
     // Start: the second processor waits for its first input.
     const int head = count < kLag ? count : kLag;
     for (int i = 0; i < head; ++i)
     {
-        const v4 z = lanes.StepLanes(v4{inL[i], inR[i], 0.f, 0.f}, firstOnly);
+        const v4f z = lanes.StepLanes(v4f{inL[i], inR[i], 0.f, 0.f}, firstOnly);
         midL[i] = z[0];
         midR[i] = z[1];
     }
     // Both at work; the second reads back what the first wrote kLag samples ago.
     for (int i = kLag; i < count; ++i)
     {
-        const v4 z = lanes.Step(v4{inL[i], inR[i], midL[i - kLag], midR[i - kLag]});
+        const v4f z = lanes.Step(v4f{inL[i], inR[i], midL[i - kLag], midR[i - kLag]});
         midL[i] = z[0];
         midR[i] = z[1];
         outL[i - kLag] = z[2];
@@ -550,45 +500,13 @@ bool CVRXLPF::TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int co
     // End: the second catches up.
     for (int i = count > kLag ? count : kLag; i < count + kLag; ++i)
     {
-        const v4 z = lanes.StepLanes(v4{0.f, 0.f, midL[i - kLag], midR[i - kLag]}, secondOnly);
+        const v4f z = lanes.StepLanes(v4f{0.f, 0.f, midL[i - kLag], midR[i - kLag]}, secondOnly);
         outL[i - kLag] = z[2];
         outR[i - kLag] = z[3];
     }
-    lanes.Store(first, second);
+    lanes.Store(first, 0, 1);
+    lanes.Store(second, 2, 3);
     return true;
-}
-
-void CVRXLPF::TransformMono(const float* in, float* out, int count)
-{
-    CIIRFilter& f = m_Filters[0];
-    CSingleLock lockF(f.m_Lock);
-    const float ig = m_InputGain, og = m_OutputGain, thr = m_OverLevelThreshold;
-    const float b0 = f.b0, b1 = f.b1, b2 = f.b2, f1 = f.fb1, f2 = f.fb2;
-    float x1 = f.x1, x2 = f.x2, y1 = f.y1, y2 = f.y2;
-    float pi = 0.f, po = 0.f;
-    bool over = false;
-    for (int i = 0; i < count; ++i)
-    {
-        const float w = in[i] * ig;
-        pi = Peak(pi, w);
-        const float y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
-        x2 = x1;
-        x1 = w;
-        y2 = y1;
-        y1 = y;
-        const float o = og * y;
-        over |= std::fabs(o) > thr;
-        const float z = o * og;
-        out[i] = z;
-        po = Peak(po, z);
-    }
-    f.x1 = x1;
-    f.x2 = x2;
-    f.y1 = y1;
-    f.y2 = y2;
-    m_OverLevel = m_OverLevel || over;
-    m_PeakInL = pi;
-    m_PeakOutL = po;
 }
 
 void CVRXLPF::LPFData(int channel, const float* in, float* out, int count)

@@ -31,9 +31,9 @@ public:
 
     // Copies the format and re-creates the filters (state zero).
     bool SetMediaType(const WAVEFORMATEX* format);
-    // Work buffers of n floats, zeroed. Called outside the audio thread by the
-    // effect's setBlockSize. Transform itself never allocates: it runs both
-    // channels through one loop and needs no buffer.
+    // LPFData's scratch buffer of n floats, zeroed. Called outside the audio
+    // thread by the effect's setBlockSize. Transform itself never allocates: it
+    // runs both channels through one loop and needs no buffer.
     bool SetSampleSize(unsigned n);
     bool PrepareWorkingBuffer(int n);
     bool GetVU(float* inL, float* inR, float* outL, float* outR);
@@ -51,8 +51,7 @@ public:
     void ResetIfBad();
 
 private:
-    struct StereoLanes;
-    struct ChainLanes;
+    template <class T, class Mask> struct Lanes;
     void InitInternalFilters();
     void FreeBuffers();
     void ReparamFilters();
@@ -60,7 +59,6 @@ private:
     void TransformMono(const float* in, float* out, int count);
 
     CCriticalSection m_Lock;
-    int m_LastBlockSize = -1;
     bool m_Type;
     float m_InputGain = 1.f;
     float m_OutputGain = 1.f;
@@ -73,11 +71,8 @@ private:
     WAVEFORMATEX m_Format{};
     CIIRFilter* m_Filters = nullptr;
     bool m_HasFilters = false;
-    bool m_HasWorkBuffers = false;
     bool m_HasScratch = false;
     unsigned m_BufferLength = 0;
-    float* m_WorkIn[2] = {nullptr, nullptr};
-    float* m_WorkOut[2] = {nullptr, nullptr};
     float* m_Scratch = nullptr;
     float m_PeakInL = 0.f, m_PeakInR = 0.f, m_PeakOutL = 0.f, m_PeakOutR = 0.f;
 };

@@ -9,6 +9,8 @@
 // exponent too small to move it off 1.
 #pragma once
 
+#include "DspConstants.h"
+
 #include <cmath>
 
 namespace compkernel
@@ -46,7 +48,7 @@ double Run(const Params& p, double& env, const float* inL, const float* inR, flo
         for (int j = 0; j < n; ++j)
         {
             const int i = base + j;
-            const double x = std::fabs(keyAt(i)) + 1e-25;
+            const double x = std::fabs(keyAt(i)) + kTinyOffset;
             // The external-key rule zeroes the level whatever it is, so its
             // test comes first and spares the log.
             bool zero = !(x >= quiet);
@@ -55,21 +57,21 @@ double Run(const Params& p, double& env, const float* inL, const float* inR, flo
                 // Compared with the audio as scaled by the input level.
                 const double al = std::fabs((double)inL[i] * inLevel);
                 const double ar = std::fabs((double)inR[i] * inLevel);
-                zero = zero || 4.0 * x < (al < ar ? ar : al);
+                zero = zero || kExternalKeyFactor * x < (al < ar ? ar : al);
             }
             double over = 0.0;
             if (!zero)
             {
-                const double d = std::log(x) * 8.685889638065037 - thr;
+                const double d = std::log(x) * kDbPerNeper - thr;
                 over = d > 0.0 ? d : 0.0; // max(0, d)
             }
-            over = over + 1e-25;
-            const double target = kAutoThreshold && e0 < over ? 20.0 : over;
+            over = over + kTinyOffset;
+            const double target = kAutoThreshold && e0 < over ? kAutoThresholdTargetDb : over;
             if (target > e0)
                 e0 = target + (e0 - target) * att;
             else
                 e0 = target + (e0 - target) * rel;
-            exponent[j] = slope * (e0 - 1e-25) * 0.11512925464970228;
+            exponent[j] = slope * (e0 - kTinyOffset) * kNeperPerDb;
         }
         for (int j = 0; j < n; ++j)
         {

@@ -1,6 +1,7 @@
 // The audio path: sample-rate and block-size set-up, filter tuning, block
 // processing in side-chain and split-band modes, and the meters.
 #include "ADeEsser.h"
+#include "Vec4.h"
 
 #include <cmath>
 #include <cstring>
@@ -10,8 +11,6 @@
 // maxima side by side and one at the end: a maximum does not depend on the
 // order, so this equals the sample-by-sample scan, only faster. With scale
 // != 1 the samples are first multiplied by it in place.
-typedef float v4f __attribute__((vector_size(16)));
-typedef int v4i __attribute__((vector_size(16)));
 
 static inline float maxOf(float a, float p)
 {
@@ -20,7 +19,6 @@ static inline float maxOf(float a, float p)
 
 static void scaleAndPeak(float* x, int n, float scale, bool doScale, float& peak)
 {
-    const v4i absMask = {0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF, 0x7FFFFFFF};
     v4f p4 = {peak, peak, peak, peak};
     const v4f s4 = {scale, scale, scale, scale};
     int i = 0;
@@ -33,7 +31,7 @@ static void scaleAndPeak(float* x, int n, float scale, bool doScale, float& peak
             v = v * s4;
             std::memcpy(x + i, &v, sizeof v);
         }
-        const v4f a = (v4f)((v4i)v & absMask);
+        const v4f a = Abs(v);
         p4 = a > p4 ? a : p4;
     }
     float p = maxOf(maxOf(p4[0], p4[1]), maxOf(p4[2], p4[3]));
