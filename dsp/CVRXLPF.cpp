@@ -297,14 +297,15 @@ inline float Abs(float x)
     return std::fabs(x);
 }
 
-inline void SetLane(float& v, int, float x)
+// A value per lane, f(k) for lane k < N; the lanes after them are zero.
+template <class T, int N, class F> inline T Gather(F f)
 {
-    v = x;
+    if constexpr (sizeof(T) == sizeof(float))
+        return f(0);
+    else
+        return T{f(0), N > 1 ? f(1) : 0.f, N > 2 ? f(2) : 0.f, N > 3 ? f(3) : 0.f};
 }
-inline void SetLane(v4f& v, int k, float x)
-{
-    v[k] = x;
-}
+
 inline float Lane(float v, int)
 {
     return v;
@@ -333,26 +334,29 @@ inline bool AnyLane(v4i over, int a, int b)
 // and the filters' locks.
 template <class T, class Mask> struct CVRXLPF::Lanes
 {
-    T ig{}, og{}, thr{}, b0{}, b1{}, b2{}, f1{}, f2{}, x1{}, x2{}, y1{}, y2{};
+    T ig, og, thr, b0, b1, b2, f1, f2, x1, x2, y1, y2;
     T peakIn{}, peakOut{};
     Mask over{};
 
-    // Lane k from channel ch of processor p.
-    void Load(int k, const CVRXLPF& p, int ch)
+    // Lane k from channel channel[k] of processor proc[k], for k < N.
+    template <int N> void Load(const CVRXLPF* const (&proc)[N], const int (&channel)[N])
     {
-        const CIIRFilter& f = p.m_Filters[ch];
-        SetLane(ig, k, p.m_InputGain);
-        SetLane(og, k, p.m_OutputGain);
-        SetLane(thr, k, p.m_OverLevelThreshold);
-        SetLane(b0, k, f.b0);
-        SetLane(b1, k, f.b1);
-        SetLane(b2, k, f.b2);
-        SetLane(f1, k, f.fb1);
-        SetLane(f2, k, f.fb2);
-        SetLane(x1, k, f.x1);
-        SetLane(x2, k, f.x2);
-        SetLane(y1, k, f.y1);
-        SetLane(y2, k, f.y2);
+        auto fromProcessor = [&](float CVRXLPF::*m)
+        { return Gather<T, N>([&](int k) { return proc[k]->*m; }); };
+        auto fromFilter = [&](float CIIRFilter::*m)
+        { return Gather<T, N>([&](int k) { return proc[k]->m_Filters[channel[k]].*m; }); };
+        ig = fromProcessor(&CVRXLPF::m_InputGain);
+        og = fromProcessor(&CVRXLPF::m_OutputGain);
+        thr = fromProcessor(&CVRXLPF::m_OverLevelThreshold);
+        b0 = fromFilter(&CIIRFilter::b0);
+        b1 = fromFilter(&CIIRFilter::b1);
+        b2 = fromFilter(&CIIRFilter::b2);
+        f1 = fromFilter(&CIIRFilter::fb1);
+        f2 = fromFilter(&CIIRFilter::fb2);
+        x1 = fromFilter(&CIIRFilter::x1);
+        x2 = fromFilter(&CIIRFilter::x2);
+        y1 = fromFilter(&CIIRFilter::y1);
+        y2 = fromFilter(&CIIRFilter::y2);
     }
 
     T Step(T in)
@@ -420,8 +424,7 @@ void CVRXLPF::TransformStereo(const float* inL, const float* inR, float* outL, f
     CSingleLock lockL(m_Filters[0].m_Lock);
     CSingleLock lockR(m_Filters[1].m_Lock);
     Lanes<v4f, v4i> lanes;
-    lanes.Load(0, *this, 0);
-    lanes.Load(1, *this, 1);
+    lanes.Load({this, this}, {0, 1});
     for (int i = 0; i < count; ++i)
     {
         const v4f z = lanes.Step(v4f{inL[i], inR[i], 0.f, 0.f});
@@ -435,7 +438,7 @@ void CVRXLPF::TransformMono(const float* in, float* out, int count)
 {
     CSingleLock lockF(m_Filters[0].m_Lock);
     Lanes<float, bool> lane;
-    lane.Load(0, *this, 0);
+    lane.Load({this}, {0});
     for (int i = 0; i < count; ++i)
         out[i] = lane.Step(in[i]);
     lane.Store(*this, 0, 0);
@@ -477,8 +480,7 @@ bool CVRXLPF::TransformChain(CVRXLPF& first, CVRXLPF& second, float** in, int co
     float* outL = out[0];
     float* outR = out[1];
     Lanes<v4f, v4i> lanes;
-    for (int k = 0; k < 4; ++k)
-        lanes.Load(k, k < 2 ? first : second, k & 1);
+    lanes.Load({&first, &first, &second, &second}, {0, 1, 0, 1});
     const v4i firstOnly = {-1, -1, 0, 0}, secondOnly = {0, 0, -1, -1};
     // Start: the second processor waits for its first input.
     const int head = count < kLag ? count : kLag;

@@ -13,9 +13,6 @@ ADeEsser::ADeEsser(audioMasterCallback audioMaster)
     pluginFolder[0] = 0;
     GetMy_SHFOLDER_PathName();
 
-    m_HighCutLPF = new CVRXLPF(true);
-    m_LowCutLPF = new CVRXLPF(false);
-
     numPrograms = kNumPrograms;
     cEffect.numPrograms = kNumPrograms;
     curProgram = 0;
@@ -74,9 +71,6 @@ ADeEsser::~ADeEsser()
     // The editor goes first: its panel may still call back into the effect.
     delete editor;
     editor = nullptr;
-    freeBuffers();
-    delete m_HighCutLPF;
-    delete m_LowCutLPF;
 }
 
 IDeEsserPanel* ADeEsser::GetPanel()

@@ -22,6 +22,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 class IDeEsserEditor;
@@ -35,6 +36,8 @@ class ADeEsser : public AudioEffectX
 public:
     explicit ADeEsser(audioMasterCallback audioMaster);
     ~ADeEsser() override;
+    ADeEsser(const ADeEsser&) = delete;
+    ADeEsser& operator=(const ADeEsser&) = delete;
 
     // Lifecycle (dispatcher thread)
     void open() override;
@@ -118,7 +121,6 @@ private:
     void setParameterWork(int index, float value, bool fromPanel);
     void processBlock(float** in, float** out, int n);
     void allocateBuffers(int size);
-    void freeBuffers();
     void resetBadStates();
     void notifyHost(VstInt32 opcode, VstInt32 index = 0, float value = 0.f);
     bool hostMisreadsIntegerRange(); // asks the host's names once
@@ -136,14 +138,15 @@ private:
     CBiquadFilter m_LowFreqLowShelf[2];
     CBiquadFilter m_HiFreqHighShelf[2];
     CBiquadFilter m_HiFreqLowShelf[2];
-    CVRXLPF* m_HighCutLPF = nullptr; // low-pass at HiFreq
-    CVRXLPF* m_LowCutLPF = nullptr;  // high-pass at LowFreq
+    CVRXLPF m_HighCutLPF{true}; // low-pass at HiFreq
+    CVRXLPF m_LowCutLPF{false}; // high-pass at LowFreq
     ADeEsserProgram initialPrograms[kNumPrograms];
     ADeEsserProgram factoryPrograms[kNumPrograms];
     CCriticalSection m_Lock;
     char pluginFolder[2048];
 
-    // Work buffers, one per channel, m_BlockSize samples each.
+    // Work buffers, one per channel, m_BlockSize samples each, all in m_Work.
+    std::unique_ptr<float[]> m_Work;
     float* m_MidBuf[2] = {nullptr, nullptr};  // first filter stage
     float* m_KeyBuf[2] = {nullptr, nullptr};  // key / middle band
     float* m_LowBuf[2] = {nullptr, nullptr};  // low band

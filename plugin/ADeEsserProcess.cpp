@@ -65,33 +65,25 @@ void ADeEsser::setSampleRate(float rate)
     m_WaveFormat.cbSize = 0;
     m_Comp.setSampleRate(rate);
     m_CompRms.setSampleRate(rate);
-    m_HighCutLPF->SetMediaType(&m_WaveFormat);
-    m_LowCutLPF->SetMediaType(&m_WaveFormat);
+    m_HighCutLPF.SetMediaType(&m_WaveFormat);
+    m_LowCutLPF.SetMediaType(&m_WaveFormat);
     CalcEQCoef();
-}
-
-void ADeEsser::freeBuffers()
-{
-    for (int ch = 0; ch < 2; ++ch)
-    {
-        for (float** buf : {m_MidBuf, m_KeyBuf, m_LowBuf, m_CompBuf, m_HighBuf})
-        {
-            delete[] buf[ch];
-            buf[ch] = nullptr;
-        }
-    }
 }
 
 void ADeEsser::allocateBuffers(int size)
 {
-    freeBuffers();
+    m_Work.reset(new float[10 * (size_t)size]);
+    float* next = m_Work.get();
     for (int ch = 0; ch < 2; ++ch)
         for (float** buf : {m_MidBuf, m_KeyBuf, m_LowBuf, m_CompBuf, m_HighBuf})
-            buf[ch] = new float[size];
+        {
+            buf[ch] = next;
+            next += size;
+        }
     // The key filters get their work buffers here too, so that processing
     // never allocates.
-    m_HighCutLPF->SetSampleSize((unsigned)size);
-    m_LowCutLPF->SetSampleSize((unsigned)size);
+    m_HighCutLPF.SetSampleSize((unsigned)size);
+    m_LowCutLPF.SetSampleSize((unsigned)size);
 }
 
 void ADeEsser::setBlockSize(VstInt32 size)
@@ -120,7 +112,7 @@ void ADeEsser::CalcEQCoefFreq1()
         m_LowFreqHighShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kHighShelf);
         m_LowFreqLowShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kLowShelf);
     }
-    m_LowCutLPF->set_CutOff((int)NormalizeValToDWValue(kParamLowFreq, m_NormValue[kParamLowFreq]));
+    m_LowCutLPF.set_CutOff((int)NormalizeValToDWValue(kParamLowFreq, m_NormValue[kParamLowFreq]));
 }
 
 void ADeEsser::CalcEQCoefFreq2()
@@ -133,7 +125,7 @@ void ADeEsser::CalcEQCoefFreq2()
         m_HiFreqHighShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kHighShelf);
         m_HiFreqLowShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kLowShelf);
     }
-    m_HighCutLPF->set_CutOff((int)NormalizeValToDWValue(kParamHiFreq, m_NormValue[kParamHiFreq]));
+    m_HighCutLPF.set_CutOff((int)NormalizeValToDWValue(kParamHiFreq, m_NormValue[kParamHiFreq]));
 }
 
 void ADeEsser::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames)
@@ -188,7 +180,7 @@ void ADeEsser::processBlock(float** in, float** out, int n)
     {
         // Key: high-pass at LowFreq, then low-pass at HiFreq (one pass over
         // both, the same as the two transforms one after the other).
-        CVRXLPF::TransformChain(*m_LowCutLPF, *m_HighCutLPF, in, n, m_MidBuf, m_KeyBuf);
+        CVRXLPF::TransformChain(m_LowCutLPF, m_HighCutLPF, in, n, m_MidBuf, m_KeyBuf);
         if (!m_Listen)
         {
             comp.process(in, out, m_KeyBuf, n, true);
@@ -261,8 +253,8 @@ void ADeEsser::resetBadStates()
         for (int ch = 0; ch < 2; ++ch)
             if (bank[ch].IsStateBad())
                 bank[ch].Reset();
-    m_LowCutLPF->ResetIfBad();
-    m_HighCutLPF->ResetIfBad();
+    m_LowCutLPF.ResetIfBad();
+    m_HighCutLPF.ResetIfBad();
     m_Comp.ResetIfBad();
     m_CompRms.ResetIfBad();
 }
