@@ -131,6 +131,17 @@ protected:
         XFlush(display);
     }
 
+    // A key pressed and released through XTest (to whichever window has the
+    // keyboard focus), then one idle call.
+    void Key(KeySym sym)
+    {
+        const KeyCode code = XKeysymToKeycode(display, sym);
+        XTestFakeKeyEvent(display, code, True, 0);
+        XTestFakeKeyEvent(display, code, False, 0);
+        XSync(display, False);
+        Idle(1, 1);
+    }
+
     // The host's editor window, sized from effEditGetRect and mapped.
     void MakeHostWindow()
     {
@@ -397,24 +408,16 @@ TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
     MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
     Idle(5);
-    auto key = [&](KeySym sym)
-    {
-        const KeyCode code = XKeysymToKeycode(display, sym);
-        XTestFakeKeyEvent(display, code, True, 0);
-        XTestFakeKeyEvent(display, code, False, 0);
-        XFlush(display);
-        Idle(1, 1);
-    };
     // A click on the threshold display opens the entry field there.
     ClickAt(279, 112);
     Idle(4);
     for (int i = 0; i < 8; ++i)
-        key(XK_BackSpace);
+        Key(XK_BackSpace);
     // The digit 5 on purpose: typed characters must not arrive as the key
     // codes that commit (35, 36) or abandon (53) an entry.
     for (KeySym sym : {XK_minus, XK_1, XK_2, XK_period, XK_5})
-        key(sym);
-    key(XK_Return);
+        Key(sym);
+    Key(XK_Return);
     Idle(4);
     // -12.5 typed: -125 tenths, nudged to -12.505 dB on the -100..0 dB range.
     EXPECT_NEAR((-12.505 + 100.0) / 100.0, effect->getParameter(effect, 3), 1e-5);
@@ -443,14 +446,6 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
         XGetInputFocus(display, &w, &revert);
         return w;
     };
-    auto key = [&](KeySym sym)
-    {
-        const KeyCode code = XKeysymToKeycode(display, sym);
-        XTestFakeKeyEvent(display, code, True, 0);
-        XTestFakeKeyEvent(display, code, False, 0);
-        XSync(display, False);
-        Idle(1, 1);
-    };
     auto openThresholdField = [&]
     {
         XSetInputFocus(display, hostFocus, RevertToPointerRoot, CurrentTime);
@@ -459,7 +454,7 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
         Idle(4);
         EXPECT_NE(focus(), hostFocus);
         for (int i = 0; i < 8; ++i)
-            key(XK_BackSpace);
+            Key(XK_BackSpace);
     };
     ASSERT_TRUE(OpenEditor());
     Idle(5);
@@ -467,8 +462,8 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
 
     openThresholdField();
     for (KeySym sym : {XK_minus, XK_1, XK_5})
-        key(sym);
-    key(XK_Return);
+        Key(sym);
+    Key(XK_Return);
     Idle(4);
     Dispatch(effGetParamDisplay, 3, 0, text);
     EXPECT_STREQ("-15.0", text);
@@ -476,14 +471,14 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     EXPECT_EQ(hostKeyPresses, 0);
 
     openThresholdField();
-    key(XK_minus);
-    key(XK_2);
-    key(XK_Escape);
+    Key(XK_minus);
+    Key(XK_2);
+    Key(XK_Escape);
     Idle(4);
     EXPECT_EQ(focus(), hostFocus) << "after Escape";
 
     openThresholdField();
-    key(XK_3);
+    Key(XK_3);
     ClickAt(220, 150); // an empty part of the panel
     Idle(4);
     EXPECT_EQ(focus(), hostFocus) << "after a click elsewhere";
@@ -497,7 +492,7 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     EXPECT_EQ(focus(), hostFocus) << "after the editor closed";
 
     // With the field closed, keys are the host's again.
-    key(XK_4);
+    Key(XK_4);
     EXPECT_EQ(hostKeyPresses, 1);
     XDestroyWindow(display, hostFocus);
 }
