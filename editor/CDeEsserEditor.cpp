@@ -1,8 +1,12 @@
 // CDeEsserEditor: editor bridge between the host's editor calls and the panel.
 #include "CDeEsserEditor.h"
 
+#include <cmath>
+#include <cstdlib>
+
 #include "ADeEsser.h"
 #include "CUIWindow.h"
+#include "EditorScale.h"
 #include "IToolkitBackend.h"
 
 CDeEsserEditor::CDeEsserEditor(AudioEffect* effect) : IDeEsserEditor(effect)
@@ -15,6 +19,15 @@ CDeEsserEditor::CDeEsserEditor(AudioEffect* effect) : IDeEsserEditor(effect)
     m_Rect.bottom = (VstInt16)m_Background.Height();
     m_Rect.right = (VstInt16)m_Background.Width();
     m_pUIWindow = nullptr;
+}
+
+void CDeEsserEditor::UpdateScale()
+{
+    m_Scale = ResolveEditorScale(m_HostScale, std::getenv("DEESSER_UI_SCALE"),
+                                 [] { return CToolkit::DesktopScale(); });
+    // The background's size in panel pixels, scaled.
+    m_Rect.bottom = (VstInt16)std::lround(m_Background.Height() * m_Scale);
+    m_Rect.right = (VstInt16)std::lround(m_Background.Width() * m_Scale);
 }
 
 CDeEsserEditor::~CDeEsserEditor()
@@ -32,6 +45,8 @@ bool CDeEsserEditor::getRect(ERect** rect)
 {
     if (!rect)
         return false;
+    if (!m_pUIWindow)
+        UpdateScale();
     *rect = &m_Rect;
     return true;
 }
@@ -45,6 +60,9 @@ bool CDeEsserEditor::open(void* parentWindow)
     systemWindow = parentWindow;
     m_UIThread = std::this_thread::get_id();
     m_Deferred.Clear();
+    UpdateScale();
+    CToolkit::SetScale(m_Scale);
+    m_Background.LoadResourceBitmap(5000); // drawn for the scale
     m_pUIWindow = new CUIWindow;
     m_Frame.SetNativeView(parentWindow);
     if (!m_Frame.GetSafeHwnd() || !m_pUIWindow->MakeWindow(&m_Frame, &m_Background, this) ||
@@ -124,6 +142,21 @@ bool CDeEsserEditor::ShowMessage(const char* text)
         return false;
     m_pUIWindow->MessageBox(text, "DeEsser", MB_OK | MB_ICONEXCLAMATION);
     return true;
+}
+
+void CDeEsserEditor::SetScale(double scale)
+{
+    m_HostScale = std::isfinite(scale) && scale > 0.0 ? scale : 0.0;
+    const double before = m_Scale;
+    UpdateScale();
+    if (!m_pUIWindow || !m_pUIWindow->GetSafeHwnd() || m_Scale == before)
+        return;
+    // Everything at the new size at once: windows, back buffers, images.
+    CToolkit::SetScale(m_Scale);
+    m_Background.LoadResourceBitmap(5000);
+    m_pUIWindow->LoadImages();
+    if (effect)
+        static_cast<AudioEffectX*>(effect)->sizeWindow(m_Rect.right, m_Rect.bottom);
 }
 
 bool ControlCallback(int controlId, float value, void* owner)

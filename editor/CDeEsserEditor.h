@@ -8,6 +8,11 @@
 // with the first window and closes with the last. Idle pumps the toolkit's
 // events (input, timers, paints) and then polls the meters.
 //
+// Scale: the rectangle, the windows, fonts and images are scaled by the
+// factor EditorScale.h resolves (host, DEESSER_UI_SCALE, Xft.dpi, 1); the
+// panel itself keeps working in panel pixels. The toolkit has one scale for
+// all windows of the process, set by the editor that opens or rescales last.
+//
 // Thread: every call comes from the host's UI/dispatcher thread, except
 // GetPanel, which the effect also calls when a host automates parameters
 // from its audio thread; that caller gets the deferred-update mailbox.
@@ -45,13 +50,24 @@ public:
     IDeEsserPanel* GetPanel() override;
     bool ShowMessage(const char* text) override;
     int GetEventFd() override;
+    // The host's scale (0 withdraws it). While open, a new scale resizes the
+    // editor at once and asks the host for the new size
+    // (audioMasterSizeWindow); closed, getRect reports it.
+    void SetScale(double scale) override;
+    // The scale in effect (while open) or that the next open will use.
+    double GetScale() const { return m_Scale; }
 
     CUIWindow* GetUIWindow() const { return m_pUIWindow; }
     ADeEsser* GetDeEsser() const;
     const CVRXBitmap& GetBackground() const { return m_Background; }
 
 private:
+    // Resolves the scale from its sources and sizes the rectangle for it.
+    void UpdateScale();
+
     ERect m_Rect{0, 0, 0, 0};
+    double m_HostScale = 0.0; // 0: the host said nothing
+    double m_Scale = 1.0;
     CVRXBitmap m_Background;          // 5000.png
     CUIWindow* m_pUIWindow = nullptr; // owned, null while closed
     CFrameWnd m_Frame;                // stands for the host's window

@@ -118,8 +118,7 @@ int CUIWindow::OnCreate(LPCREATESTRUCT cs)
         return -1;
     ADeEsser* effect = Effect();
 
-    for (int i = 0; i < 20; ++i)
-        m_Bmp[i].LoadResourceBitmap(5001 + i);
+    LoadImages();
     auto param = [effect](int index) { return effect ? effect->getParameter(index) : 0.f; };
 
     // Controls in layout order; each takes its value from the effect at once.
@@ -179,6 +178,14 @@ int CUIWindow::OnCreate(LPCREATESTRUCT cs)
 
     SetTimer(TIMER_PANEL, 75, nullptr);
     return 0;
+}
+
+void CUIWindow::LoadImages()
+{
+    // The controls keep pointers to these objects, so they follow at once.
+    for (int i = 0; i < 20; ++i)
+        m_Bmp[i].LoadResourceBitmap(5001 + i);
+    Invalidate(TRUE);
 }
 
 void CUIWindow::OnDestroy() {}

@@ -78,6 +78,8 @@ public:
     void ChangeControl(int controlId, float value);
     // Meter polling; called from the editor's idle.
     void idle();
+    // (Re)loads images 5001-5020 at the toolkit's scale and repaints.
+    void LoadImages();
 
     void ShowEdit(int value, int min, int max, bool signedInput, int width, CRect rect, int editId);
     void HideEdit();

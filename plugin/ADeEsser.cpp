@@ -142,6 +142,19 @@ bool ADeEsser::getVendorString(char* text)
     return true;
 }
 
+VstIntPtr ADeEsser::vendorSpecific(VstInt32 index, VstIntPtr value, void* ptr, float opt)
+{
+    // The host's display scale: index 'PreS', value 'AeCs', the scale in opt.
+    const VstInt32 kPreS = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
+    const VstIntPtr kAeCs = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
+    if (index == kPreS && value == kAeCs && editor)
+    {
+        static_cast<IDeEsserEditor*>(editor)->SetScale(opt);
+        return 1;
+    }
+    return AudioEffectX::vendorSpecific(index, value, ptr, opt);
+}
+
 VstInt32 ADeEsser::canDo(char* text)
 {
     // clang-format off

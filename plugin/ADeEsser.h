@@ -52,6 +52,9 @@ public:
     VstInt32 getVendorVersion() override { return 1000; }
     VstInt32 getPlugCategory() override { return kPlugCategEffect; }
     VstInt32 canDo(char* text) override;
+    // 'PreS' / 'AeCs' with the host's display scale in opt: handed to the
+    // editor (accepted although canDo does not announce it).
+    VstIntPtr vendorSpecific(VstInt32 index, VstIntPtr value, void* ptr, float opt) override;
 
     // Parameters, read side
     float getParameter(VstInt32 index) override;

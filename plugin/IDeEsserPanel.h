@@ -28,6 +28,10 @@ public:
     // arrive (its own X connection), or -1; hosts that watch it idle the
     // editor when it does.
     virtual int GetEventFd() { return -1; }
+    // The host's display scale (device pixels per panel pixel, 1 to 4; 0
+    // withdraws it). It outranks every other source of the editor's scale;
+    // while open the editor resizes and asks the host for the new size.
+    virtual void SetScale(double /*scale*/) {}
 };
 
 class ADeEsser;

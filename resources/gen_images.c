@@ -1,5 +1,7 @@
 /* Draws the editor panel's artwork, 5000.png ... 5020.png, with cairo and writes a C++ source
- * that embeds the PNG bytes in the plug-in.
+ * that embeds the PNG bytes in the plug-in. Each image is drawn at 1x and again at 2x, 3x and 4x
+ * ("5000@2x.png": twice as many pixels each way) for HiDPI screens; the drawing is the same
+ * vector drawing at a finer pixel grid, not an enlargement.
  *
  * Usage: gen_images OUTDIR OUT.cpp
  *
@@ -70,14 +72,20 @@ static double noise(void) /* uniform in [-1, 1), xorshift32 */
     return (double)g_seed / 2147483648.0 - 1.0;
 }
 
+/* Device pixels per panel pixel of the images being drawn. */
+static int g_scale = 1;
+
+/* An image of w x h panel pixels at the current scale. */
 static cairo_surface_t* new_surface(int w, int h)
 {
-    return cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
+    return cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w * g_scale, h * g_scale);
 }
 
+/* A context drawing in panel pixels. */
 static cairo_t* new_context(cairo_surface_t* s)
 {
     cairo_t* cr = cairo_create(s);
+    cairo_scale(cr, g_scale, g_scale);
     cairo_font_options_t* fo = cairo_font_options_create();
     cairo_font_options_set_antialias(fo, CAIRO_ANTIALIAS_GRAY);
     cairo_font_options_set_hint_style(fo, CAIRO_HINT_STYLE_SLIGHT);
@@ -224,11 +232,13 @@ static void cutout(cairo_t* cr, PanelRect r, double margin, double radius)
     cairo_fill(cr);
 }
 
-/* Adds a zero-mean grain to a rectangle of the surface: `streak` of it is smeared along x into
- * brush lines, the rest is per-pixel. Amplitude in 8-bit levels. */
+/* Adds a zero-mean grain to a rectangle (panel pixels) of the surface: `streak` of it is smeared
+ * along x into brush lines, the rest is per device pixel. Amplitude in 8-bit levels. */
 static void grain(cairo_surface_t* s, int x0, int y0, int x1, int y1, double amplitude,
                   double streak)
 {
+    const int reach = 4 * g_scale; /* smear half-width: 4 panel pixels */
+    x0 *= g_scale, y0 *= g_scale, x1 *= g_scale, y1 *= g_scale;
     cairo_surface_flush(s);
     unsigned char* data = cairo_image_surface_get_data(s);
     int stride = cairo_image_surface_get_stride(s);
@@ -247,7 +257,7 @@ static void grain(cairo_surface_t* s, int x0, int y0, int x1, int y1, double amp
             {
                 double sum = 0;
                 int n = 0;
-                for (int k = -4; k <= 4; ++k)
+                for (int k = -reach; k <= reach; ++k)
                     if (x + k >= 0 && x + k < w)
                     {
                         sum += row[x + k];
@@ -702,14 +712,15 @@ static void meter_segments(cairo_surface_t* s, int x0, int halfW, int height, in
         if (is_gap(r))
             continue;
         Rgb c = colour(r);
-        for (int x = 1; x < halfW - 1; ++x)
+        /* Per device column (panel x = column / scale), one panel row high. */
+        for (int x = g_scale; x < (halfW - 1) * g_scale; ++x)
         {
             /* Brighter in the middle of the segment, like a diffused LED. */
-            double across = 1.0 - fabs((x + 0.5) - halfW / 2.0) / (halfW / 2.0);
+            double across = 1.0 - fabs((x + 0.5) / g_scale - halfW / 2.0) / (halfW / 2.0);
             Rgb p = lit ? mix(mix(c, grey(0.0), 0.22), mix(c, grey(1), 0.35), across * across)
                         : mix(grey(0.075), c, 0.13 + 0.05 * across);
             rgb(cr, p, 1);
-            cairo_rectangle(cr, x0 + x, r, 1, 1);
+            cairo_rectangle(cr, x0 + (double)x / g_scale, r, 1.0 / g_scale, 1);
             cairo_fill(cr);
         }
     }
@@ -1023,19 +1034,9 @@ static cairo_status_t append(void* closure, const unsigned char* data, unsigned 
     return CAIRO_STATUS_SUCCESS;
 }
 
-int main(int argc, char** argv)
+/* Draws every image at the current scale, 5000 first. */
+static void draw_all(cairo_surface_t** img)
 {
-    if (argc != 3)
-    {
-        fprintf(stderr, "usage: %s OUTDIR OUT.cpp\n", argv[0]);
-        return 2;
-    }
-    enum
-    {
-        kFirst = 5000,
-        kCount = 21
-    };
-    cairo_surface_t* img[kCount] = {0};
     img[0] = make_background();
     img[1] = make_knob_strip();
     img[2] = switch_images(107, power_face, 1);
@@ -1057,7 +1058,54 @@ int main(int argc, char** argv)
     img[18] = switch_images(131, copy_face, 0);
     img[19] = make_save_face();
     img[20] = make_lamp();
+}
 
+/* Encodes one image as OUTDIR/name and as a byte array k<id>_<scale> of the C++ source; its size
+ * in *size. Non-zero on failure. */
+static int write_image(cairo_surface_t* img, const char* dir, const char* name, FILE* cpp,
+                       size_t* size)
+{
+    Buffer b = {0};
+    if (cairo_surface_status(img) != CAIRO_STATUS_SUCCESS ||
+        cairo_surface_write_to_png_stream(img, append, &b) != CAIRO_STATUS_SUCCESS)
+    {
+        fprintf(stderr, "gen_images: cannot encode %s\n", name);
+        free(b.data);
+        return 1;
+    }
+    int status = 0;
+    char path[4096];
+    snprintf(path, sizeof path, "%s/%s", dir, name);
+    FILE* f = fopen(path, "wb");
+    if (!f || fwrite(b.data, 1, b.size, f) != b.size)
+    {
+        perror(path);
+        status = 1;
+    }
+    if (f)
+        fclose(f);
+    fprintf(cpp, "const unsigned char k%d_%d[] = {", atoi(name), g_scale);
+    for (size_t k = 0; k < b.size; ++k)
+        fprintf(cpp, "%s%u,", k % 24 == 0 ? "\n" : "", b.data[k]);
+    fprintf(cpp, "\n};\n");
+    *size = b.size;
+    free(b.data);
+    return status;
+}
+
+int main(int argc, char** argv)
+{
+    if (argc != 3)
+    {
+        fprintf(stderr, "usage: %s OUTDIR OUT.cpp\n", argv[0]);
+        return 2;
+    }
+    enum
+    {
+        kFirst = 5000,
+        kCount = 21,
+        kScales = 4
+    };
     FILE* cpp = fopen(argv[2], "w");
     if (!cpp)
     {
@@ -1067,43 +1115,39 @@ int main(int argc, char** argv)
     fprintf(cpp, "// Generated by gen_images: the editor panel's PNG images. Do not edit.\n"
                  "#include \"EmbeddedResources.h\"\n\n"
                  "namespace\n{\n");
-    size_t sizes[kCount];
+    size_t sizes[kScales][kCount];
     int status = 0;
-    for (int i = 0; i < kCount; ++i)
+    for (g_scale = 1; g_scale <= kScales && status == 0; ++g_scale)
     {
-        Buffer b = {0};
-        if (cairo_surface_status(img[i]) != CAIRO_STATUS_SUCCESS ||
-            cairo_surface_write_to_png_stream(img[i], append, &b) != CAIRO_STATUS_SUCCESS)
+        g_seed = 0x2545F491u; /* the same grain sequence at every scale */
+        cairo_surface_t* img[kCount] = {0};
+        draw_all(img);
+        for (int i = 0; i < kCount; ++i)
         {
-            fprintf(stderr, "gen_images: cannot encode %d.png\n", kFirst + i);
-            status = 1;
-            free(b.data);
-            break;
+            char name[64];
+            if (g_scale == 1)
+                snprintf(name, sizeof name, "%d.png", kFirst + i);
+            else
+                snprintf(name, sizeof name, "%d@%dx.png", kFirst + i, g_scale);
+            if (status == 0 && write_image(img[i], argv[1], name, cpp, &sizes[g_scale - 1][i]))
+                status = 1;
+            cairo_surface_destroy(img[i]);
         }
-        char path[4096];
-        snprintf(path, sizeof path, "%s/%d.png", argv[1], kFirst + i);
-        FILE* f = fopen(path, "wb");
-        if (!f || fwrite(b.data, 1, b.size, f) != b.size)
-        {
-            perror(path);
-            status = 1;
-        }
-        if (f)
-            fclose(f);
-        fprintf(cpp, "const unsigned char k%d[] = {", kFirst + i);
-        for (size_t k = 0; k < b.size; ++k)
-            fprintf(cpp, "%s%u,", k % 24 == 0 ? "\n" : "", b.data[k]);
-        fprintf(cpp, "\n};\n");
-        sizes[i] = b.size;
-        free(b.data);
-        cairo_surface_destroy(img[i]);
     }
     if (status == 0)
     {
         fprintf(cpp, "} // namespace\n\nconst EmbeddedResourceEntry kEmbeddedResources[] = {\n");
-        for (int i = 0; i < kCount; ++i)
-            fprintf(cpp, "    {\"%d.png\", k%d, %zu},\n", kFirst + i, kFirst + i, sizes[i]);
-        fprintf(cpp, "};\nconst size_t kEmbeddedResourceCount = %d;\n", kCount);
+        for (int n = 1; n <= kScales; ++n)
+            for (int i = 0; i < kCount; ++i)
+            {
+                if (n == 1)
+                    fprintf(cpp, "    {\"%d.png\", k%d_1, %zu},\n", kFirst + i, kFirst + i,
+                            sizes[0][i]);
+                else
+                    fprintf(cpp, "    {\"%d@%dx.png\", k%d_%d, %zu},\n", kFirst + i, n, kFirst + i,
+                            n, sizes[n - 1][i]);
+            }
+        fprintf(cpp, "};\nconst size_t kEmbeddedResourceCount = %d;\n", kScales * kCount);
     }
     if (fclose(cpp) != 0)
         status = 1;

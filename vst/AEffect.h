@@ -177,6 +177,7 @@ enum AudioMasterOpcodes
     audioMasterCurrentId = 2,
     audioMasterIdle = 3,
     audioMasterWantMidi = 6,
+    audioMasterSizeWindow = 15, // index: width, value: height
     audioMasterGetTime = 7,
     audioMasterGetSampleRate = 16,
     audioMasterGetBlockSize = 17,

@@ -36,6 +36,11 @@ char* AudioEffectX::getDirectory()
     return (char*)callHost(audioMasterGetDirectory);
 }
 
+bool AudioEffectX::sizeWindow(VstInt32 width, VstInt32 height)
+{
+    return callHost(audioMasterSizeWindow, width, height) != 0;
+}
+
 bool AudioEffectX::getHostVendorString(char* text)
 {
     std::memset(text, 0, 256);

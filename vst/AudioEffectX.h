@@ -50,6 +50,8 @@ public:
     virtual bool beginEdit(VstInt32 index);
     virtual bool endEdit(VstInt32 index);
     virtual bool updateDisplay();
+    // Asks the host to resize the editor's window; true when it agreed.
+    virtual bool sizeWindow(VstInt32 width, VstInt32 height);
     virtual char* getDirectory();
     // The host's names for itself into `text` (at least 256 bytes, cleared
     // first). Some hosts fill the text yet answer 0, so the text is what counts.

@@ -65,7 +65,7 @@ int CAfxPopupList::Run(const std::vector<Entry>& entries, CPoint screen, int min
         width = std::max(width, measure.GetTextExtent(e.text).cx + kPadX + 16);
         height += e.separator ? kSeparatorHeight : m_nRowHeight;
     }
-    CSize screenSize = CToolkit::Backend()->ScreenSize();
+    CSize screenSize = CToolkit::ScreenSize();
     int x = std::max(0, std::min(screen.x, screenSize.cx - width));
     int y = std::max(0, std::min(screen.y, screenSize.cy - height));
     if (!Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(x, y, x + width, y + height), nullptr, 0))

@@ -73,6 +73,8 @@ struct AfxState
     std::function<void(CWnd*)> modalHook;
     UINT pickMenuId = 0;
     bool pickMenuArmed = false;
+    // Device pixels per window pixel for every window (CToolkit::SetScale).
+    double scale = 1.0;
 };
 
 namespace AfxImpl
@@ -93,9 +95,9 @@ IBackendWindow* EnsureNative(AFX_WND* wnd);
 void ResizeBackBuffer(AFX_WND* wnd, CSize size);
 const AfxWndClass* FindClass(LPCTSTR name);
 
-// Input from a backend. `wnd` is the native window the event arrived in and
-// `point` is in its client coordinates. Routing (capture, modal filtering,
-// pre-translation) happens here.
+// Input from a backend. `wnd` is the native window the event arrived in;
+// points, areas and sizes are in its device pixels (divided by the scale
+// here). Routing (capture, modal filtering, pre-translation) happens here.
 void DeliverMouse(AFX_WND* wnd, UINT message, CPoint point, unsigned modifiers, bool doubleClick);
 void DeliverKey(AFX_WND* wnd, UINT keyCode, unsigned modifiers, bool down);
 void DeliverChar(AFX_WND* wnd, UINT codePoint, unsigned modifiers);
@@ -111,6 +113,16 @@ CPoint ScreenOrigin(const AFX_WND* wnd);
 // Copies the back buffer area to the screen.
 void Present(AFX_WND* wnd, const CRect& area);
 void PaintWindow(AFX_WND* wnd);
+
+// Window pixels <-> device pixels at the toolkit's scale. Edges round to the
+// nearest device pixel; the outward forms cover every device pixel a window
+// rectangle touches (for invalid areas and clips).
+CRect ToDevice(const CRect& rect);
+CRect ToDeviceOut(const CRect& rect);
+CSize ToDevice(CSize size);
+CPoint ToWindow(CPoint devicePoint);
+CRect ToWindowOut(const CRect& deviceRect);
+CSize ToWindow(CSize deviceSize);
 
 // Fills a rectangle of an image with an opaque colour (0x00BBGGRR).
 void FillImage(HBITMAP image, const CRect& rect, COLORREF color);

@@ -1,7 +1,11 @@
 // CBitmap: cairo image surfaces, PNG decoding and the image resource table.
 #include "CBitmap.h"
 
+#include "CToolkit.h"
+
+#include <algorithm>
 #include <cairo.h>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <map>
@@ -96,20 +100,75 @@ bool AfxFindResource(const char* name, const void** data, size_t* size)
 
 HBITMAP LoadBitmap0(int id, const char*)
 {
+    return LoadBitmapScaled(id, CToolkit::Scale());
+}
+
+namespace
+{
+// Resource `id` drawn at whole scale n: "%d.png" for 1, "%d@<n>x.png" else.
+HBITMAP LoadDrawnAt(int id, int n)
+{
     char name[32];
-    std::snprintf(name, sizeof(name), "%d.png", id);
+    if (n == 1)
+        std::snprintf(name, sizeof(name), "%d.png", id);
+    else
+        std::snprintf(name, sizeof(name), "%d@%dx.png", id, n);
     const void* data = nullptr;
     size_t size = 0;
     if (!AfxFindResource(name, &data, &size))
         return nullptr;
-    return AfxLoadPNG(data, size);
+    HBITMAP image = AfxLoadPNG(data, size);
+    if (image)
+        cairo_surface_set_device_scale(image, n, n);
+    return image;
+}
+} // namespace
+
+HBITMAP LoadBitmapScaled(int id, double scale)
+{
+    if (!(scale >= 1.0 && scale <= 4.0))
+        scale = 1.0;
+    // The image drawn at this scale, else the coarsest drawn above it (so
+    // that resampling only shrinks), else the finest drawn below it.
+    HBITMAP drawn = nullptr;
+    int n = (int)std::ceil(scale - 1e-9);
+    for (; n <= 4 && !drawn; ++n)
+        drawn = LoadDrawnAt(id, n);
+    for (n = (int)std::ceil(scale - 1e-9) - 1; n >= 1 && !drawn; --n)
+        drawn = LoadDrawnAt(id, n);
+    if (!drawn)
+        return nullptr;
+    double k = 1.0, ky = 1.0;
+    cairo_surface_get_device_scale(drawn, &k, &ky);
+    if (k == scale)
+        return drawn;
+    // Resampled to the scale with a smoothing filter, at the same size in
+    // window pixels.
+    const CSize logical = GetBitmapSize0(drawn);
+    cairo_surface_t* out = cairo_image_surface_create(
+        CAIRO_FORMAT_ARGB32, std::max(1L, std::lround(logical.cx * scale)),
+        std::max(1L, std::lround(logical.cy * scale)));
+    cairo_surface_set_device_scale(out, scale, scale);
+    cairo_t* cr = cairo_create(out);
+    cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    cairo_set_source_surface(cr, drawn, 0, 0);
+    cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_BEST);
+    cairo_pattern_set_extend(cairo_get_source(cr), CAIRO_EXTEND_PAD);
+    cairo_paint(cr);
+    cairo_destroy(cr);
+    cairo_surface_destroy(drawn);
+    cairo_surface_flush(out);
+    return CheckSurface(out);
 }
 
 CSize GetBitmapSize0(HBITMAP bitmap)
 {
     if (!bitmap)
         return CSize();
-    return CSize(cairo_image_surface_get_width(bitmap), cairo_image_surface_get_height(bitmap));
+    double k = 1.0, ky = 1.0;
+    cairo_surface_get_device_scale(bitmap, &k, &ky);
+    return CSize((int)std::lround(cairo_image_surface_get_width(bitmap) / k),
+                 (int)std::lround(cairo_image_surface_get_height(bitmap) / k));
 }
 
 CBitmap::~CBitmap()
@@ -146,7 +205,12 @@ BOOL CBitmap::CreateBitmap(int width, int height)
 {
     if (width <= 0 || height <= 0 || width > 16384 || height > 16384)
         return FALSE;
-    return Attach(CheckSurface(cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height)));
+    const double k = CToolkit::Scale();
+    HBITMAP image = CheckSurface(cairo_image_surface_create(
+        CAIRO_FORMAT_ARGB32, (int)std::lround(width * k), (int)std::lround(height * k)));
+    if (image)
+        cairo_surface_set_device_scale(image, k, k);
+    return Attach(image);
 }
 
 BOOL CBitmap::CreateCompatibleBitmap(CDC*, int width, int height)

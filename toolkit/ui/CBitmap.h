@@ -1,5 +1,8 @@
 // A bitmap: a cairo ARGB32 image surface (premultiplied alpha), owned by the
 // object once attached. Images load from PNG data in memory or from a file.
+// An image drawn for a scale carries it as its cairo device scale: it has
+// scale x scale device pixels per window pixel, and sizes are given in
+// window pixels.
 #pragma once
 
 #include "CGdiObject.h"
@@ -28,7 +31,8 @@ public:
     BOOL LoadPNG(const void* data, size_t size);
     BOOL LoadPNGFile(const char* path);
 
-    // Size in pixels; (0, 0) without an image.
+    // Size in window pixels (the image's pixels over its scale); (0, 0)
+    // without an image.
     CSize GetSize() const;
 
 private:
@@ -45,8 +49,13 @@ void AfxRegisterResource(const char* name, const void* data, size_t size);
 bool AfxFindResource(const char* name, const void** data, size_t* size);
 
 // Loads resource "%d.png" as a new image (caller owns it, Attach it to a
-// CBitmap); null when missing or not a PNG. The bundle identifier names the
-// binary on platforms with bundles and is ignored here.
+// CBitmap) at the toolkit's scale (see LoadBitmapScaled); null when missing
+// or not a PNG. The bundle identifier names the binary on platforms with
+// bundles and is ignored here.
 HBITMAP LoadBitmap0(int id, const char* bundleIdentifier);
-// Size of an image; (0, 0) for null.
+// The same drawn for `scale` (1 to 4) device pixels per window pixel: the
+// resource drawn at that whole scale ("5000@2x.png" for 2), else the one
+// drawn at the next whole scale above (else below) resampled to it.
+HBITMAP LoadBitmapScaled(int id, double scale);
+// Size of an image in window pixels; (0, 0) for null.
 CSize GetBitmapSize0(HBITMAP bitmap);

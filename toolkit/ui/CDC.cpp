@@ -10,6 +10,7 @@
 #include <string>
 
 #include "AfxWndImpl.h"
+#include "CToolkit.h"
 #include "CWnd.h"
 
 using namespace AfxImpl;
@@ -87,12 +88,28 @@ void SetColor(cairo_t* cr, COLORREF c)
     cairo_set_source_rgb(cr, GetRValue(c) / 255.0, GetGValue(c) / 255.0, GetBValue(c) / 255.0);
 }
 
-// A 1x1 image for measuring text without a target.
-cairo_t* MeasureContext()
+// Device pixels per window pixel of a surface (its cairo device scale).
+double ScaleOf(HBITMAP s)
+{
+    double k = 1.0, ky = 1.0;
+    if (s)
+        cairo_surface_get_device_scale(s, &k, &ky);
+    return k;
+}
+
+// A context on a 1x1 image at `scale`, for measuring text without a target
+// (the caller destroys it). Glyph metrics depend on the device resolution.
+cairo_t* MeasureContext(double scale)
 {
     static cairo_surface_t* surface = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, 1, 1);
-    static cairo_t* cr = cairo_create(surface);
-    return cr;
+    cairo_surface_set_device_scale(surface, scale, scale);
+    return cairo_create(surface);
+}
+
+// Window coordinate v on the device pixel grid of scale k (nearest edge).
+double Snap(int v, double k)
+{
+    return std::lround(v * k) / k;
 }
 
 bool IsImage(HBITMAP s)
@@ -124,13 +141,16 @@ BOOL CDC::CreateBitmapDC(int width, int height)
     DeleteDC();
     if (width <= 0 || height <= 0 || width > 16384 || height > 16384)
         return FALSE;
-    m_pOwnBitmap = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, width, height);
+    const double k = CToolkit::Scale();
+    m_pOwnBitmap = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, (int)std::lround(width * k),
+                                              (int)std::lround(height * k));
     if (cairo_surface_status(m_pOwnBitmap) != CAIRO_STATUS_SUCCESS)
     {
         cairo_surface_destroy(m_pOwnBitmap);
         m_pOwnBitmap = nullptr;
         return FALSE;
     }
+    cairo_surface_set_device_scale(m_pOwnBitmap, k, k);
     SetTarget(m_pOwnBitmap);
     m_hDC = this;
     return TRUE;
@@ -180,7 +200,11 @@ _cairo* CDC::Cairo()
         m_pCairo = cairo_create(m_pTarget);
         if (m_HasClip)
         {
-            cairo_rectangle(m_pCairo, m_Clip.left, m_Clip.top, m_Clip.Width(), m_Clip.Height());
+            // Whole device pixels: the clip covers every one the area touches.
+            const double k = ScaleOf(m_pTarget);
+            const double l = std::floor(m_Clip.left * k) / k, t = std::floor(m_Clip.top * k) / k;
+            const double r = std::ceil(m_Clip.right * k) / k, b = std::ceil(m_Clip.bottom * k) / k;
+            cairo_rectangle(m_pCairo, l, t, r - l, b - t);
             cairo_clip(m_pCairo);
         }
     }
@@ -268,6 +292,30 @@ void PixelOp(HBITMAP dst, int x, int y, int w, int h, HBITMAP src, int sx, int s
 }
 } // namespace
 
+namespace
+{
+// A copy of an image (same pixels, same scale), for blits within one image.
+HBITMAP CopyOf(HBITMAP source)
+{
+    HBITMAP copy =
+        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, cairo_image_surface_get_width(source),
+                                   cairo_image_surface_get_height(source));
+    const double k = ScaleOf(source);
+    cairo_surface_set_device_scale(copy, k, k);
+    cairo_t* cr = cairo_create(copy);
+    cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
+    cairo_set_source_surface(cr, source, 0, 0);
+    cairo_paint(cr);
+    cairo_destroy(cr);
+    cairo_surface_flush(copy);
+    return copy;
+}
+} // namespace
+
+// Coordinates are window pixels; the copy itself lands on whole device
+// pixels: the destination's edges round to its grid and, where source and
+// destination share a scale, pixels are copied one to one. A source of
+// another scale is resampled with a smoothing filter.
 BOOL CDC::BitBlt(int x, int y, int width, int height, CDC* src, int srcX, int srcY, DWORD rop)
 {
     if (!src || !m_pTarget || !src->m_pTarget)
@@ -276,36 +324,32 @@ BOOL CDC::BitBlt(int x, int y, int width, int height, CDC* src, int srcX, int sr
         return TRUE;
     src->Flush();
     HBITMAP source = src->m_pTarget;
+    const double tk = ScaleOf(m_pTarget), sk = ScaleOf(source);
+    const CRect d((int)std::lround(x * tk), (int)std::lround(y * tk),
+                  (int)std::lround((x + width) * tk), (int)std::lround((y + height) * tk));
+    const CPoint s((int)std::lround(srcX * sk), (int)std::lround(srcY * sk));
     if (rop == SRCAND || rop == SRCINVERT)
     {
         Flush();
-        if (!IsImage(m_pTarget) || !IsImage(source))
+        if (!IsImage(m_pTarget) || !IsImage(source) || tk != sk)
             return FALSE;
         // Clip the destination to the target, the clip and the source.
-        CRect d(x, y, x + width, y + height);
-        CSize ts = GetBitmapSize0(m_pTarget);
-        CRect bounds(0, 0, ts.cx, ts.cy);
+        CRect bounds(0, 0, cairo_image_surface_get_width(m_pTarget),
+                     cairo_image_surface_get_height(m_pTarget));
         if (m_HasClip)
-            bounds.IntersectRect(bounds, m_Clip);
-        CSize ss = GetBitmapSize0(source);
-        CRect srcInDst(x - srcX, y - srcY, x - srcX + ss.cx, y - srcY + ss.cy);
+            bounds.IntersectRect(bounds, CRect((int)std::floor(m_Clip.left * tk),
+                                               (int)std::floor(m_Clip.top * tk),
+                                               (int)std::ceil(m_Clip.right * tk),
+                                               (int)std::ceil(m_Clip.bottom * tk)));
+        CRect srcInDst(d.left - s.x, d.top - s.y,
+                       d.left - s.x + cairo_image_surface_get_width(source),
+                       d.top - s.y + cairo_image_surface_get_height(source));
         CRect r;
         if (!r.IntersectRect(d, bounds) || !r.IntersectRect(r, srcInDst))
             return TRUE;
-        HBITMAP copy = nullptr;
-        if (source == m_pTarget)
-        {
-            copy = cairo_surface_create_similar_image(source, CAIRO_FORMAT_ARGB32, ss.cx, ss.cy);
-            cairo_t* cr = cairo_create(copy);
-            cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-            cairo_set_source_surface(cr, source, 0, 0);
-            cairo_paint(cr);
-            cairo_destroy(cr);
-            cairo_surface_flush(copy);
-            source = copy;
-        }
-        PixelOp(m_pTarget, r.left, r.top, r.Width(), r.Height(), source, r.left - x + srcX,
-                r.top - y + srcY, rop);
+        HBITMAP copy = source == m_pTarget ? CopyOf(source) : nullptr;
+        PixelOp(m_pTarget, r.left, r.top, r.Width(), r.Height(), copy ? copy : source,
+                r.left - d.left + s.x, r.top - d.top + s.y, rop);
         if (copy)
             cairo_surface_destroy(copy);
         return TRUE;
@@ -314,22 +358,23 @@ BOOL CDC::BitBlt(int x, int y, int width, int height, CDC* src, int srcX, int sr
     HBITMAP copy = nullptr;
     if (source == m_pTarget)
     {
-        CSize ss = GetBitmapSize0(source);
         Flush();
-        copy = cairo_surface_create_similar_image(source, CAIRO_FORMAT_ARGB32, ss.cx, ss.cy);
-        cairo_t* cr = cairo_create(copy);
-        cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-        cairo_set_source_surface(cr, source, 0, 0);
-        cairo_paint(cr);
-        cairo_destroy(cr);
-        source = copy;
+        copy = source = CopyOf(source);
     }
     cairo_t* cr = Cairo();
     cairo_save(cr);
-    cairo_rectangle(cr, x, y, width, height);
+    cairo_rectangle(cr, d.left / tk, d.top / tk, d.Width() / tk, d.Height() / tk);
     cairo_clip(cr);
-    cairo_set_source_surface(cr, source, x - srcX, y - srcY);
-    cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
+    if (tk == sk)
+    {
+        cairo_set_source_surface(cr, source, (d.left - s.x) / tk, (d.top - s.y) / tk);
+        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_NEAREST);
+    }
+    else
+    {
+        cairo_set_source_surface(cr, source, x - srcX, y - srcY);
+        cairo_pattern_set_filter(cairo_get_source(cr), CAIRO_FILTER_GOOD);
+    }
     cairo_set_operator(cr, CAIRO_OPERATOR_OVER);
     cairo_paint(cr);
     cairo_restore(cr);
@@ -391,17 +436,22 @@ CSize CDC::GetTextExtent(const CString& text) const
 
 CSize CDC::GetTextExtent(LPCTSTR text, int count) const
 {
-    cairo_t* cr = MeasureContext();
+    // Measured at the scale the text will be drawn at.
+    cairo_t* cr =
+        MeasureContext(m_pOwnBitmap || !m_pTarget ? CToolkit::Scale() : ScaleOf(m_pTarget));
     ApplyFont(cr, m_pSelectedFont);
     cairo_font_extents_t fe;
     cairo_font_extents(cr, &fe);
-    int height = (int)std::ceil(fe.ascent + fe.descent);
-    if (!text || count <= 0)
-        return CSize(0, height);
-    std::string s = SanitizeUtf8(text, (size_t)count);
-    cairo_text_extents_t te;
-    cairo_text_extents(cr, s.c_str(), &te);
-    return CSize((int)std::ceil(te.x_advance), height);
+    CSize size(0, (int)std::ceil(fe.ascent + fe.descent));
+    if (text && count > 0)
+    {
+        std::string s = SanitizeUtf8(text, (size_t)count);
+        cairo_text_extents_t te;
+        cairo_text_extents(cr, s.c_str(), &te);
+        size.cx = (int)std::ceil(te.x_advance);
+    }
+    cairo_destroy(cr);
+    return size;
 }
 
 BOOL CDC::ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString& text, LPINT spacing)
@@ -470,7 +520,10 @@ void CDC::FillSolidRect(int x, int y, int width, int height, COLORREF color)
     cairo_save(cr);
     SetColor(cr, color);
     cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-    cairo_rectangle(cr, x, y, width, height);
+    // Edges on the device pixel grid: no half-covered pixels at any scale.
+    const double k = ScaleOf(m_pTarget);
+    const double l = Snap(x, k), t = Snap(y, k);
+    cairo_rectangle(cr, l, t, Snap(x + width, k) - l, Snap(y + height, k) - t);
     cairo_fill(cr);
     cairo_restore(cr);
 }

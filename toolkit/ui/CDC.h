@@ -9,6 +9,9 @@
 // Raster operations: SRCCOPY draws the source over the destination (opaque
 // pixels replace it exactly); SRCAND and SRCINVERT combine the colour
 // channels bit by bit and keep the destination's alpha.
+// Coordinates are window pixels. Window back buffers and bitmap contexts are
+// made at the toolkit's scale (CToolkit::SetScale), so text, shapes and
+// copies land on device pixels.
 #pragma once
 
 #include "CBitmap.h"
@@ -74,8 +77,9 @@ public:
     void Draw3dRect(LPCRECT rect, COLORREF topLeft, COLORREF bottomRight);
     void DrawLine(int x0, int y0, int x1, int y1, COLORREF color);
 
-    // Pixel access (0x00BBGGRR; alpha is dropped). Out of range gives
-    // 0xFFFFFFFF (CLR_INVALID).
+    // Pixel access (0x00BBGGRR; alpha is dropped). GetPixel reads the device
+    // pixel (x, y) of the target (the same as window pixels at scale 1). Out
+    // of range gives 0xFFFFFFFF (CLR_INVALID).
     COLORREF GetPixel(int x, int y) const;
     COLORREF SetPixel(int x, int y, COLORREF color);
 

@@ -176,7 +176,7 @@ INT_PTR CDialog::DoModal()
         m_pParentWnd->GetWindowRect(&over);
     else
     {
-        CSize s = CToolkit::Backend()->ScreenSize();
+        CSize s = CToolkit::ScreenSize();
         over = CRect(0, 0, s.cx, s.cy);
     }
     int x = over.left + (over.Width() - t->width) / 2;

@@ -123,6 +123,11 @@ void CHeadless::SetModifiers(unsigned modifiers)
     SetKeyModifierState(modifiers);
 }
 
+void CHeadless::SetDesktopScale(double scale)
+{
+    AfxHeadlessSetDesktopScale(scale);
+}
+
 void CHeadless::AdvanceTime(unsigned ms)
 {
     AfxHeadlessAdvance(ms);
@@ -187,19 +192,29 @@ COLORREF CHeadless::GetPixel(CWnd* wnd, int x, int y)
 
 namespace
 {
+// Draws w's back buffer and its visible children; (ox, oy) is w's top-left
+// corner in device pixels.
 void Compose(cairo_t* cr, AFX_WND* w, int ox, int oy)
 {
     if (w->back)
     {
         cairo_surface_flush(w->back);
-        cairo_set_source_surface(cr, w->back, ox, oy);
-        cairo_rectangle(cr, ox, oy, w->rect.Width(), w->rect.Height());
+        double k = 1.0, ky = 1.0;
+        cairo_surface_get_device_scale(w->back, &k, &ky);
+        cairo_save(cr); // the snapshot has the back buffer's scale: pixels 1:1
+        cairo_translate(cr, ox / k, oy / k);
+        cairo_set_source_surface(cr, w->back, 0, 0);
+        cairo_rectangle(cr, 0, 0, w->rect.Width(), w->rect.Height());
         cairo_fill(cr);
+        cairo_restore(cr);
     }
     for (AFX_WND* c : w->children)
     {
         if (c->kind == AFX_KIND_CHILD && c->visible)
-            Compose(cr, c, ox + c->rect.left, oy + c->rect.top);
+        {
+            const CRect at = ToDevice(c->rect);
+            Compose(cr, c, ox + at.left, oy + at.top);
+        }
     }
 }
 } // namespace
@@ -209,8 +224,10 @@ HBITMAP CHeadless::Snapshot(CWnd* wnd)
     if (!wnd || !wnd->m_hWnd)
         return nullptr;
     AFX_WND* w = wnd->m_hWnd;
-    cairo_surface_t* s = cairo_image_surface_create(
-        CAIRO_FORMAT_ARGB32, std::max(w->rect.Width(), 1), std::max(w->rect.Height(), 1));
+    const CSize size = ToDevice(w->rect.Size());
+    cairo_surface_t* s =
+        cairo_image_surface_create(CAIRO_FORMAT_ARGB32, std::max(size.cx, 1), std::max(size.cy, 1));
+    cairo_surface_set_device_scale(s, CToolkit::Scale(), CToolkit::Scale());
     cairo_t* cr = cairo_create(s);
     cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
     Compose(cr, w, 0, 0);

@@ -2,7 +2,8 @@
 // injected as the X11 backend would deliver it, time advances only when told,
 // and every window's last paint can be read back.
 //
-// Points are in the client coordinates of the window given. Mouse input is
+// Points are in the client coordinates of the window given, in device pixels
+// as a window system delivers them (window pixels times CToolkit::Scale()). Mouse input is
 // routed as real input is: to the deepest visible enabled child under the
 // point, or to the capture window when one is set (translated into its
 // coordinates). Keys and characters go to the focus window.
@@ -34,6 +35,10 @@ public:
     // Records a modifier mask (KEYMOD_*) as if an event had carried it.
     static void SetModifiers(unsigned modifiers);
 
+    // The desktop scale the headless backend reports (as X11 reports
+    // Xft.dpi / 96); 0 for none.
+    static void SetDesktopScale(double scale);
+
     // Moves the virtual clock on (timers fire at the next pump).
     static void AdvanceTime(unsigned ms);
     static void Pump() { CToolkit::Pump(); }
@@ -50,11 +55,12 @@ public:
     static bool IsMenuWindow(CWnd* wnd);
     static bool IsDropDownWindow(CWnd* wnd);
 
-    // The window's back buffer: what its last paint (or client DC) drew.
+    // The window's back buffer (device pixels): what its last paint (or
+    // client DC) drew.
     static COLORREF GetPixel(CWnd* wnd, int x, int y); // 0x00BBGGRR
     static uint32_t GetPixelARGB(CWnd* wnd, int x, int y);
-    // The window and its visible children composed, as the screen shows it;
-    // caller owns the image (Attach it to a CBitmap).
+    // The window and its visible children composed, as the screen shows it,
+    // in device pixels; caller owns the image (Attach it to a CBitmap).
     static HBITMAP Snapshot(CWnd* wnd);
     // Number of WM_PAINT messages delivered to the window so far.
     static int PaintCount(CWnd* wnd);

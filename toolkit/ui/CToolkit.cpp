@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cairo.h>
+#include <cmath>
 #include <cstdlib>
 #include <cstring>
 
@@ -76,30 +77,80 @@ const AfxWndClass* FindClass(LPCTSTR name)
     return nullptr;
 }
 
+CRect ToDevice(const CRect& r)
+{
+    const double k = State().scale;
+    return CRect((int)std::lround(r.left * k), (int)std::lround(r.top * k),
+                 (int)std::lround(r.right * k), (int)std::lround(r.bottom * k));
+}
+
+CRect ToDeviceOut(const CRect& r)
+{
+    const double k = State().scale;
+    return CRect((int)std::floor(r.left * k), (int)std::floor(r.top * k),
+                 (int)std::ceil(r.right * k), (int)std::ceil(r.bottom * k));
+}
+
+CSize ToDevice(CSize size)
+{
+    const double k = State().scale;
+    return CSize((int)std::lround(size.cx * k), (int)std::lround(size.cy * k));
+}
+
+CPoint ToWindow(CPoint p)
+{
+    const double k = State().scale;
+    return CPoint((int)std::floor(p.x / k), (int)std::floor(p.y / k));
+}
+
+CRect ToWindowOut(const CRect& r)
+{
+    const double k = State().scale;
+    return CRect((int)std::floor(r.left / k), (int)std::floor(r.top / k),
+                 (int)std::ceil(r.right / k), (int)std::ceil(r.bottom / k));
+}
+
+CSize ToWindow(CSize size)
+{
+    const double k = State().scale;
+    return CSize((int)std::lround(size.cx / k), (int)std::lround(size.cy / k));
+}
+
 void FillImage(HBITMAP image, const CRect& rect, COLORREF color)
 {
     if (!image)
         return;
+    // Whole device pixels: the outward rectangle at the image's own scale.
+    double k = 1.0, ky = 1.0;
+    cairo_surface_get_device_scale(image, &k, &ky);
+    const double l = std::floor(rect.left * k) / k, t = std::floor(rect.top * k) / k;
+    const double r = std::ceil(rect.right * k) / k, b = std::ceil(rect.bottom * k) / k;
     cairo_t* cr = cairo_create(image);
     cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
     cairo_set_source_rgb(cr, GetRValue(color) / 255.0, GetGValue(color) / 255.0,
                          GetBValue(color) / 255.0);
-    cairo_rectangle(cr, rect.left, rect.top, rect.Width(), rect.Height());
+    cairo_rectangle(cr, l, t, r - l, b - t);
     cairo_fill(cr);
     cairo_destroy(cr);
 }
 
 void ResizeBackBuffer(AFX_WND* wnd, CSize size)
 {
-    int w = std::max(size.cx, 1);
-    int h = std::max(size.cy, 1);
+    const CSize device = ToDevice(size);
+    int w = std::max(device.cx, 1);
+    int h = std::max(device.cy, 1);
+    const double k = State().scale;
+    double oldK = 0.0, oldKy = 0.0;
+    if (wnd->back)
+        cairo_surface_get_device_scale(wnd->back, &oldK, &oldKy);
     if (wnd->back && cairo_image_surface_get_width(wnd->back) == w &&
-        cairo_image_surface_get_height(wnd->back) == h)
+        cairo_image_surface_get_height(wnd->back) == h && oldK == k)
         return;
     cairo_surface_t* fresh = cairo_image_surface_create(CAIRO_FORMAT_ARGB32, w, h);
+    cairo_surface_set_device_scale(fresh, k, k);
     bool isNull = true;
     COLORREF bg = BrushColor(wnd->wndClass ? wnd->wndClass->brush : nullptr, &isNull);
-    FillImage(fresh, CRect(0, 0, w, h), isNull ? RGB(0, 0, 0) : bg);
+    FillImage(fresh, CRect(0, 0, size.cx, size.cy), isNull ? RGB(0, 0, 0) : bg);
     if (wnd->back)
     {
         cairo_t* cr = cairo_create(fresh);
@@ -136,10 +187,10 @@ AFX_WND* CreateRecord(CWnd* owner, AfxWndKind kind, AFX_WND* parent, const CRect
     IBackendWindow* parentNative = parent ? EnsureNative(parent) : nullptr;
     if (kind == AFX_KIND_HOST)
     {
-        w->native = backend->CreateNative(w, kind, nullptr, rect, true, hostView);
+        w->native = backend->CreateNative(w, kind, nullptr, ToDevice(rect), true, hostView);
         if (w->native)
         {
-            CSize size = w->native->NativeSize();
+            CSize size = ToWindow(w->native->NativeSize());
             if (size.cx > 0 && size.cy > 0)
             {
                 w->rect.SetRectWin(0, 0, size.cx, size.cy);
@@ -150,11 +201,13 @@ AFX_WND* CreateRecord(CWnd* owner, AfxWndKind kind, AFX_WND* parent, const CRect
     else if (kind == AFX_KIND_CHILD)
     {
         if (parentNative)
-            w->native = backend->CreateNative(w, kind, parentNative, rect, w->visible, nullptr);
+            w->native =
+                backend->CreateNative(w, kind, parentNative, ToDevice(rect), w->visible, nullptr);
     }
     else
     {
-        w->native = backend->CreateNative(w, kind, parentNative, rect, w->visible, nullptr);
+        w->native =
+            backend->CreateNative(w, kind, parentNative, ToDevice(rect), w->visible, nullptr);
     }
     return w;
 }
@@ -164,8 +217,8 @@ IBackendWindow* EnsureNative(AFX_WND* wnd)
     if (!wnd || wnd->nativeGone)
         return nullptr;
     if (!wnd->native && wnd->kind == AFX_KIND_HOST && wnd->hostView)
-        wnd->native =
-            Backend()->CreateNative(wnd, AFX_KIND_HOST, nullptr, wnd->rect, true, wnd->hostView);
+        wnd->native = Backend()->CreateNative(wnd, AFX_KIND_HOST, nullptr, ToDevice(wnd->rect),
+                                              true, wnd->hostView);
     return wnd->native;
 }
 
@@ -226,7 +279,7 @@ CPoint ScreenOrigin(const AFX_WND* wnd)
         return CPoint(p.x + wnd->rect.left, p.y + wnd->rect.top);
     }
     if (wnd->native && !wnd->nativeGone)
-        return wnd->native->ScreenOrigin();
+        return ToWindow(wnd->native->ScreenOrigin());
     return wnd->kind == AFX_KIND_HOST ? CPoint() : wnd->rect.TopLeft();
 }
 
@@ -262,7 +315,7 @@ void Present(AFX_WND* wnd, const CRect& area)
     if (!r.IntersectRect(area, client))
         return;
     cairo_surface_flush(wnd->back);
-    wnd->native->Present(wnd->back, r);
+    wnd->native->Present(wnd->back, ToDeviceOut(r));
 }
 
 COLORREF BrushColor(HBRUSH brush, bool* isNull)
@@ -390,9 +443,11 @@ UINT MouseFlags(unsigned modifiers, bool buttonDown)
 }
 } // namespace
 
-void DeliverMouse(AFX_WND* wnd, UINT message, CPoint point, unsigned modifiers, bool doubleClick)
+void DeliverMouse(AFX_WND* wnd, UINT message, CPoint devicePoint, unsigned modifiers,
+                  bool doubleClick)
 {
     AfxState& s = State();
+    const CPoint point = ToWindow(devicePoint);
     SetKeyModifierState(modifiers);
     if (!IsAlive(wnd))
         return;
@@ -478,8 +533,9 @@ void DeliverChar(AFX_WND* wnd, UINT codePoint, unsigned modifiers)
 
 void DeliverExpose(AFX_WND* wnd, const CRect& area)
 {
+    const CRect r = ToWindowOut(area);
     if (IsAlive(wnd) && wnd->kind != AFX_KIND_HOST)
-        wnd->pWnd->InvalidateRect(&area, FALSE);
+        wnd->pWnd->InvalidateRect(&r, FALSE);
 }
 
 void DeliverClose(AFX_WND* wnd)
@@ -510,8 +566,9 @@ void DeliverNativeGone(AFX_WND* wnd)
     }
 }
 
-void DeliverHostResize(AFX_WND* wnd, CSize size)
+void DeliverHostResize(AFX_WND* wnd, CSize deviceSize)
 {
+    const CSize size = ToWindow(deviceSize);
     if (!IsAlive(wnd) || size == wnd->rect.Size())
         return;
     wnd->rect.SetRectWin(0, 0, size.cx, size.cy);
@@ -565,6 +622,50 @@ uint64_t CToolkit::NowMs()
 int CToolkit::WindowCount()
 {
     return (int)State().windows.size();
+}
+
+void CToolkit::SetScale(double scale)
+{
+    AfxState& s = State();
+    if (!(scale >= 1.0 && scale <= 4.0) || scale == s.scale)
+        return;
+    s.scale = scale;
+    std::vector<AFX_WND*> snapshot = s.windows;
+    for (AFX_WND* w : snapshot)
+    {
+        if (w->kind == AFX_KIND_HOST && w->native && !w->nativeGone)
+        {
+            const CSize size = ToWindow(w->native->NativeSize());
+            if (size.cx > 0 && size.cy > 0)
+                w->rect.SetRectWin(0, 0, size.cx, size.cy);
+        }
+        ResizeBackBuffer(w, w->rect.Size());
+        if (w->native && !w->nativeGone && w->kind != AFX_KIND_HOST)
+            w->native->SetBounds(ToDevice(w->rect));
+        if (w->kind != AFX_KIND_HOST)
+            w->pWnd->Invalidate(TRUE);
+    }
+}
+
+double CToolkit::Scale()
+{
+    return State().scale;
+}
+
+CSize CToolkit::ScreenSize()
+{
+    return ToWindow(AfxImpl::Backend()->ScreenSize());
+}
+
+double CToolkit::DesktopScale()
+{
+    return AfxImpl::Backend()->DesktopScale();
+}
+
+int CToolkit::ConnectionFd()
+{
+    AfxState& s = State();
+    return s.backend ? s.backend->ConnectionFd() : -1;
 }
 
 CWnd* CToolkit::GetModalWindow()

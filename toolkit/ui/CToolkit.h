@@ -43,4 +43,21 @@ public:
 
     // Number of live windows (tests and leak checks).
     static int WindowCount();
+
+    // Device pixels per window pixel (1 to 4; any other value is refused).
+    // Every coordinate the toolkit takes or reports stays in window pixels;
+    // back buffers, bitmap contexts and native windows are made at the
+    // scaled size and drawing lands on device pixels, so nothing is
+    // pixel-doubled. Input from the window system is divided by the scale.
+    // Changing it resizes every existing window and repaints it.
+    static void SetScale(double scale);
+    static double Scale();
+    // The screen's size in window pixels.
+    static CSize ScreenSize();
+    // The scale the desktop asks for (X11: Xft.dpi / 96 from the resource
+    // database), 0 when it says nothing. May open a short-lived connection.
+    static double DesktopScale();
+    // The window-system connection's file descriptor (readable when events
+    // wait; Pump() then handles them), -1 when no connection is open.
+    static int ConnectionFd();
 };

@@ -395,7 +395,7 @@ BOOL CWnd::SetWindowPos(const CWnd*, int x, int y, int cx, int cy, UINT flags)
         if (sized)
             ResizeBackBuffer(w, r.Size());
         if (w->native && !w->nativeGone && w->kind != AFX_KIND_HOST)
-            w->native->SetBounds(r);
+            w->native->SetBounds(ToDevice(r));
         if (w->parent && w->kind == AFX_KIND_CHILD && !(flags & SWP_NOREDRAW))
             w->parent->pWnd->InvalidateRect(&old, TRUE);
         if (sized)

@@ -1,7 +1,8 @@
 // The interface between the toolkit and a window system. The toolkit keeps
 // all window state (tree, geometry, back buffers, timers, focus, capture);
 // a backend only mirrors windows natively, shows back buffers, and reports
-// input through the CToolkit::Deliver* hooks of AfxWndImpl.h.
+// input through the CToolkit::Deliver* hooks of AfxWndImpl.h. Everything a
+// backend sees or reports is in device pixels (the toolkit scales).
 #pragma once
 
 #include <cstdint>
@@ -24,7 +25,8 @@ public:
     // rect: in the parent's client coordinates (screen for top-level kinds).
     virtual void SetBounds(const CRect& rect) = 0;
     virtual void Show(bool visible) = 0;
-    // Copies `area` (client coordinates) of the back buffer to the screen.
+    // Copies `area` (client device pixels) of the back buffer to the screen;
+    // the back buffer carries its scale as its cairo device scale.
     virtual void Present(HBITMAP backBuffer, const CRect& area) = 0;
     virtual void SetFocus() = 0;
     // Window-system keyboard focus for a window inside a host's view (hosts
@@ -58,6 +60,12 @@ public:
     virtual void WaitForEvents(int timeoutMs) = 0;
     virtual uint64_t NowMs() const = 0;
     virtual CSize ScreenSize() const = 0;
+    // Device pixels per window pixel the desktop asks for (X11: Xft.dpi / 96
+    // from the resource database), 0 when it says nothing.
+    virtual double DesktopScale() { return 0.0; }
+    // The file descriptor that becomes readable when events arrive, -1 when
+    // there is none (no connection open, or the headless backend).
+    virtual int ConnectionFd() const { return -1; }
     // Called when the last toolkit window is gone (x11 closes its display).
     virtual void AllWindowsGone() {}
     // False when no window system can deliver input (no display, or the

@@ -48,7 +48,9 @@ public:
     void WaitForEvents(int) override {}
     uint64_t NowMs() const override { return m_Now; }
     CSize ScreenSize() const override { return CSize(1920, 1080); }
+    double DesktopScale() override { return m_DesktopScale; }
     void Advance(unsigned ms) { m_Now += ms; }
+    double m_DesktopScale = 0.0;
 
 private:
     uint64_t m_Now = 1000;
@@ -66,5 +68,14 @@ bool AfxHeadlessAdvance(unsigned ms)
     if (!b || std::strcmp(b->Name(), "headless") != 0)
         return false;
     static_cast<HeadlessBackend*>(b)->Advance(ms);
+    return true;
+}
+
+bool AfxHeadlessSetDesktopScale(double scale)
+{
+    IToolkitBackend* b = AfxImpl::Backend();
+    if (std::strcmp(b->Name(), "headless") != 0)
+        return false;
+    static_cast<HeadlessBackend*>(b)->m_DesktopScale = scale;
     return true;
 }

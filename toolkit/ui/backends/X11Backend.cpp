@@ -15,11 +15,13 @@
 
 #include <X11/Xatom.h>
 #include <X11/Xlib.h>
+#include <X11/Xresource.h>
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
 #include <cairo-xlib.h>
 #include <cairo.h>
 #include <chrono>
+#include <cstdlib>
 #include <poll.h>
 #include <string>
 #include <thread>
@@ -128,6 +130,8 @@ public:
         return CSize(DisplayWidth(m_pDisplay, s), DisplayHeight(m_pDisplay, s));
     }
     void AllWindowsGone() override { CloseDisplay(); }
+    double DesktopScale() override;
+    int ConnectionFd() const override { return Usable() ? ConnectionNumber(m_pDisplay) : -1; }
     bool CanDeliverInput() const override { return Usable(); }
     int EventFd() const override { return Usable() ? ConnectionNumber(m_pDisplay) : -1; }
 
@@ -216,10 +220,14 @@ void X11Window::Present(HBITMAP backBuffer, const CRect& area)
     if (!m_pSurface)
         m_pSurface =
             cairo_xlib_surface_create(m_pBackend->Dpy(), m_Window, m_pVisual, m_Size.cx, m_Size.cy);
+    // The window takes the back buffer's scale, so its pixels copy 1:1.
+    double k = 1.0, ky = 1.0;
+    cairo_surface_get_device_scale(backBuffer, &k, &ky);
+    cairo_surface_set_device_scale(m_pSurface, k, k);
     cairo_t* cr = cairo_create(m_pSurface);
     cairo_set_source_surface(cr, backBuffer, 0, 0);
     cairo_set_operator(cr, CAIRO_OPERATOR_SOURCE);
-    cairo_rectangle(cr, area.left, area.top, area.Width(), area.Height());
+    cairo_rectangle(cr, area.left / k, area.top / k, area.Width() / k, area.Height() / k);
     cairo_fill(cr);
     cairo_destroy(cr);
     cairo_surface_flush(m_pSurface);
@@ -393,6 +401,49 @@ void X11Backend::CloseDisplay()
     m_pDisplay = nullptr;
     g_OurDisplay = nullptr;
     m_bDead = false;
+}
+
+namespace
+{
+// Xft.dpi from the resource database as the root window holds it now (xrdb
+// may have changed it since the connection opened); 0 when absent.
+double ReadXftDpi(Display* d)
+{
+    Atom type = None;
+    int format = 0;
+    unsigned long count = 0, after = 0;
+    unsigned char* data = nullptr;
+    if (XGetWindowProperty(d, DefaultRootWindow(d), XA_RESOURCE_MANAGER, 0, 1 << 20, False,
+                           XA_STRING, &type, &format, &count, &after, &data) != Success ||
+        !data)
+        return 0.0;
+    double dpi = 0.0;
+    XrmInitialize();
+    XrmDatabase db = XrmGetStringDatabase(reinterpret_cast<const char*>(data));
+    char* kind = nullptr;
+    XrmValue value;
+    if (db && XrmGetResource(db, "Xft.dpi", "Xft.Dpi", &kind, &value) && value.addr)
+        dpi = std::atof(value.addr);
+    if (db)
+        XrmDestroyDatabase(db);
+    XFree(data);
+    return dpi > 0.0 ? dpi : 0.0;
+}
+} // namespace
+
+double X11Backend::DesktopScale()
+{
+    XGuard guard;
+    if (Usable())
+        return ReadXftDpi(m_pDisplay) / 96.0;
+    // No window of ours yet (hosts ask for the size before opening): a
+    // short-lived connection of its own.
+    Display* d = XOpenDisplay(nullptr);
+    if (!d)
+        return 0.0;
+    const double dpi = ReadXftDpi(d);
+    XCloseDisplay(d);
+    return dpi / 96.0;
 }
 
 Window X11Backend::TopLevelOf(Window w) const
