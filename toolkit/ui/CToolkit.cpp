@@ -662,12 +662,6 @@ double CToolkit::DesktopScale()
     return AfxImpl::Backend()->DesktopScale();
 }
 
-int CToolkit::ConnectionFd()
-{
-    AfxState& s = State();
-    return s.backend ? s.backend->ConnectionFd() : -1;
-}
-
 CWnd* CToolkit::GetModalWindow()
 {
     AfxState& s = State();

@@ -57,7 +57,4 @@ public:
     // The scale the desktop asks for (X11: Xft.dpi / 96 from the resource
     // database), 0 when it says nothing. May open a short-lived connection.
     static double DesktopScale();
-    // The window-system connection's file descriptor (readable when events
-    // wait; Pump() then handles them), -1 when no connection is open.
-    static int ConnectionFd();
 };

@@ -63,9 +63,6 @@ public:
     // Device pixels per window pixel the desktop asks for (X11: Xft.dpi / 96
     // from the resource database), 0 when it says nothing.
     virtual double DesktopScale() { return 0.0; }
-    // The file descriptor that becomes readable when events arrive, -1 when
-    // there is none (no connection open, or the headless backend).
-    virtual int ConnectionFd() const { return -1; }
     // Called when the last toolkit window is gone (x11 closes its display).
     virtual void AllWindowsGone() {}
     // False when no window system can deliver input (no display, or the

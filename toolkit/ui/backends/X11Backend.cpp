@@ -131,7 +131,6 @@ public:
     }
     void AllWindowsGone() override { CloseDisplay(); }
     double DesktopScale() override;
-    int ConnectionFd() const override { return Usable() ? ConnectionNumber(m_pDisplay) : -1; }
     bool CanDeliverInput() const override { return Usable(); }
     int EventFd() const override { return Usable() ? ConnectionNumber(m_pDisplay) : -1; }
 
