@@ -5,8 +5,14 @@
 
 #include <thread>
 
+#include <cairo.h>
+
+#include <cmath>
+
 #include "CInDeEsser.h"
+#include "EditorScale.h"
 #include "ParamTable.h"
+#include "TestFiles.h"
 
 namespace
 {
@@ -166,4 +172,95 @@ TEST(EditorBridge, MessagesShowOnlyWhileOpenAndCallbacksNeedAPanel)
     EXPECT_FALSE(missing.LoadResourceBitmap(4999));
     EXPECT_EQ(0, missing.Width());
     EXPECT_EQ(0, missing.Height());
+}
+
+// The scale's sources in their order, each saying nothing when it has no
+// usable number; the desktop is asked only when nothing before it answered.
+TEST(EditorScale, SourcesInOrderEachClampedOrIgnored)
+{
+    static double desktop = 0.0;
+    static int desktopAsked = 0;
+    auto ask = [] { return ++desktopAsked, desktop; };
+    const struct
+    {
+        double host;
+        const char* environment;
+        double desktopScale;
+        double expected;
+        bool asksDesktop;
+    } cases[] = {
+        {2.0, "3", 4.0, 2.0, false},       // the host first
+        {1.25, nullptr, 0.0, 1.25, false}, // any decimal
+        {9.0, nullptr, 0.0, 4.0, false},   // outside 1..4: the nearer end
+        {0.5, nullptr, 0.0, 1.0, false},
+        {0.0, "1.5", 2.0, 1.5, false}, // then DEESSER_UI_SCALE
+        {0.0, " 3 ", 2.0, 3.0, false},
+        {0.0, "6", 2.0, 4.0, false},
+        {-1.0, "2x", 2.0, 2.0, true}, // not a number: the desktop's turn
+        {std::nan(""), "", 2.0, 2.0, true},
+        {0.0, "0", 192.0 / 96.0, 2.0, true}, // Xft.dpi / 96
+        {0.0, nullptr, 144.0 / 96.0, 1.5, true},
+        {0.0, nullptr, 120.0 / 96.0, 1.25, true},
+        {0.0, nullptr, 100.0 / 96.0, 1.0, true}, // to the nearest quarter
+        {0.0, nullptr, 72.0 / 96.0, 1.0, true},
+        {0.0, nullptr, 0.0, 1.0, true}, // nothing anywhere
+    };
+    for (const auto& c : cases)
+    {
+        desktop = c.desktopScale;
+        desktopAsked = 0;
+        EXPECT_DOUBLE_EQ(c.expected, ResolveEditorScale(c.host, c.environment, ask))
+            << c.host << " " << (c.environment ? c.environment : "-") << " " << c.desktopScale;
+        EXPECT_EQ(c.asksDesktop, desktopAsked == 1) << c.host;
+    }
+}
+
+// The VST host's scale ('PreS'/'AeCs', scale in opt) sizes the editor before
+// it opens; while open a new scale resizes every window and back buffer and
+// asks the host for the new size; withdrawing it goes back to the desktop's.
+TEST(EditorBridge, HostScaleSizesTheEditorAndResizesItWhileOpen)
+{
+    const VstInt32 kPreS = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
+    const VstIntPtr kAeCs = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
+    ScopedEnv noEnvironment("DEESSER_UI_SCALE", nullptr);
+    auto effect = MakeEffect();
+    auto rect = [&]
+    {
+        ERect* r = nullptr;
+        effect->dispatcher(effEditGetRect, 0, 0, &r, 0.f);
+        return CSize(r->right - r->left, r->bottom - r->top);
+    };
+    CHeadless::SetDesktopScale(1.5);
+    EXPECT_EQ(CSize(690, 315), rect());
+    EXPECT_EQ(1, effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 2.f));
+    EXPECT_EQ(0, effect->dispatcher(effVendorSpecific, kPreS, 0, nullptr, 3.f)); // not ours
+    EXPECT_EQ(CSize(920, 420), rect());
+
+    ASSERT_EQ(1, Open(effect.get()));
+    CUIWindow* panel = EditorOf(effect.get())->GetUIWindow();
+    CBitmap back;
+    back.Attach(CHeadless::Snapshot(panel));
+    EXPECT_EQ(920, cairo_image_surface_get_width(back.GetHandle()));
+    EXPECT_EQ(CSize(460, 210), back.GetSize()); // the panel's own size stays
+
+    HostCalls().clear();
+    effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 3.f);
+    EXPECT_EQ(CSize(1380, 630), rect());
+    ASSERT_EQ(1u, HostCalls().size());
+    EXPECT_EQ(audioMasterSizeWindow, HostCalls()[0].opcode);
+    EXPECT_EQ(1380, HostCalls()[0].index);
+    EXPECT_EQ(630, HostCalls()[0].value);
+    back.Attach(CHeadless::Snapshot(panel));
+    EXPECT_EQ(1380, cairo_image_surface_get_width(back.GetHandle()));
+    // The images drawn for the scale, not enlarged.
+    EXPECT_EQ(1380, cairo_image_surface_get_width(EditorOf(effect.get())->GetBackground()));
+
+    HostCalls().clear();
+    effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 3.f); // no change: no call
+    effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 0.f); // withdrawn: the desktop
+    EXPECT_EQ(CSize(690, 315), rect());
+    ASSERT_EQ(1u, HostCalls().size());
+    Close(effect.get());
+    CHeadless::SetDesktopScale(0.0);
+    EXPECT_EQ(CSize(460, 210), rect());
 }

@@ -13,10 +13,10 @@ std::vector<RecordedHostCall>& HostCalls()
     return calls;
 }
 
-VstIntPtr RecordingHostCallback(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr, void*,
+VstIntPtr RecordingHostCallback(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr value, void*,
                                 float opt)
 {
-    HostCalls().push_back({opcode, index, opt});
+    HostCalls().push_back({opcode, index, opt, value});
     if (opcode == audioMasterVersion)
         return 2400;
     return 0;

@@ -19,6 +19,7 @@ struct RecordedHostCall
     VstInt32 opcode;
     VstInt32 index;
     float opt;
+    VstIntPtr value;
 };
 
 // Every host call of every effect made in this process, in order.

@@ -5,7 +5,12 @@
 
 #include <cmath>
 
+#include <cairo.h>
+
 #include "ParamTable.h"
+#include "ReferencePicture.h"
+#include "TestFiles.h"
+#include "TestSignal.h"
 
 namespace
 {
@@ -250,4 +255,46 @@ TEST_F(PanelPaint, IdleRedrawsOnlyWhatChanged)
     Process(1.f, 11025.0); // peak exactly 1: 0 dB, row 19
     Idle(1);
     EXPECT_TRUE(VUShows(0, 19));
+}
+
+// The whole panel painted off-screen while a vocal runs, at 1x and at 2x,
+// against checked-in pictures (the 2x one is the README's). At 2x the panel
+// is drawn from the artwork drawn for 2x: twice the pixels each way, nothing
+// enlarged. The 2x scale comes from the desktop here, as Xft.dpi gives it.
+TEST(PanelPicture, RunningPanelMatchesItsReferenceAtOneAndTwoTimes)
+{
+    ScopedEnv noEnvironment("DEESSER_UI_SCALE", nullptr);
+    for (double scale : {1.0, 2.0})
+    {
+        CHeadless::SetDesktopScale(scale);
+        ADeEsser effect(RecordingHostCallback);
+        effect.dispatcher(effOpen, 0, 0, nullptr, 0.f);
+        effect.dispatcher(effSetSampleRate, 0, 0, nullptr, 44100.f);
+        effect.dispatcher(effMainsChanged, 0, 1, nullptr, 0.f);
+        effect.setParameter(kParamThreshold, 0.7f); // -30 dB: the reduction meter moves
+        effect.setParameter(kParamRatio, 0.4f);
+        effect.setParameter(kParamAutoThreshold, 0.f);
+        ASSERT_EQ(1, effect.dispatcher(effEditOpen, 0, 0, (void*)0x1, 0.f));
+        const testsignal::Vocal vocal(12 * 256); // ends inside a sibilant burst
+        std::vector<float> l(256), r(256);
+        for (int block = 0; block < 12; ++block)
+        {
+            float* in[2] = {const_cast<float*>(&vocal.left[block * 256]),
+                            const_cast<float*>(&vocal.right[block * 256])};
+            float* out[2] = {l.data(), r.data()};
+            effect.processReplacing(in, out, 256);
+            effect.dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
+        }
+        CUIWindow* panel = static_cast<CDeEsserEditor*>(effect.getEditor())->GetUIWindow();
+        panel->SendMessage(WM_PAINT);
+        CBitmap shot;
+        shot.Attach(CHeadless::Snapshot(panel));
+        const std::string name = scale == 1.0 ? "panel_headless.png" : "panel_headless@2x.png";
+        EXPECT_EQ(scale * 460, cairo_image_surface_get_width(shot.GetHandle()));
+        EXPECT_TRUE(MatchesReferencePicture(shot.GetHandle(),
+                                            std::string(EDITOR_REFERENCE_DIR) + "/" + name,
+                                            std::string(EDITOR_SCREENSHOT_DIR) + "/" + name));
+        effect.dispatcher(effEditClose, 0, 0, nullptr, 0.f);
+    }
+    CHeadless::SetDesktopScale(0.0);
 }

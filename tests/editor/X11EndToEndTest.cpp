@@ -9,6 +9,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <X11/Xatom.h>
 #include <X11/Xlib.h>
 #include <X11/Xutil.h>
 #include <X11/keysym.h>
@@ -25,6 +26,7 @@
 #include <vector>
 
 #include "HostHarness.h"
+#include "ReferencePicture.h"
 #include "TestFiles.h"
 
 namespace
@@ -210,6 +212,41 @@ protected:
         return s;
     }
 
+    // A drag on the Threshold knob through XTest with the editor open at
+    // `scale`: screen points are panel points times the scale.
+    void DragThreshold(double scale)
+    {
+        // Start away from both ends: a knob resting at an end keeps to it
+        // while the pointer is on the far side of the dead zone.
+        effect->setParameter(effect, 3, 0.5f);
+        Idle(2);
+        int ox = 0, oy = 0;
+        Window child;
+        XTranslateCoordinates(display, hostWindow, DefaultRootWindow(display), 0, 0, &ox, &oy,
+                              &child);
+        // The screen pixel whose panel pixel is (x, y) from the knob's centre.
+        auto moveTo = [&](int x, int y)
+        {
+            XTestFakeMotionEvent(display, -1, ox + (int)std::ceil((262 + 17 + x) * scale),
+                                 oy + (int)std::ceil((66 + 17 + y) * scale), 0);
+            XFlush(display);
+            Idle(4);
+        };
+        moveTo(-10, 0); // left: 0.2
+        XTestFakeButtonEvent(display, 1, True, 0);
+        XFlush(display);
+        Idle(4);
+        EXPECT_NEAR(0.2f, effect->getParameter(effect, 3), 1e-4);
+        moveTo(0, -12); // up: 0.5
+        moveTo(12, 0);  // right: 0.8
+        moveTo(40, 20); // outside the knob: the capture keeps the drag
+        XTestFakeButtonEvent(display, 1, False, 0);
+        XFlush(display);
+        Idle(4);
+        // (40, 20) from the centre: atan2 clockwise from down = 296.57 deg.
+        EXPECT_NEAR((296.565 - 30.0) / 300.0, effect->getParameter(effect, 3), 1e-3);
+    }
+
     static uint32_t Pixel(cairo_surface_t* s, int x, int y)
     {
         const unsigned char* data = cairo_image_surface_get_data(s);
@@ -323,40 +360,8 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
     }
     cairo_surface_t* shot = Screenshot();
     ASSERT_NE(nullptr, shot);
-    const std::string reference = EDITOR_REFERENCE_PNG;
-    const char* update = getenv("DEESSER_UPDATE_REFERENCE");
-    if (update && *update == '1')
-    {
-        EXPECT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_write_to_png(shot, reference.c_str()));
-        cairo_surface_destroy(shot);
-        GTEST_SKIP() << "wrote " << reference;
-    }
-    cairo_surface_write_to_png(
-        shot, (std::string(EDITOR_SCREENSHOT_DIR) + "/editor_running.png").c_str());
-    cairo_surface_t* expected = cairo_image_surface_create_from_png(reference.c_str());
-    ASSERT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_status(expected)) << reference;
-    ASSERT_EQ(width, cairo_image_surface_get_width(expected));
-    ASSERT_EQ(height, cairo_image_surface_get_height(expected));
-    // Small tolerance for font rasterisation: channels within 32 on all but
-    // 0.5 % of the pixels, and a small mean difference.
-    long off = 0;
-    double sum = 0;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-        {
-            const uint32_t a = Pixel(shot, x, y), b = Pixel(expected, x, y);
-            int worst = 0;
-            for (int shift : {0, 8, 16})
-            {
-                const int d = std::abs((int)((a >> shift) & 0xFF) - (int)((b >> shift) & 0xFF));
-                worst = std::max(worst, d);
-                sum += d;
-            }
-            off += worst > 32;
-        }
-    EXPECT_LT(off, width * height / 200) << "pixels off; see editor_running.png";
-    EXPECT_LT(sum / (3.0 * width * height), 2.0);
-    cairo_surface_destroy(expected);
+    EXPECT_TRUE(MatchesReferencePicture(
+        shot, EDITOR_REFERENCE_PNG, std::string(EDITOR_SCREENSHOT_DIR) + "/editor_running.png"));
     cairo_surface_destroy(shot);
 }
 
@@ -367,38 +372,62 @@ TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
     MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
     Idle(10);
-    // Start away from both ends: a knob resting at an end keeps to it while
-    // the pointer is on the far side of the dead zone.
-    effect->setParameter(effect, 3, 0.5f);
-    Idle(2);
-    const float before = effect->getParameter(effect, 3);
+    DragThreshold(1.0);
+}
 
-    int ox = 0, oy = 0;
-    Window child;
-    XTranslateCoordinates(display, hostWindow, DefaultRootWindow(display), 0, 0, &ox, &oy, &child);
-    const int cx = ox + 262 + 17, cy = oy + 66 + 17; // the knob's centre
-    auto moveTo = [&](int x, int y)
+// The scale from the environment and from Xft.dpi in the X resource database
+// (as xrdb sets it): the editor reports the scaled size, covers all of the
+// host's window, and a drag at scaled screen coordinates moves the Threshold
+// knob exactly as at 1x (the panel sees the pointer divided by the scale).
+TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
+{
+    if (!HasXTest())
+        GTEST_SKIP() << "no XTest extension";
+    const struct
     {
-        XTestFakeMotionEvent(display, -1, x, y, 0);
-        XFlush(display);
-        Idle(4);
+        const char* environment; // DEESSER_UI_SCALE
+        const char* resources;   // the root window's resource database
+        double scale;
+        int width, height;
+    } cases[] = {
+        {"2", nullptr, 2.0, 920, 420},
+        {nullptr, "Xft.dpi:\t192\n", 2.0, 920, 420},
+        {"1.5", "Xft.dpi:\t192\n", 1.5, 690, 315}, // the environment comes first
     };
-    moveTo(cx - 10, cy); // left: 0.2
-    XTestFakeButtonEvent(display, 1, True, 0);
-    XFlush(display);
-    Idle(4);
-    EXPECT_NEAR(0.2f, effect->getParameter(effect, 3), 1e-4);
-    moveTo(cx, cy - 12);      // up: 0.5
-    moveTo(cx + 12, cy);      // right: 0.8
-    moveTo(cx + 40, cy + 20); // outside the knob: the capture keeps the drag
-    XTestFakeButtonEvent(display, 1, False, 0);
-    XFlush(display);
-    Idle(4);
+    const Window root = DefaultRootWindow(display);
+    for (const auto& c : cases)
+    {
+        SCOPED_TRACE(c.scale);
+        ScopedEnv env("DEESSER_UI_SCALE", c.environment);
+        if (c.resources)
+            XChangeProperty(display, root, XA_RESOURCE_MANAGER, XA_STRING, 8, PropModeReplace,
+                            reinterpret_cast<const unsigned char*>(c.resources),
+                            (int)std::strlen(c.resources));
+        else
+            XDeleteProperty(display, root, XA_RESOURCE_MANAGER);
+        XSync(display, False);
 
-    const float after = effect->getParameter(effect, 3);
-    EXPECT_NE(before, after);
-    // (40, 20) from the centre: atan2 clockwise from down = 296.57 deg.
-    EXPECT_NEAR((296.565 - 30.0) / 300.0, after, 1e-3);
+        MakeHostWindow();
+        EXPECT_EQ(c.width, width);
+        EXPECT_EQ(c.height, height);
+        ASSERT_TRUE(OpenEditor());
+        Idle(10);
+        cairo_surface_t* shot = Screenshot();
+        ASSERT_NE(nullptr, shot);
+        int magenta = 0;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                magenta += Pixel(shot, x, y) == 0xFF00FF;
+        EXPECT_EQ(0, magenta);
+        cairo_surface_destroy(shot);
+        DragThreshold(c.scale);
+
+        Dispatch(effEditClose);
+        XDestroyWindow(display, hostWindow);
+        hostWindow = 0;
+        XDeleteProperty(display, root, XA_RESOURCE_MANAGER);
+        XSync(display, False);
+    }
 }
 
 TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
