@@ -112,6 +112,14 @@ TEST_F(ClapEditor, EmbedsPaintsReportsADragAndGoesAwayCleanly)
     EXPECT_GT(w, 100u);
     EXPECT_GT(h, 100u);
     EXPECT_FALSE(gui->setSize(p, w + 1, h)); // fixed size
+    // The host's scale reaches the editor, which then reports its new size.
+    uint32_t w2 = 0, h2 = 0;
+    ASSERT_TRUE(gui->setScale(p, 2.0));
+    ASSERT_TRUE(gui->getSize(p, &w2, &h2));
+    EXPECT_EQ(w2, 2 * w);
+    EXPECT_EQ(h2, 2 * h);
+    EXPECT_FALSE(gui->setScale(p, 0.5));
+    ASSERT_TRUE(gui->setScale(p, 1.0));
 
     clap::Window window{clap::kWindowApiX11, {}};
     window.x11 = parent;
