@@ -1,5 +1,6 @@
 // Command-line parsing and the five commands of the deesser host.
 #include "Commands.h"
+#include "Analysis.h"
 #include "CJsonWriter.h"
 #include "CArgs.h"
 #include "COutputFile.h"
@@ -32,6 +33,8 @@ const char kUsage[] =
     "\n"
     "  render IN OUT | render IN... --out-dir DIR\n"
     "      process sound files through the plug-in and print a before/after summary\n"
+    "  analyze IN...\n"
+    "      levels, sibilance, and per program the threshold for a 6 dB reduction\n"
     "  programs [NAME|NUMBER]\n"
     "      the plug-in's programs with their settings\n"
     "  demo [--out-dir DIR]\n"
@@ -619,6 +622,7 @@ int RunDeEsser(int argc, char** argv)
 {
     static const Command commands[] = {
         {"render", CmdRender, kRenderHelp},
+        {"analyze", CmdAnalyze, kAnalyzeHelp},
         {"programs", CmdPrograms, kProgramsHelp},
         {"demo", CmdDemo, kDemoHelp},
         {"info", CmdInfo, kInfoHelp},

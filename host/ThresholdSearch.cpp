@@ -377,12 +377,11 @@ void TargetJson(CJsonWriter& j, const TargetChoice& c, double reachedSib, double
         .Number("sibilance_change_db", c.predicted.sibilance - c.fixed.sibilance)
         .Number("voice_change_db", c.predicted.voice - c.fixed.voice)
         .EndObject();
-    j.BeginObject("reached");
-    if (std::isnan(reachedSib))
-        j.Null("sibilance_change_db").Null("voice_change_db");
-    else
-        j.Number("sibilance_change_db", reachedSib).Number("voice_change_db", reachedVoice);
-    j.EndObject();
+    if (!std::isnan(reachedSib))
+        j.BeginObject("reached")
+            .Number("sibilance_change_db", reachedSib)
+            .Number("voice_change_db", reachedVoice)
+            .EndObject();
     j.String("note", c.note);
     j.EndObject();
 }

@@ -78,7 +78,8 @@ TargetChoice MeasureForTarget(CVstHost& host, const FileJob& job,
                               const std::vector<std::pair<int, int>>& lanes, double targetDb);
 
 // Report lines: what was chosen and what it was predicted to do, and (when
-// the render was measured) what it reached; reached values NaN when not.
+// the render was measured) what it reached; reached values NaN when not
+// (the JSON then has no "reached" object).
 std::string TargetSummaryText(const TargetChoice& choice, double reachedSibilance,
                               double reachedVoice);
 void TargetJson(CJsonWriter& json, const TargetChoice& choice, double reachedSibilance,
