@@ -9,6 +9,7 @@ packages=(
     lv2-dev liblilv-dev lilv-utils sordi
     xvfb fonts-ipafont-gothic
     zam-plugins
+    fillets-ng-data-cs
 )
 
 missing=()
