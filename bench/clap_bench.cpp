@@ -1,13 +1,16 @@
-// Cost per stereo frame of the two built plug-ins side by side, each loaded
+// Cost per stereo frame of the built plug-ins side by side, each loaded
 // through its own entry as a host loads it: DeEsser.so (VSTPluginMain,
-// processReplacing on copies of the input, which the effect scales in place)
-// and DeEsser.clap (clap_entry, process() with the host's buffers; the
-// wrapper copies the input itself). 44.1 kHz, blocks of 256, the vocal-like
-// signal, threshold -30 dB, ratio 4, auto threshold off, side-chain and
-// split-band mode. Run with --benchmark_repetitions: "_min" is the least
-// disturbed measure on a shared machine.
+// processReplacing on copies of the input, which the effect scales in place),
+// DeEsser.clap (clap_entry, process() with the host's buffers; the wrapper
+// copies the input itself) and DeEsser.lv2 (through lilv, run() likewise). 44.1 kHz, blocks of 256,
+// the vocal-like signal, threshold -30 dB, ratio 4, auto threshold off, side-chain and split-band
+// mode. Run with --benchmark_repetitions: "_min" is the least disturbed measure on a shared
+// machine.
 #include "ClapTestHost.h"
 #include "HostHarness.h"
+#ifdef DEESSER_LV2_BUNDLE
+#include "Lv2TestHost.h"
+#endif
 #include "ParamTable.h"
 #include "TestSignal.h"
 #include "TestFiles.h"
@@ -90,6 +93,33 @@ void BM_ClapEntry(benchmark::State& state)
     Report(state);
 }
 
+#ifdef DEESSER_LV2_BUNDLE
+// DeEsser.lv2 through lilv, its control ports in display units.
+void BM_Lv2Run(benchmark::State& state)
+{
+    UseScratchSettings();
+    const testsignal::Vocal& s = Signal();
+    CLv2TestHost host(DEESSER_LV2_BUNDLE, "urn:korvaine:comp2");
+    CLv2TestInstance fx(host, 44100.0);
+    if (!fx.Raw())
+        return state.SkipWithError("DeEsser.lv2 does not load");
+    fx.Set("threshold", -30.f);
+    fx.Set("ratio", 4.f);
+    fx.Set("auto_threshold", 0.f);
+    fx.Set("side_chain", state.range(0) != 0 ? 1.f : 0.f);
+    fx.Activate();
+    std::vector<float> outL(kBlock), outR(kBlock);
+    int pos = 0;
+    for (auto _ : state)
+    {
+        fx.Run(s.left.data() + pos, s.right.data() + pos, outL.data(), outR.data(), kBlock);
+        benchmark::DoNotOptimize(outL.data());
+        pos = pos + kBlock < kFrames ? pos + kBlock : 0;
+    }
+    Report(state);
+}
+#endif
+
 double Min(const std::vector<double>& v)
 {
     return *std::min_element(v.begin(), v.end());
@@ -97,6 +127,9 @@ double Min(const std::vector<double>& v)
 // 1: side-chain mode, 0: split-band mode.
 BENCHMARK(BM_VstEntry)->ArgName("sidechain")->Arg(1)->Arg(0)->ComputeStatistics("min", Min);
 BENCHMARK(BM_ClapEntry)->ArgName("sidechain")->Arg(1)->Arg(0)->ComputeStatistics("min", Min);
+#ifdef DEESSER_LV2_BUNDLE
+BENCHMARK(BM_Lv2Run)->ArgName("sidechain")->Arg(1)->Arg(0)->ComputeStatistics("min", Min);
+#endif
 } // namespace
 
 BENCHMARK_MAIN();
