@@ -1,0 +1,136 @@
+#!/usr/bin/env bash
+# Extended test, not part of scripts/test.sh: the built DeEsser.lv2 in Ardour 7
+# (Debian's `ardour`), headless. Ardour's own controls set Threshold -30 dB,
+# Ratio 4 and LowFreq 6000 Hz (LV2 ports in display units); the session is
+# saved and reloaded (the bank travels in Ardour's LV2 state), the values are
+# read back, and the demo's vocal-like signal is rendered through the track.
+# Passes when the values read back as set, the rendered samples equal those of
+# the VST 2.4 build rendered by `deesser render` with the same settings, and
+# the 5-9 kHz band drops by at least 6 dB.
+#
+#   bash scripts/check-ardour-lv2.sh    # KEEP=1 keeps the scratch folder
+set -euo pipefail
+cd "$(dirname "$0")/.."
+root=$(pwd)
+build=$root/build/release
+
+need=()
+command -v ardour7-lua >/dev/null || need+=(ardour)
+command -v sox >/dev/null || need+=(sox)
+if [ "${#need[@]}" -gt 0 ]; then
+    sudo=""
+    [ "$(id -u)" -eq 0 ] || sudo="sudo"
+    $sudo apt-get update -qq
+    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${need[@]}"
+fi
+
+[ -f "$build/build.ninja" ] || cmake --preset release >/dev/null
+cmake --build --preset release --target lv2_bundle DeEsser deesser >/dev/null
+
+work=$(mktemp -d /tmp/deesser-ardour-lv2-XXXXXX)
+if [ "${KEEP:-0}" = 1 ]; then
+    echo "check-ardour-lv2: scratch folder $work"
+else
+    trap 'rm -rf "$work"' EXIT
+fi
+export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share \
+    XDG_CACHE_HOME=$work/home/.cache
+mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$work/lv2"
+# The bundle as installed, with the system's LV2 specifications.
+cp -r "$build/lv2-bundle/DeEsser.lv2" "$work/lv2/"
+export LV2_PATH=$work/lv2:/usr/lib/lv2
+
+# The vocal-like test signal: the demo's synthetic voice (4 s, mono), as stereo.
+"$build/host/deesser" demo --out-dir "$work/signal" --plugin "$build/DeEsser.so" >/dev/null
+sox "$work/signal/demo-in.wav" -e floating-point -b 32 "$work/vocal.wav" remix 1 1 2>/dev/null
+signal=$work/vocal.wav
+frames=$(soxi -s "$signal" 2>/dev/null)
+
+name=check
+session=$work/$name
+# Ardour numbers the plug-in's control ports from 0 in port order:
+# threshold 0, ratio 1, attack 2, release 3, low_freq 4, ...
+cat >"$work/build.lua" <<EOF2
+AudioEngine:set_backend("None (Dummy)", "", "")
+assert(create_session("$session", "$name", 44100), "no session")
+local track = Session:new_audio_track(2, 2, nil, 1, "voice", -1, ARDOUR.TrackMode.Normal, true):front()
+local region = track:bounce_range(0, $frames, ARDOUR.InterThreadInfo(), track:main_outs(), false, "")
+track:playlist():add_region(region, Temporal.timepos_t(0), 1, false, 0, 0, false)
+local ar = region:to_audioregion()
+for c = 0, ar:n_channels() - 1 do
+    print("SOURCE " .. ar:source(c):to_filesource():path())
+end
+local plugin = ARDOUR.LuaAPI.new_plugin(Session, "urn:korvaine:comp2", ARDOUR.PluginType.LV2, "")
+assert(not plugin:isnil(), "urn:korvaine:comp2 not found")
+assert(track:add_processor_by_index(plugin, 0, nil, true), "plug-in not added")
+for _, p in ipairs({{0, -30}, {1, 4}, {4, 6000}}) do
+    assert(ARDOUR.LuaAPI.set_processor_param(plugin, p[1], p[2]), "refused: parameter " .. p[1])
+end
+assert(not ARDOUR.LuaAPI.set_processor_param(plugin, 0, -150), "Ardour took -150 dB")
+Session:save_state("")
+close_session()
+EOF2
+ardour7-lua "$work/build.lua" >"$work/build.log" 2>&1 || { cat "$work/build.log" >&2; exit 1; }
+mapfile -t sources < <(sed -n 's/^SOURCE //p' "$work/build.log")
+[ "${#sources[@]}" -eq 2 ] || { echo "check-ardour-lv2: no stereo region" >&2; cat "$work/build.log" >&2; exit 1; }
+for s in "${sources[@]}"; do
+    sox "$signal" -e floating-point -b 32 "$s" remix 1 2>/dev/null
+done
+
+cat >"$work/render.lua" <<EOF2
+AudioEngine:set_backend("None (Dummy)", "", "")
+assert(load_session("$session", "$name"), "session does not load")
+local track = Session:route_by_name("voice"):to_track()
+local plugin = track:nth_plugin(0)
+assert(not plugin:isnil(), "plug-in gone after reload")
+print("NAME " .. plugin:display_name())
+for _, i in ipairs({0, 1, 4}) do
+    print(string.format("PARAM %d %.9g", i, ARDOUR.LuaAPI.get_processor_param(plugin, i)))
+end
+local out = track:bounce_range(0, $frames, ARDOUR.InterThreadInfo(), track:main_outs(), false, "")
+local ar = out:to_audioregion()
+for c = 0, ar:n_channels() - 1 do
+    print("RENDERED " .. ar:source(c):to_filesource():path())
+end
+close_session()
+EOF2
+ardour7-lua "$work/render.lua" >"$work/render.log" 2>&1 || { cat "$work/render.log" >&2; exit 1; }
+mapfile -t rendered < <(sed -n 's/^RENDERED //p' "$work/render.log")
+[ "${#rendered[@]}" -eq 2 ] || { echo "check-ardour-lv2: nothing rendered" >&2; cat "$work/render.log" >&2; exit 1; }
+
+# The VST 2.4 build with the same settings (its programs at the built-in
+# defaults: no bank beside the copy, none in the scratch settings folder).
+mkdir -p "$work/vst"
+cp "$build/DeEsser.so" "$work/vst/"
+"$build/host/deesser" render "$signal" "$work/vst.wav" --plugin "$work/vst/DeEsser.so" \
+    --set Threshold=-30 --set Ratio=4 --set LowFreq=6000 >/dev/null
+
+failed=0
+echo "check-ardour-lv2: Ardour $(dpkg-query -W -f '${Version}' ardour 2>/dev/null || echo '(version unknown)')"
+echo "  plug-in: $(sed -n 's/^NAME //p' "$work/render.log")"
+for expect in "0 -30" "1 4" "4 6000"; do
+    set -- $expect
+    value=$(sed -n "s/^PARAM $1 //p" "$work/render.log")
+    if [ "$value" = "$2" ]; then
+        echo "  control $1 reads back $value after the reload"
+    else
+        echo "  FAIL: control $1 reads back '$value', expected $2"
+        failed=1
+    fi
+done
+sox -M "${rendered[0]}" "${rendered[1]}" -t f32 "$work/ardour.raw" 2>/dev/null
+sox "$work/vst.wav" -t f32 "$work/vst.raw" 2>/dev/null
+if cmp -s "$work/ardour.raw" "$work/vst.raw"; then
+    echo "  rendered samples: identical to the VST 2.4 build's ($frames frames, 2 channels)"
+else
+    echo "  FAIL: Ardour's render differs from the VST 2.4 build's: $(cmp "$work/ardour.raw" "$work/vst.raw" | head -1)"
+    failed=1
+fi
+band_db() { sox "$1" -n remix 1 sinc 5000-9000 stats 2>&1 | awk '/RMS lev dB/ { print $4 }'; }
+sib_in=$(band_db "$signal")
+sib_out=$(band_db "${rendered[0]}")
+sib=$(awk -v a="$sib_out" -v b="$sib_in" 'BEGIN { printf "%.1f", a - b }')
+echo "  5-9 kHz band: $sib_in dB in, $sib_out dB out: $sib dB"
+awk -v d="$sib" 'BEGIN { exit !(d <= -6) }' || { echo "  FAIL: the 5-9 kHz band drops by less than 6 dB"; failed=1; }
+[ "$failed" = 0 ] && echo "check-ardour-lv2: passed" || echo "check-ardour-lv2: FAILED"
+exit "$failed"
