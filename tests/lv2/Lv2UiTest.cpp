@@ -13,11 +13,13 @@
 #include <dlfcn.h>
 #include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
+#include <lv2/state/state.h>
 #include <lv2/ui/ui.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -180,6 +182,16 @@ protected:
         return out;
     }
 
+    static const void* Retrieve(LV2_State_Handle h, uint32_t, size_t* size, uint32_t* type,
+                                uint32_t*)
+    {
+        auto* self = static_cast<Lv2Ui*>(h);
+        *size = self->m_RestoreBank->size();
+        *type = self->m_Host.Map(LV2_ATOM__Chunk);
+        return self->m_RestoreBank->data();
+    }
+
+    std::vector<uint8_t>* m_RestoreBank = nullptr;
     TempDir m_Config;
     ScopedEnv m_Env{"XDG_CONFIG_HOME", m_Config.path().c_str()};
     CLv2TestHost m_Host{DEESSER_LV2_BUNDLE, kUri};
@@ -247,6 +259,30 @@ TEST_F(Lv2Ui, OpensInTheParentIdlesPaintsFollowsPortsAndCloses)
         EXPECT_EQ(m_UiHost.writes.back().first, kThresholdPort);
         EXPECT_NEAR(m_UiHost.writes.back().second, -20.f, 0.1f);
     }
+
+    // A bank restored by the host while open (its current program's
+    // Threshold at 0.55: -45 dB) reaches the host's port too.
+    auto* state = static_cast<const LV2_State_Interface*>(
+        lilv_instance_get_extension_data(m_Instance->Raw(), LV2_STATE__interface));
+    std::vector<uint8_t> bank;
+    LV2_State_Store_Function store =
+        [](LV2_State_Handle h, uint32_t, const void* v, size_t n, uint32_t, uint32_t)
+    {
+        auto* b = static_cast<std::vector<uint8_t>*>(h);
+        b->assign(static_cast<const uint8_t*>(v), static_cast<const uint8_t*>(v) + n);
+        return LV2_STATE_SUCCESS;
+    };
+    ASSERT_EQ(state->save(lilv_instance_get_handle(m_Instance->Raw()), store, &bank, 0, nullptr),
+              LV2_STATE_SUCCESS);
+    int32_t current = 0;
+    std::memcpy(&current, bank.data() + 68, sizeof(current));
+    const float threshold = 0.55f;
+    std::memcpy(bank.data() + 72 * current + 4 * 3, &threshold, sizeof(threshold));
+    m_RestoreBank = &bank;
+    state->restore(lilv_instance_get_handle(m_Instance->Raw()), &Lv2Ui::Retrieve, this, 0, nullptr);
+    Idle(2);
+    ASSERT_FALSE(m_UiHost.writes.empty());
+    EXPECT_EQ(m_UiHost.writes.back(), std::make_pair(kThresholdPort, -45.f));
 
     m_Descriptor->cleanup(m_Ui);
     m_Ui = nullptr;

@@ -51,14 +51,6 @@ TEST_F(StateBlobTest, RoundTripsBankAndCurrentProgram)
     EXPECT_EQ(Bank(target), Bank(source));
     EXPECT_EQ(target.getParameter(kParamThreshold), 0.7f);
     EXPECT_EQ(target.getParameter(kParamSideChain), 0.f);
-
-    // The bare bank chunk carries the same.
-    ADeEsser other(nullptr);
-    other.open();
-    const std::vector<uint8_t> chunk = SaveBankChunk(source);
-    ASSERT_TRUE(LoadBankChunk(other, chunk.data(), chunk.size()));
-    EXPECT_EQ(other.getProgram(), 7);
-    EXPECT_EQ(Bank(other), Bank(source));
 }
 
 TEST_F(StateBlobTest, RefusesForeignAndDamagedInputWithoutTouchingTheEffect)
@@ -110,16 +102,5 @@ TEST_F(StateBlobTest, RefusesForeignAndDamagedInputWithoutTouchingTheEffect)
         EXPECT_EQ(Bank(target), before) << c.what;
         EXPECT_EQ(target.getParameter(kParamAttack), 0.3f) << c.what;
     }
-
-    ADeEsser target(nullptr);
-    target.open();
-    const std::vector<uint8_t> before = Bank(target);
-    std::vector<uint8_t> chunk = SaveBankChunk(source);
-    EXPECT_FALSE(LoadBankChunk(target, chunk.data(), kProgramChunkSize));
-    EXPECT_FALSE(LoadBankChunk(target, nullptr, kBankChunkSize));
-    int32_t badProgram = 40;
-    std::memcpy(chunk.data() + 68, &badProgram, 4);
-    EXPECT_FALSE(LoadBankChunk(target, chunk.data(), chunk.size()));
-    EXPECT_EQ(Bank(target), before);
 }
 } // namespace

@@ -3,9 +3,7 @@
 // display units.
 #include "ADeEsser.h"
 #include "BankFile.h"
-#include "CEditorPump.h"
 #include "CWrappedEffect.h"
-#include "FakeEditor.h"
 #include "IWrapperListener.h"
 #include "ParamRange.h"
 #include "TestFiles.h"
@@ -135,37 +133,5 @@ TEST_F(WrappedEffectTest, SetPlainReportsChangesAndIgnoresNonFiniteValues)
     EXPECT_EQ(wrapped.GetPlain(kParamOnOff), 0.f);
     EXPECT_TRUE(wrapped.ShowsPlain(kParamOnOff, -1.f));
     EXPECT_FALSE(wrapped.ShowsPlain(kParamOnOff, 0.5f));
-}
-} // namespace
-
-namespace
-{
-TEST_F(WrappedEffectTest, EditorPumpOpensOnceWithAParent)
-{
-    CWrappedEffect wrapped(m_Config.path().c_str());
-    FakeEditor* editor = FakeEditorOf(&wrapped.Effect());
-    CEditorPump pump(wrapped.Effect());
-    int width = 0, height = 0;
-    ASSERT_TRUE(pump.GetSize(&width, &height)); // asked before open
-    EXPECT_EQ(width, 300);
-    EXPECT_EQ(height, 200);
-
-    EXPECT_FALSE(pump.Open(0));
-    EXPECT_FALSE(editor->panelOpen);
-    pump.SetScale(NAN);
-    pump.SetScale(8.f);
-    EXPECT_EQ(pump.Scale(), 0.f) << "no usable scale given";
-    pump.SetScale(2.f);
-    EXPECT_EQ(pump.Scale(), 2.f);
-    ASSERT_TRUE(pump.Open(0x1234));
-    EXPECT_TRUE(editor->panelOpen);
-    editor->panelOpen = false; // a second open must not reach the editor
-    EXPECT_TRUE(pump.Open(0x5678));
-    EXPECT_FALSE(editor->panelOpen);
-    pump.Idle();
-    editor->panelOpen = true;
-    pump.Close();
-    EXPECT_FALSE(editor->panelOpen);
-    EXPECT_FALSE(pump.IsOpen());
 }
 } // namespace
