@@ -211,4 +211,34 @@ TEST_F(ClapPlugin, MainThreadCallsFromAnotherThreadAreRefused)
     EXPECT_FALSE(activated);
     EXPECT_FALSE(host.SaveState().empty());
 }
+TEST_F(ClapPlugin, BadHostCallsGetClearAnswers)
+{
+    const clap::Plugin* p = host.Plugin();
+    char text[4];
+    double value = 0;
+    EXPECT_FALSE(params->getInfo(p, 0, nullptr));
+    EXPECT_FALSE(params->getValue(p, 0, nullptr));
+    EXPECT_FALSE(params->valueToText(p, 3, -30.0, text, sizeof(text))); // no room
+    EXPECT_FALSE(params->textToValue(p, 3, nullptr, &value));
+    EXPECT_EQ(p->getExtension(p, nullptr), nullptr);
+    EXPECT_EQ(p->getExtension(p, "clap.note-ports"), nullptr);
+    EXPECT_FALSE(p->activate(p, 0.0, 1, 256));              // no sample rate
+    EXPECT_EQ(p->process(p, nullptr), clap::kProcessError); // not active
+
+    // Active, without audio buffers: events still apply, nothing is touched.
+    ASSERT_TRUE(p->activate(p, 44100.0, 1, 256));
+    ClapEventList events;
+    events.Add(5, 3, -25.0);
+    clap::Process none{};
+    none.framesCount = 64;
+    none.inEvents = events.Get();
+    EXPECT_EQ(p->process(p, &none), clap::kProcessContinue);
+    EXPECT_EQ(host.Value(3), -25.0);
+    p->deactivate(p);
+
+    // A stream that fails part-way.
+    clap::InputStream failing{
+        nullptr, [](const clap::InputStream*, void*, uint64_t) -> int64_t { return -1; }};
+    EXPECT_FALSE(host.Ext<clap::PluginState>(clap::kExtState)->load(p, &failing));
+}
 } // namespace
