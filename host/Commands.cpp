@@ -52,10 +52,12 @@ const char kUsage[] =
     "Exit status: 0 all done, 1 a usage or input error, 2 some files of a batch failed.\n";
 
 const char kPluginHelp[] =
-    "  --plugin PATH          the VST 2.4 plug-in (default: DeEsser.so, see the manual)\n"
+    "  --plugin PATH          the VST 2.4 plug-in (default: DeEsser.so beside deesser,\n"
+    "                         in ../lib/vst, the build tree, ~/.vst or /usr/lib/vst)\n"
     "  --factory              start from the factory bank, ignoring the user's default bank\n"
     "  --bank FILE.fxb        load a bank file first\n"
-    "  --program N            program N (from 0); default: the plug-in's current, 0\n"
+    "  --program N            program N (from 0); default: program 0 of the bank the\n"
+    "                         plug-in starts with (factory bank: \"Female Vocal\")\n"
     "  --program-name NAME    a program by (part of) its name, case ignored\n"
     "  --set NAME=VALUE       a parameter in display units, e.g. Threshold=-30,\n"
     "                         Ratio=4, AttackTime=1 (ms), ReleaseTime=0.05 (s),\n"

@@ -646,7 +646,8 @@ std::string SummaryText(const RenderReport& r)
                 r.input.channels == 1 ? "" : "s", r.input.sampleRate, r.audioSeconds);
     s += format("output: %s\n", FormatName(r.output.format).c_str());
     s += "plug-in: " + r.pluginName + ", " + r.programText + "\n";
-    if (r.input.channels > 2 || r.lanesText.find("alone") != std::string::npos)
+    if (r.input.channels > 2 ||
+        (r.input.channels == 2 && r.lanesText.find("alone") != std::string::npos))
         s += "instances: " + r.lanesText + "\n";
     for (const std::string& set : r.settings)
         s += "  set " + set + "\n";

@@ -268,6 +268,7 @@ std::string DefaultPluginPath()
         std::string dir(exe);
         dir = dir.substr(0, dir.rfind('/') + 1);
         places.push_back(dir + "DeEsser.so");
+        places.push_back(dir + "../lib/vst/DeEsser.so"); // installed as PREFIX/bin/deesser
     }
     if (*DEESSER_BUILD_PLUGIN)
         places.push_back(DEESSER_BUILD_PLUGIN);
