@@ -156,16 +156,23 @@ void drawCurve(cairo_t* cr, const Panel& p, const std::vector<double>& curve, do
     setColor(cr, c);
     cairo_set_line_width(cr, width);
     cairo_set_line_join(cr, CAIRO_LINE_JOIN_ROUND);
+    // A long curve is drawn as its lowest value per device column (the
+    // largest reduction there), so the path stays small whatever the length.
+    const size_t perColumn = std::max<size_t>(1, curve.size() / std::max(1, (int)p.w));
     bool pen = false;
-    for (size_t i = 0; i < curve.size(); ++i)
+    for (size_t i = 0; i < curve.size(); i += perColumn)
     {
-        if (std::isnan(curve[i]))
+        double v = NAN;
+        for (size_t k = i; k < std::min(curve.size(), i + perColumn); ++k)
+            if (!std::isnan(curve[k]) && !(v <= curve[k]))
+                v = curve[k];
+        if (std::isnan(v))
         {
             pen = false;
             continue;
         }
-        double t = (i + 0.5) * step;
-        double v = std::max(p.v0, std::min(p.v1, curve[i]));
+        double t = (i + 0.5 * perColumn) * step;
+        v = std::max(p.v0, std::min(p.v1, v));
         if (pen)
             cairo_line_to(cr, p.X(t), p.Y(v));
         else
