@@ -107,14 +107,21 @@ bool CClapDeEsser::OnMainThread() const
 
 bool CClapDeEsser::Init()
 {
-    if (m_pEffect || !OnMainThread())
+    if (m_pEffect)
         return false;
+    // A host extension with a missing function is taken as absent.
     auto ext = [this](const char* id) { return m_Host->getExtension(m_Host, id); };
     m_pThreadCheck = static_cast<const clap::HostThreadCheck*>(ext(clap::kExtThreadCheck));
     if (m_pThreadCheck && (!m_pThreadCheck->isMainThread || !m_pThreadCheck->isAudioThread))
         m_pThreadCheck = nullptr;
     m_pHostParams = static_cast<const clap::HostParams*>(ext(clap::kExtParams));
+    if (m_pHostParams && (!m_pHostParams->rescan || !m_pHostParams->requestFlush))
+        m_pHostParams = nullptr;
     m_pHostState = static_cast<const clap::HostState*>(ext(clap::kExtState));
+    if (m_pHostState && !m_pHostState->markDirty)
+        m_pHostState = nullptr;
+    if (!OnMainThread())
+        return false;
     try
     {
         m_pEffect = std::make_unique<CWrappedEffect>(m_Folder.c_str());
