@@ -474,10 +474,8 @@ RenderReport RenderFile(const RenderOptions& options, const FileJob& job)
                     if (b.frames == 0)
                         return;
                     if (report.before)
-                    {
-                        report.before->Add(b.in.data(), b.frames);
-                        report.after->Add(b.out.data(), b.frames);
-                    }
+                        CSignalStats::AddPair(*report.before, b.in.data(), *report.after,
+                                              b.out.data(), b.frames);
                     if (report.inputWave)
                     {
                         report.inputWave->Add(b.in.data(), channels, b.frames);
