@@ -161,5 +161,10 @@ LV2_State_Status CLv2Plugin::RestoreState(LV2_State_Retrieve_Function retrieve,
     if (type != m_ChunkType)
         return LV2_STATE_ERR_BAD_TYPE;
     // A damaged or foreign bank is ignored: the effect keeps what it has.
-    return LoadBankChunk(m_Effect.Effect(), data, size) ? LV2_STATE_SUCCESS : LV2_STATE_ERR_UNKNOWN;
+    if (!LoadBankChunk(m_Effect.Effect(), data, size))
+        return LV2_STATE_ERR_UNKNOWN;
+    // The ports stay the truth for the current values: the next block
+    // stores every port value the restored program does not show.
+    ForgetControlPorts();
+    return LV2_STATE_SUCCESS;
 }

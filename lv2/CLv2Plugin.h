@@ -3,9 +3,10 @@
 // is stored through the parameter table's mappings. The bank travels in the
 // state extension as one atom:Chunk property (the VST bank chunk bytes).
 //
-// Threads: Run on the audio thread; Activate, Deactivate, SaveState and
-// RestoreState on the host's main thread (never during Run); the editor
-// (CLv2Ui) reaches Wrapped() from the UI thread.
+// Threads: Run on the audio thread; Activate, Deactivate and RestoreState on
+// the host's main thread, never during Run; SaveState on the main thread,
+// also during Run (it copies the bank as a VST host's effGetChunk does); the
+// editor (CLv2Ui) reaches Wrapped() from the UI thread.
 #pragma once
 
 #include <lv2/core/lv2.h>

@@ -36,12 +36,8 @@ uintptr_t PanelWindow(CWrappedEffect& effect)
 CLv2Ui::CLv2Ui(CLv2Plugin& plugin, LV2UI_Write_Function write, LV2UI_Controller controller)
     : m_Plugin(plugin), m_Pump(plugin.Wrapped().Effect()), m_Write(write), m_Controller(controller)
 {
-    for (int i = 0; i < kNumParams; ++i)
-    {
-        m_HostValue[i] = NAN;
-        // Only changes from now on are reported: the ports are the host's.
-        m_EffectValue[i] = plugin.Wrapped().GetPlain(i);
-    }
+    for (float& v : m_HostValue)
+        v = NAN;
 }
 
 CLv2Ui* CLv2Ui::Create(LV2UI_Write_Function write, LV2UI_Controller controller,
@@ -104,7 +100,6 @@ void CLv2Ui::TellHostSize()
 
 void CLv2Ui::WriteToHost(int index, float plain)
 {
-    m_EffectValue[index] = plain;
     if (plain == m_HostValue[index] || !m_Write)
         return;
     m_HostValue[index] = plain;
@@ -128,21 +123,20 @@ void CLv2Ui::PortEvent(uint32_t port, uint32_t size, uint32_t format, const void
 int CLv2Ui::Idle()
 {
     m_Pump.Idle();
-    if (!PanelWindow(m_Plugin.Wrapped()))
-        return 1; // the host's window, and the panel with it, is gone
-    // Program changes and anything else that moved the effect.
-    for (int i = 0; i < kNumParams; ++i)
-    {
-        const float plain = m_Plugin.Wrapped().GetPlain(i);
-        if (plain != m_EffectValue[i])
-            WriteToHost(i, plain);
-    }
-    return 0;
+    // The host's window, and the panel with it, may be gone.
+    return PanelWindow(m_Plugin.Wrapped()) ? 0 : 1;
 }
 
 void CLv2Ui::OnParamEdited(int index, float normalised)
 {
     WriteToHost(index, NormalisedToPlain(index, normalised));
+}
+
+void CLv2Ui::OnUpdateDisplay()
+{
+    // A program reverted, copied, reset or saved in the panel.
+    for (int i = 0; i < kNumParams; ++i)
+        WriteToHost(i, m_Plugin.Wrapped().GetPlain(i));
 }
 
 bool CLv2Ui::OnResizeEditor(int width, int height)

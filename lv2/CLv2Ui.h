@@ -1,8 +1,10 @@
 // CLv2Ui: the effect's own panel as an LV2 X11 UI. It reaches the effect
 // through instance access, opens the panel inside the host's parent window,
 // sizes the host's frame with ui:resize and is pumped by the idle interface.
-// Edits made in the panel, and program changes, are written to the host's
-// ports; a port value sent by the host moves the panel's control.
+// Edits made in the panel, and programs changed there, are written to the
+// host's ports; a port value sent by the host moves the panel's control.
+// Changes that reach the effect from the host's side (ports, a restored
+// state) are not echoed: the host's ports stay the truth.
 //
 // Thread: the host's UI thread only.
 #pragma once
@@ -27,14 +29,14 @@ public:
     ~CLv2Ui() override;
 
     void PortEvent(uint32_t port, uint32_t size, uint32_t format, const void* buffer);
-    // Pumps the panel and reports effect changes to the host; non-zero once
-    // the panel is gone.
+    // Pumps the panel; non-zero once the panel is gone.
     int Idle();
     uint32_t GetOptions(LV2_Options_Option* options);
     uint32_t SetOptions(const LV2_Options_Option* options);
 
     // IWrapperListener
     void OnParamEdited(int index, float normalised) override;
+    void OnUpdateDisplay() override;
     bool OnResizeEditor(int width, int height) override;
 
 private:
@@ -53,8 +55,7 @@ private:
     LV2_URID m_FloatType = 0;
     int m_Width = 0;
     int m_Height = 0;
-    float m_HostValue[kNumParams];   // last value the host's ports held, NaN: unknown
-    float m_EffectValue[kNumParams]; // last value seen in the effect
+    float m_HostValue[kNumParams]; // last value the host's ports held, NaN: unknown
 };
 
 // The UI descriptor exported with the plug-in's.

@@ -20,6 +20,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <map>
 #include <memory>
 #include <utility>
 #include <vector>
@@ -258,12 +259,28 @@ TEST_F(Lv2Ui, OpensInTheParentIdlesPaintsFollowsPortsAndCloses)
         ASSERT_FALSE(m_UiHost.writes.empty());
         EXPECT_EQ(m_UiHost.writes.back().first, kThresholdPort);
         EXPECT_NEAR(m_UiHost.writes.back().second, -20.f, 0.1f);
+
+        // A click on the modified lamp reverts the program to its saved
+        // state (the factory's first): every value reaches the host.
+        m_UiHost.writes.clear();
+        XTestFakeMotionEvent(m_Display, -1, ox + 162, oy + 18, 0);
+        XTestFakeButtonEvent(m_Display, 1, True, 0);
+        XTestFakeButtonEvent(m_Display, 1, False, 0);
+        XSync(m_Display, False);
+        Idle(3);
+        std::map<uint32_t, float> written(m_UiHost.writes.begin(), m_UiHost.writes.end());
+        EXPECT_EQ(written.size(), 11u);
+        EXPECT_EQ(written[kThresholdPort], -30.f);
+        EXPECT_EQ(written[kThresholdPort + 1], 4.f); // ratio
     }
 
-    // A bank restored by the host while open (its current program's
-    // Threshold at 0.55: -45 dB) reaches the host's port too.
+    // A bank the host restores (its current program's Threshold at 0.55,
+    // -45 dB) is not echoed: the host's ports stay the truth, and the next
+    // block stores the port's -90 dB again.
+    m_UiHost.writes.clear();
     auto* state = static_cast<const LV2_State_Interface*>(
         lilv_instance_get_extension_data(m_Instance->Raw(), LV2_STATE__interface));
+    LV2_Handle handle = lilv_instance_get_handle(m_Instance->Raw());
     std::vector<uint8_t> bank;
     LV2_State_Store_Function store =
         [](LV2_State_Handle h, uint32_t, const void* v, size_t n, uint32_t, uint32_t)
@@ -272,17 +289,22 @@ TEST_F(Lv2Ui, OpensInTheParentIdlesPaintsFollowsPortsAndCloses)
         b->assign(static_cast<const uint8_t*>(v), static_cast<const uint8_t*>(v) + n);
         return LV2_STATE_SUCCESS;
     };
-    ASSERT_EQ(state->save(lilv_instance_get_handle(m_Instance->Raw()), store, &bank, 0, nullptr),
-              LV2_STATE_SUCCESS);
+    ASSERT_EQ(state->save(handle, store, &bank, 0, nullptr), LV2_STATE_SUCCESS);
     int32_t current = 0;
     std::memcpy(&current, bank.data() + 68, sizeof(current));
+    const size_t at = 72 * (size_t)current + 4 * 3;
     const float threshold = 0.55f;
-    std::memcpy(bank.data() + 72 * current + 4 * 3, &threshold, sizeof(threshold));
+    std::memcpy(bank.data() + at, &threshold, sizeof(threshold));
     m_RestoreBank = &bank;
-    state->restore(lilv_instance_get_handle(m_Instance->Raw()), &Lv2Ui::Retrieve, this, 0, nullptr);
+    ASSERT_EQ(state->restore(handle, &Lv2Ui::Retrieve, this, 0, nullptr), LV2_STATE_SUCCESS);
     Idle(2);
-    ASSERT_FALSE(m_UiHost.writes.empty());
-    EXPECT_EQ(m_UiHost.writes.back(), std::make_pair(kThresholdPort, -45.f));
+    EXPECT_TRUE(m_UiHost.writes.empty());
+    RunBlock();
+    std::vector<uint8_t> after;
+    state->save(handle, store, &after, 0, nullptr);
+    float stored = 0.f;
+    std::memcpy(&stored, after.data() + at, sizeof(stored));
+    EXPECT_EQ(stored, PlainToNormalised(3, low));
 
     m_Descriptor->cleanup(m_Ui);
     m_Ui = nullptr;
