@@ -8,8 +8,16 @@
 # the VST 2.4 build rendered by `deesser render` with the same settings, and
 # the 5-9 kHz band drops by at least 6 dB.
 #
-#   bash scripts/check-ardour-lv2.sh    # KEEP=1 keeps the scratch folder
+# With --gui it then opens the saved session in Ardour's window on a virtual X
+# display (Xvfb, openbox, xdotool) with the plug-in's own editor shown, types
+# -15 into the editor's Threshold display, saves with Ctrl+S, and passes when
+# the saved session holds the port at -15 dB: the panel's edit reached
+# Ardour's port. A picture of the editor is kept as ardour-lv2.png.
+#
+#   bash scripts/check-ardour-lv2.sh [--gui]    # KEEP=1 keeps the scratch folder
 set -euo pipefail
+gui=0
+[ "${1:-}" = "--gui" ] && gui=1
 cd "$(dirname "$0")/.."
 root=$(pwd)
 build=$root/build/release
@@ -17,6 +25,11 @@ build=$root/build/release
 need=()
 command -v ardour7-lua >/dev/null || need+=(ardour)
 command -v sox >/dev/null || need+=(sox)
+if [ "$gui" = 1 ]; then
+    for tool in Xvfb:xvfb openbox:openbox xdotool:xdotool xwininfo:x11-utils import:imagemagick; do
+        command -v "${tool%%:*}" >/dev/null || need+=("${tool#*:}")
+    done
+fi
 if [ "${#need[@]}" -gt 0 ]; then
     sudo=""
     [ "$(id -u)" -eq 0 ] || sudo="sudo"
@@ -105,6 +118,86 @@ cp "$build/DeEsser.so" "$work/vst/"
 "$build/host/deesser" render "$signal" "$work/vst.wav" --plugin "$work/vst/DeEsser.so" \
     --set Threshold=-30 --set Ratio=4 --set LowFreq=6000 >/dev/null
 
+
+# The saved session in Ardour's window with the plug-in's editor open: -15
+# typed into the Threshold display, then Ctrl+S.
+gui_check() {
+    local config=$XDG_CONFIG_HOME/ardour7 file=$session/$name.ardour i
+    mkdir -p "$config"
+    touch "$config/.a7" # no first-run wizard
+    cat >"$config/config" <<XML
+<?xml version="1.0" encoding="UTF-8"?>
+<Ardour>
+  <Config><Option name="hide-dummy-backend" value="0"/></Config>
+  <Extra><AudioMIDISetup><EngineStates>
+    <State backend="None (Dummy)" driver="" device="Silence" input-device="" output-device="" sample-rate="44100" buffer-size="256" n-periods="2" input-latency="0" output-latency="0" input-channels="0" output-channels="0" active="1" use-buffered-io="0" lru="1" midi-option=""><MIDIDevices/></State>
+  </EngineStates></AudioMIDISetup></Extra>
+</Ardour>
+XML
+    # Ardour reopens plug-in windows kept as "P-<route id>-<processor id>".
+    local route proc
+    route=$(sed -n 's/.*<Route [^>]* id="\([0-9]*\)" name="voice".*/\1/p' "$file" | head -1)
+    proc=$(sed -n 's/.*<Processor id="\([0-9]*\)" name="Comp2".*/\1/p' "$file" | head -1)
+    sed -i "s#</Session>#  <Extra><UI><Window name=\"P-$route-$proc\" visible=\"1\" x-off=\"100\" y-off=\"100\" x-size=\"460\" y-size=\"250\" custom-ui=\"1\"/></UI></Extra>\n</Session>#" "$file"
+
+    local display=90 pids=()
+    while [ -e "/tmp/.X11-unix/X$display" ] || [ -e "/tmp/.X$display-lock" ]; do
+        display=$((display + 1))
+    done
+    Xvfb ":$display" -screen 0 1920x1080x24 -noreset >"$work/xvfb.log" 2>&1 &
+    pids+=($!)
+    export DISPLAY=:$display
+    for i in $(seq 1 40); do
+        xdpyinfo >/dev/null 2>&1 && break
+        sleep 0.25
+    done
+    openbox >"$work/openbox.log" 2>&1 &
+    pids+=($!)
+    ardour -n -a "$file" >"$work/ardour.log" 2>&1 &
+    pids+=($!)
+    stop_gui() { kill "${pids[@]}" 2>/dev/null || true; wait "${pids[@]}" 2>/dev/null || true; }
+
+    # The panel: the 460-pixel wide child of the plug-in's window.
+    local at=""
+    for i in $(seq 1 120); do
+        at=$(xwininfo -root -tree 2>/dev/null | awk '/"voice: Comp2/ { found = 1 } found && /\(has no name\): \(\)  460x2[0-9][0-9]\+0\+0/ { print $NF; exit }')
+        [ -n "$at" ] && break
+        sleep 0.5
+    done
+    if [ -z "$at" ]; then
+        echo "  FAIL: the plug-in's editor did not open in Ardour"
+        stop_gui
+        return 1
+    fi
+    local x y
+    x=${at#+}; x=${x%%+*}; y=${at##*+}
+    sleep 2
+    import -window root -crop 460x210+$x+$y "$work/ardour-lv2.png" 2>/dev/null || true
+    xdotool mousemove $((x + 279)) $((y + 112)) click 1 # the Threshold display
+    sleep 1
+    for i in 1 2 3 4 5 6 7 8; do xdotool key BackSpace; done
+    xdotool type --delay 100 -- "-15"
+    xdotool key Return
+    sleep 1
+    local before
+    before=$(stat -c %Y "$file")
+    xdotool search --name "$name - Ardour" windowactivate --sync key ctrl+s >/dev/null 2>&1 || true
+    for i in $(seq 1 40); do
+        [ "$(stat -c %Y "$file")" != "$before" ] && break
+        sleep 0.5
+    done
+    sleep 1
+    stop_gui
+    local value
+    value=$(sed -n 's/.*<Port symbol="threshold" value="\([^"]*\)".*/\1/p' "$file" | head -1)
+    if awk -v d="$value" 'BEGIN { exit !(d > -15.05 && d <= -14.95) }'; then
+        echo "  typed in the editor in Ardour's window: the saved session holds threshold $value dB"
+    else
+        echo "  FAIL: after typing -15 in the editor the saved threshold port is '$value' (picture: $work/ardour-lv2.png)"
+        return 1
+    fi
+}
+
 failed=0
 echo "check-ardour-lv2: Ardour $(dpkg-query -W -f '${Version}' ardour 2>/dev/null || echo '(version unknown)')"
 echo "  plug-in: $(sed -n 's/^NAME //p' "$work/render.log")"
@@ -132,5 +225,8 @@ sib_out=$(band_db "${rendered[0]}")
 sib=$(awk -v a="$sib_out" -v b="$sib_in" 'BEGIN { printf "%.1f", a - b }')
 echo "  5-9 kHz band: $sib_in dB in, $sib_out dB out: $sib dB"
 awk -v d="$sib" 'BEGIN { exit !(d <= -6) }' || { echo "  FAIL: the 5-9 kHz band drops by less than 6 dB"; failed=1; }
+if [ "$gui" = 1 ] && [ "$failed" = 0 ]; then
+    gui_check || failed=1
+fi
 [ "$failed" = 0 ] && echo "check-ardour-lv2: passed" || echo "check-ardour-lv2: FAILED"
 exit "$failed"
