@@ -29,18 +29,6 @@ void SetPerFrame(benchmark::State& state, int64_t framesPerIteration)
         benchmark::Counter(frames, benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 
-WAVEFORMATEX Stereo44k()
-{
-    WAVEFORMATEX f{};
-    f.wFormatTag = WAVE_FORMAT_IEEE_FLOAT;
-    f.nChannels = 2;
-    f.nSamplesPerSec = 44100;
-    f.nAvgBytesPerSec = 44100 * 8;
-    f.nBlockAlign = 8;
-    f.wBitsPerSample = 32;
-    return f;
-}
-
 // The signal and its 4-8 kHz key, made once.
 struct Material
 {
@@ -48,7 +36,7 @@ struct Material
     std::vector<float> keyL = std::vector<float>(kFrames), keyR = std::vector<float>(kFrames);
     Material()
     {
-        WAVEFORMATEX f = Stereo44k();
+        WAVEFORMATEX f = FloatFormat(44100);
         CVRXLPF hp(false), lp(true);
         hp.SetMediaType(&f);
         lp.SetMediaType(&f);
@@ -100,7 +88,7 @@ BENCHMARK(BM_CompProcess)->Arg(-30)->Arg(-10)->Arg(-100)->MIN_STAT;
 void BM_LPFTransform(benchmark::State& state)
 {
     const Material& m = GetMaterial();
-    WAVEFORMATEX f = Stereo44k();
+    WAVEFORMATEX f = FloatFormat(44100);
     CVRXLPF lpf(state.range(0) != 0);
     lpf.SetMediaType(&f);
     lpf.SetSampleSize(kBlock);
@@ -126,7 +114,7 @@ BENCHMARK(BM_LPFTransform)->Arg(1)->Arg(0)->MIN_STAT;
 void BM_LPFTransformChain(benchmark::State& state)
 {
     const Material& m = GetMaterial();
-    WAVEFORMATEX f = Stereo44k();
+    WAVEFORMATEX f = FloatFormat(44100);
     CVRXLPF hp(false), lp(true);
     for (CVRXLPF* p : {&hp, &lp})
     {

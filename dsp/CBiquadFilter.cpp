@@ -1,6 +1,7 @@
 // Shelving/peaking biquad: cookbook coefficients in single precision, direct
 // form I recursion.
 #include "CBiquadFilter.h"
+#include "DirectForm1.h"
 #include "Vec4.h"
 
 #include <cmath>
@@ -82,22 +83,14 @@ void CBiquadFilter::OperateFilter(const float* in, float* out, int count)
     // as the state. Counts of 0 and 1 follow the same recursion.
     if (count <= 0)
         return;
-    const float c0 = b0, c1 = b1, c2 = b2, d1 = a1, d2 = a2;
-    float xm1 = x1, xm2 = x2, ym1 = y1, ym2 = y2;
+    // Adding -a y is subtracting a y, exactly.
+    DirectForm1<float> f{b0, b1, b2, -a1, -a2, x1, x2, y1, y2};
     for (int i = 0; i < count; ++i)
-    {
-        const float x = in[i];
-        const float y = c0 * x + c1 * xm1 + c2 * xm2 - d1 * ym1 - d2 * ym2;
-        out[i] = y;
-        xm2 = xm1;
-        xm1 = x;
-        ym2 = ym1;
-        ym1 = y;
-    }
-    x1 = xm1;
-    x2 = xm2;
-    y1 = ym1;
-    y2 = ym2;
+        out[i] = f.Step(in[i]);
+    x1 = f.x1;
+    x2 = f.x2;
+    y1 = f.y1;
+    y2 = f.y2;
 }
 
 namespace
@@ -107,18 +100,18 @@ namespace
 template <int K>
 void OperateLanes(CBiquadFilter* const* f, const float* const* in, float* const* out, int count)
 {
-    v4f c0 = {}, c1 = {}, c2 = {}, d1 = {}, d2 = {}, xm1 = {}, xm2 = {}, ym1 = {}, ym2 = {};
+    DirectForm1<v4f> d{};
     for (int k = 0; k < K; ++k)
     {
-        c0[k] = f[k]->b0;
-        c1[k] = f[k]->b1;
-        c2[k] = f[k]->b2;
-        d1[k] = f[k]->a1;
-        d2[k] = f[k]->a2;
-        xm1[k] = f[k]->x1;
-        xm2[k] = f[k]->x2;
-        ym1[k] = f[k]->y1;
-        ym2[k] = f[k]->y2;
+        d.b0[k] = f[k]->b0;
+        d.b1[k] = f[k]->b1;
+        d.b2[k] = f[k]->b2;
+        d.f1[k] = -f[k]->a1;
+        d.f2[k] = -f[k]->a2;
+        d.x1[k] = f[k]->x1;
+        d.x2[k] = f[k]->x2;
+        d.y1[k] = f[k]->y1;
+        d.y2[k] = f[k]->y2;
     }
     const float* in0 = in[0];
     const float* in1 = in[1];
@@ -135,7 +128,7 @@ void OperateLanes(CBiquadFilter* const* f, const float* const* in, float* const*
             x = v4f{in0[i], in1[i], in2[i], in3[i]};
         else
             x = v4f{in0[i], in1[i], 0.f, 0.f};
-        const v4f y = c0 * x + c1 * xm1 + c2 * xm2 - d1 * ym1 - d2 * ym2;
+        const v4f y = d.Step(x);
         out0[i] = y[0];
         out1[i] = y[1];
         if (K > 2)
@@ -143,17 +136,13 @@ void OperateLanes(CBiquadFilter* const* f, const float* const* in, float* const*
             out2[i] = y[2];
             out3[i] = y[3];
         }
-        xm2 = xm1;
-        xm1 = x;
-        ym2 = ym1;
-        ym1 = y;
     }
     for (int k = 0; k < K; ++k)
     {
-        f[k]->x1 = xm1[k];
-        f[k]->x2 = xm2[k];
-        f[k]->y1 = ym1[k];
-        f[k]->y2 = ym2[k];
+        f[k]->x1 = d.x1[k];
+        f[k]->x2 = d.x2[k];
+        f[k]->y1 = d.y1[k];
+        f[k]->y2 = d.y2[k];
     }
 }
 } // namespace

@@ -1,6 +1,7 @@
 // Second-order Butterworth low-pass/high-pass, bilinear transform without
 // pre-warping, direct form I with the feedback terms stored negated.
 #include "CIIRFilter.h"
+#include "DirectForm1.h"
 
 #include <cmath>
 
@@ -20,14 +21,20 @@ void CIIRFilter::SetParams(float period, float cutoffHz, bool isLowPass)
 
 // W: cut-off in radians per sample (no pre-warp); K = 2*sqrt(2)*W; D: the
 // common denominator of the bilinear transform with T = 2.
-void CIIRFilter::CalcLPFCoefficients()
+void CIIRFilter::CalcFeedback(float* W2, float* D)
 {
     const float W = cutoff * 6.283184f * samplePeriod;
     const float K = 2.828427f * W;
-    const float W2 = W * W;
-    const float D = K + 4.f + W2;
-    fb1 = (8.f - 2.f * W2) / D;
-    fb2 = -(4.f - K + W2) / D;
+    *W2 = W * W;
+    *D = K + 4.f + *W2;
+    fb1 = (8.f - 2.f * *W2) / *D;
+    fb2 = -(4.f - K + *W2) / *D;
+}
+
+void CIIRFilter::CalcLPFCoefficients()
+{
+    float W2, D;
+    CalcFeedback(&W2, &D);
     b0 = W2 / D;
     b1 = 2.f * W2 / D;
     b2 = W2 / D;
@@ -35,12 +42,8 @@ void CIIRFilter::CalcLPFCoefficients()
 
 void CIIRFilter::CalcHPFCoefficients()
 {
-    const float W = cutoff * 6.283184f * samplePeriod;
-    const float K = 2.828427f * W;
-    const float W2 = W * W;
-    const float D = K + 4.f + W2;
-    fb1 = (8.f - 2.f * W2) / D;
-    fb2 = -(4.f - K + W2) / D;
+    float W2, D;
+    CalcFeedback(&W2, &D);
     b0 = 4.f / D;
     b1 = -2.f * (4.f / D);
     b2 = 4.f / D;
@@ -53,22 +56,13 @@ void CIIRFilter::OperateEqualizer(const float* in, float* out, int count)
     CSingleLock lock(m_Lock);
     // State in registers; for count >= 2 identical, term for term, to the
     // recursion that re-reads in[i-1], in[i-2], out[i-1], out[i-2].
-    const float c0 = b0, c1 = b1, c2 = b2, f1 = fb1, f2 = fb2;
-    float xm1 = x1, xm2 = x2, ym1 = y1, ym2 = y2;
+    DirectForm1<float> f{b0, b1, b2, fb1, fb2, x1, x2, y1, y2};
     for (int i = 0; i < count; ++i)
-    {
-        const float x = in[i];
-        const float y = c0 * x + c1 * xm1 + c2 * xm2 + f1 * ym1 + f2 * ym2;
-        out[i] = y;
-        xm2 = xm1;
-        xm1 = x;
-        ym2 = ym1;
-        ym1 = y;
-    }
-    x1 = xm1;
-    x2 = xm2;
-    y1 = ym1;
-    y2 = ym2;
+        out[i] = f.Step(in[i]);
+    x1 = f.x1;
+    x2 = f.x2;
+    y1 = f.y1;
+    y2 = f.y2;
 }
 
 void CIIRFilter::Reset()

@@ -29,6 +29,8 @@ public:
     float y1, y2, x1, x2;
 
 private:
+    // The feedback terms, shared by both types; W2 and D for the rest.
+    void CalcFeedback(float* W2, float* D);
     // The filter processor runs both channels' recursions in one loop under
     // this lock (same arithmetic as OperateEqualizer).
     friend class CVRXLPF;

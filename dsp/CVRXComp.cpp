@@ -178,11 +178,13 @@ void CVRXComp::process(float** in, float** out, float** key, int count, bool ext
     if (!in || !out)
         return;
     CSingleLock lock(m_Lock);
-    if (!BeginBlock(in, out, key, count))
-        return;
+    if (BeginBlock(in, out, key, count))
+        gainReduction = (float)ProcessKeyed(in, out, key[0], key[1], count, externalKey);
+}
 
-    const float* keyL = key[0];
-    const float* keyR = key[1];
+double CVRXComp::ProcessKeyed(float** in, float** out, const float* keyL, const float* keyR,
+                              int count, bool externalKey)
+{
     // The two key channels are linked: the louder one sets the level.
     auto keyAt = [keyL, keyR](int i)
     {
@@ -190,7 +192,6 @@ void CVRXComp::process(float** in, float** out, float** key, int count, bool ext
         const float kr = std::fabs(keyR[i]);
         return (double)(kl < kr ? kr : kl);
     };
-    const double g = compkernel::Dispatch(externalKey, autoThreshold != 0.f, KernelParams(),
-                                          envelopeDb, in[0], in[1], out[0], out[1], count, keyAt);
-    gainReduction = (float)g;
+    return compkernel::Dispatch(externalKey, autoThreshold != 0.f, KernelParams(), envelopeDb,
+                                in[0], in[1], out[0], out[1], count, keyAt);
 }

@@ -34,7 +34,7 @@ public:
     float get_GainReductionLevel(float* out);
 
     // Block operation on two channels; key is read only.
-    virtual void process(float** in, float** out, float** key, int count, bool externalKey);
+    void process(float** in, float** out, float** key, int count, bool externalKey);
     // Per-sample gain computer: scales left and right by the gain.
     void process(double& left, double& right, double keyLevel, bool externalKey);
 
@@ -46,6 +46,10 @@ protected:
     // processed, copies the audio through while inactive. False when there is
     // nothing more to do.
     bool BeginBlock(float** in, float** out, float** key, int count);
+    // The block loop proper, under the lock, on a block BeginBlock let
+    // through; returns the last gain.
+    virtual double ProcessKeyed(float** in, float** out, const float* keyL, const float* keyR,
+                                int count, bool externalKey);
 
     // The per-sample gain computer with the current parameters (CVRXComp.cpp).
     struct GainComputer;

@@ -37,16 +37,9 @@ void CVRXCompRms::ResetIfBad()
         meanSquare = kTinyOffset;
 }
 
-void CVRXCompRms::process(float** in, float** out, float** key, int count, bool externalKey)
+double CVRXCompRms::ProcessKeyed(float** in, float** out, const float* keyL, const float* keyR,
+                                 int count, bool externalKey)
 {
-    if (!in || !out)
-        return;
-    CSingleLock lock(m_Lock);
-    if (!BeginBlock(in, out, key, count))
-        return;
-
-    const float* keyL = key[0];
-    const float* keyR = key[1];
     const double windowCoef = window.getCoef();
     double ms = meanSquare;
     auto keyAt = [keyL, keyR, windowCoef, &ms](int i)
@@ -64,5 +57,5 @@ void CVRXCompRms::process(float** in, float** out, float** key, int count, bool 
     const double g = compkernel::Dispatch(externalKey, autoThreshold != 0.f, KernelParams(),
                                           envelopeDb, in[0], in[1], out[0], out[1], count, keyAt);
     meanSquare = ms;
-    gainReduction = (float)g;
+    return g;
 }

@@ -14,10 +14,11 @@ public:
     virtual void setWindow(double ms);
     virtual double getWindow() const { return window.getTc(); }
 
-    void process(float** in, float** out, float** key, int count, bool externalKey) override;
     void ResetIfBad() override;
 
 protected:
+    double ProcessKeyed(float** in, float** out, const float* keyL, const float* keyR, int count,
+                        bool externalKey) override;
     EnvelopeDetector window;
     double meanSquare = kTinyOffset;
 };

@@ -2,6 +2,7 @@
 // gain (applied twice, as the processor always has), peak meters and an
 // over-level flag. Levels and cut-off cross the interface as 16.16 fixed point.
 #include "CVRXLPF.h"
+#include "DirectForm1.h"
 #include "Vec4.h"
 
 #include <cmath>
@@ -334,7 +335,8 @@ inline bool AnyLane(v4i over, int a, int b)
 // and the filters' locks.
 template <class T, class Mask> struct CVRXLPF::Lanes
 {
-    T ig, og, thr, b0, b1, b2, f1, f2, x1, x2, y1, y2;
+    T ig, og, thr;
+    DirectForm1<T> f;
     T peakIn{}, peakOut{};
     Mask over{};
 
@@ -348,15 +350,15 @@ template <class T, class Mask> struct CVRXLPF::Lanes
         ig = fromProcessor(&CVRXLPF::m_InputGain);
         og = fromProcessor(&CVRXLPF::m_OutputGain);
         thr = fromProcessor(&CVRXLPF::m_OverLevelThreshold);
-        b0 = fromFilter(&CIIRFilter::b0);
-        b1 = fromFilter(&CIIRFilter::b1);
-        b2 = fromFilter(&CIIRFilter::b2);
-        f1 = fromFilter(&CIIRFilter::fb1);
-        f2 = fromFilter(&CIIRFilter::fb2);
-        x1 = fromFilter(&CIIRFilter::x1);
-        x2 = fromFilter(&CIIRFilter::x2);
-        y1 = fromFilter(&CIIRFilter::y1);
-        y2 = fromFilter(&CIIRFilter::y2);
+        f.b0 = fromFilter(&CIIRFilter::b0);
+        f.b1 = fromFilter(&CIIRFilter::b1);
+        f.b2 = fromFilter(&CIIRFilter::b2);
+        f.f1 = fromFilter(&CIIRFilter::fb1);
+        f.f2 = fromFilter(&CIIRFilter::fb2);
+        f.x1 = fromFilter(&CIIRFilter::x1);
+        f.x2 = fromFilter(&CIIRFilter::x2);
+        f.y1 = fromFilter(&CIIRFilter::y1);
+        f.y2 = fromFilter(&CIIRFilter::y2);
     }
 
     T Step(T in)
@@ -364,11 +366,7 @@ template <class T, class Mask> struct CVRXLPF::Lanes
         const T w = in * ig;
         const T aw = Abs(w);
         peakIn = aw > peakIn ? aw : peakIn;
-        const T y = b0 * w + b1 * x1 + b2 * x2 + f1 * y1 + f2 * y2;
-        x2 = x1;
-        x1 = w;
-        y2 = y1;
-        y1 = y;
+        const T y = f.Step(w);
         const T o = og * y;
         over |= Abs(o) > thr;
         const T z = o * og;
@@ -380,14 +378,14 @@ template <class T, class Mask> struct CVRXLPF::Lanes
     // Step for the lanes in keep (all bits set) only; the others stay as they are.
     T StepLanes(T in, Mask keep)
     {
-        const T x1Old = x1, x2Old = x2, y1Old = y1, y2Old = y2;
+        const DirectForm1<T> old = f;
         const T pInOld = peakIn, pOutOld = peakOut;
         const Mask overOld = over;
         const T z = Step(in);
-        x1 = keep ? x1 : x1Old;
-        x2 = keep ? x2 : x2Old;
-        y1 = keep ? y1 : y1Old;
-        y2 = keep ? y2 : y2Old;
+        f.x1 = keep ? f.x1 : old.x1;
+        f.x2 = keep ? f.x2 : old.x2;
+        f.y1 = keep ? f.y1 : old.y1;
+        f.y2 = keep ? f.y2 : old.y2;
         peakIn = keep ? peakIn : pInOld;
         peakOut = keep ? peakOut : pOutOld;
         over = keep ? over : overOld;
@@ -401,11 +399,11 @@ template <class T, class Mask> struct CVRXLPF::Lanes
         const int lanes[2] = {left, right};
         for (int ch = 0; ch < (left == right ? 1 : 2); ++ch)
         {
-            CIIRFilter& f = p.m_Filters[ch];
-            f.x1 = Lane(x1, lanes[ch]);
-            f.x2 = Lane(x2, lanes[ch]);
-            f.y1 = Lane(y1, lanes[ch]);
-            f.y2 = Lane(y2, lanes[ch]);
+            CIIRFilter& filter = p.m_Filters[ch];
+            filter.x1 = Lane(f.x1, lanes[ch]);
+            filter.x2 = Lane(f.x2, lanes[ch]);
+            filter.y1 = Lane(f.y1, lanes[ch]);
+            filter.y2 = Lane(f.y2, lanes[ch]);
         }
         p.m_OverLevel = p.m_OverLevel || AnyLane(over, left, right);
         p.m_PeakInL = Lane(peakIn, left);

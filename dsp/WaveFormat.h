@@ -15,3 +15,10 @@ struct WAVEFORMATEX
 };
 
 constexpr uint16_t WAVE_FORMAT_IEEE_FLOAT = 3;
+
+// 32-bit float frames of `channels` at `rate` (the block align stays that of
+// a stereo frame, as the effect has always described its streams).
+inline WAVEFORMATEX FloatFormat(uint32_t rate, uint16_t channels = 2)
+{
+    return WAVEFORMATEX{WAVE_FORMAT_IEEE_FLOAT, channels, rate, rate * 8, 8, 32, 0};
+}

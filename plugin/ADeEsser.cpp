@@ -36,13 +36,7 @@ ADeEsser::ADeEsser(audioMasterCallback audioMaster)
     m_Listen = false;
     m_UseRms = 0.f;
 
-    m_WaveFormat.wFormatTag = WAVE_FORMAT_IEEE_FLOAT;
-    m_WaveFormat.nChannels = 2;
-    m_WaveFormat.nSamplesPerSec = 44100;
-    m_WaveFormat.nAvgBytesPerSec = 44100 * 8;
-    m_WaveFormat.nBlockAlign = 8;
-    m_WaveFormat.wBitsPerSample = 32;
-    m_WaveFormat.cbSize = 0;
+    m_WaveFormat = FloatFormat(44100);
     m_BlockSize = 256;
 
     setBlockSize(256);

@@ -124,6 +124,8 @@ private:
     void setParameterWork(int index, float value, bool fromPanel);
     void processBlock(float** in, float** out, int n);
     void allocateBuffers(int size);
+    void calcBandEdge(int param, CBiquadFilter (&highShelf)[2], CBiquadFilter (&lowShelf)[2],
+                      CVRXLPF& key);
     void resetBadStates();
     void notifyHost(VstInt32 opcode, VstInt32 index = 0, float value = 0.f);
     bool hostMisreadsIntegerRange(); // asks the host's names once

@@ -55,14 +55,7 @@ void ADeEsser::setSampleRate(float rate)
         return;
     CSingleLock lock(m_Lock);
     AudioEffectX::setSampleRate(rate);
-    uint32_t sps = (uint32_t)rate;
-    m_WaveFormat.wFormatTag = WAVE_FORMAT_IEEE_FLOAT;
-    m_WaveFormat.nChannels = 2;
-    m_WaveFormat.nSamplesPerSec = sps;
-    m_WaveFormat.nAvgBytesPerSec = sps * 8;
-    m_WaveFormat.nBlockAlign = 8;
-    m_WaveFormat.wBitsPerSample = 32;
-    m_WaveFormat.cbSize = 0;
+    m_WaveFormat = FloatFormat((uint32_t)rate);
     m_Comp.setSampleRate(rate);
     m_CompRms.setSampleRate(rate);
     m_HighCutLPF.SetMediaType(&m_WaveFormat);
@@ -104,28 +97,27 @@ void ADeEsser::CalcEQCoef()
 
 void ADeEsser::CalcEQCoefFreq1()
 {
-    CSingleLock lock(m_Lock);
-    float sr = (float)m_WaveFormat.nSamplesPerSec;
-    float f = NormalizeValToInternalVal(kParamLowFreq, m_NormValue[kParamLowFreq]);
-    for (int ch = 0; ch < 2; ++ch)
-    {
-        m_LowFreqHighShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kHighShelf);
-        m_LowFreqLowShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kLowShelf);
-    }
-    m_LowCutLPF.set_CutOff((int)NormalizeValToDWValue(kParamLowFreq, m_NormValue[kParamLowFreq]));
+    calcBandEdge(kParamLowFreq, m_LowFreqHighShelf, m_LowFreqLowShelf, m_LowCutLPF);
 }
 
 void ADeEsser::CalcEQCoefFreq2()
 {
+    calcBandEdge(kParamHiFreq, m_HiFreqHighShelf, m_HiFreqLowShelf, m_HighCutLPF);
+}
+
+// The shelves and the key filter at one edge of the band, from its parameter.
+void ADeEsser::calcBandEdge(int param, CBiquadFilter (&highShelf)[2], CBiquadFilter (&lowShelf)[2],
+                            CVRXLPF& key)
+{
     CSingleLock lock(m_Lock);
     float sr = (float)m_WaveFormat.nSamplesPerSec;
-    float f = NormalizeValToInternalVal(kParamHiFreq, m_NormValue[kParamHiFreq]);
+    float f = NormalizeValToInternalVal(param, m_NormValue[param]);
     for (int ch = 0; ch < 2; ++ch)
     {
-        m_HiFreqHighShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kHighShelf);
-        m_HiFreqLowShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kLowShelf);
+        highShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kHighShelf);
+        lowShelf[ch].CalcCoefficients(sr, f, -12.f, 1.f, CBiquadFilter::kLowShelf);
     }
-    m_HighCutLPF.set_CutOff((int)NormalizeValToDWValue(kParamHiFreq, m_NormValue[kParamHiFreq]));
+    key.set_CutOff((int)NormalizeValToDWValue(param, m_NormValue[param]));
 }
 
 void ADeEsser::processReplacing(float** inputs, float** outputs, VstInt32 sampleFrames)

@@ -79,13 +79,14 @@ void RunBlocks(CVRXComp& c, Signal& s, std::vector<float>& ol, std::vector<float
     const size_t n = s.l.size();
     ol.assign(n, 0.f);
     orr.assign(n, 0.f);
-    for (size_t done = 0; done < n; done += (size_t)chunk)
-    {
-        float* in[2] = {s.l.data() + done, s.r.data() + done};
-        float* out[2] = {ol.data() + done, orr.data() + done};
-        float* key[2] = {s.kl.data() + done, s.kr.data() + done};
-        c.process(in, out, key, (int)std::min((size_t)chunk, n - done), external);
-    }
+    dsptest::InChunks(n, chunk,
+                      [&](size_t done, int count)
+                      {
+                          float* in[2] = {s.l.data() + done, s.r.data() + done};
+                          float* out[2] = {ol.data() + done, orr.data() + done};
+                          float* key[2] = {s.kl.data() + done, s.kr.data() + done};
+                          c.process(in, out, key, count, external);
+                      });
 }
 } // namespace
 

@@ -4,6 +4,7 @@
 
 #include "TestSignal.h"
 
+#include <algorithm>
 #include <cmath>
 #include <complex>
 #include <functional>
@@ -14,6 +15,13 @@ namespace dsptest
 using testsignal::kPi;
 using testsignal::Noise;
 using testsignal::Sine;
+
+// run(offset, count) over n samples in pieces of `chunk` (the last one shorter).
+template <class Run> void InChunks(size_t n, int chunk, Run run)
+{
+    for (size_t done = 0; done < n; done += (size_t)chunk)
+        run(done, (int)std::min((size_t)chunk, n - done));
+}
 
 // Gain in dB of a block filter at one frequency: a sine runs through it and
 // the output's RMS over the second half is compared with the input's.

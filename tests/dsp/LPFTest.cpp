@@ -15,24 +15,12 @@ using namespace dsptest;
 
 namespace
 {
-WAVEFORMATEX Format(uint32_t rate, uint16_t channels = 2)
-{
-    WAVEFORMATEX f{};
-    f.wFormatTag = WAVE_FORMAT_IEEE_FLOAT;
-    f.nChannels = channels;
-    f.nSamplesPerSec = rate;
-    f.nAvgBytesPerSec = rate * 8;
-    f.nBlockAlign = 8;
-    f.wBitsPerSample = 32;
-    return f;
-}
-
 // A processor set up for stereo at 44.1 kHz.
 struct Lpf : CVRXLPF
 {
     explicit Lpf(bool lowPass, int cutoffHz = 0) : CVRXLPF(lowPass)
     {
-        WAVEFORMATEX f = Format(44100);
+        WAVEFORMATEX f = FloatFormat(44100);
         SetMediaType(&f);
         if (cutoffHz)
             set_CutOff(cutoffHz * 65536);
@@ -71,15 +59,15 @@ void RunLPF(CVRXLPF& p, Stereo& s, std::vector<float>& ol, std::vector<float>& o
     const size_t n = s.l.size();
     ol.assign(n, 0.f);
     orr.assign(n, 0.f);
-    for (size_t done = 0; done < n; done += (size_t)chunk)
-    {
-        float* in[2] = {s.l.data() + done, s.r.data() + done};
-        float* out[2] = {ol.data() + done, orr.data() + done};
-        int outCount = -1;
-        const int count = (int)std::min((size_t)chunk, n - done);
-        ASSERT_TRUE(p.Transform(in, count, out, &outCount));
-        ASSERT_EQ(outCount, count);
-    }
+    dsptest::InChunks(n, chunk,
+                      [&](size_t done, int count)
+                      {
+                          float* in[2] = {s.l.data() + done, s.r.data() + done};
+                          float* out[2] = {ol.data() + done, orr.data() + done};
+                          int outCount = -1;
+                          ASSERT_TRUE(p.Transform(in, count, out, &outCount));
+                          ASSERT_EQ(outCount, count);
+                      });
 }
 } // namespace
 
@@ -204,12 +192,12 @@ TEST(LPF, FormatsMonoAndOtherChannelCounts)
 {
     CVRXLPF p(true);
     EXPECT_FALSE(p.SetMediaType(nullptr));
-    WAVEFORMATEX bad = Format(0);
+    WAVEFORMATEX bad = FloatFormat(0);
     EXPECT_FALSE(p.SetMediaType(&bad));
 
     // Mono: the left channel only, its peaks copied to the right. A new format
     // re-creates the filters, so the second pass starts from zero again.
-    WAVEFORMATEX mono = Format(44100, 1);
+    WAVEFORMATEX mono = FloatFormat(44100, 1);
     std::vector<float> l = Noise(300, 0.5f), ol(300);
     float* in[2] = {l.data(), nullptr};
     float* out[2] = {ol.data(), nullptr};
@@ -227,7 +215,7 @@ TEST(LPF, FormatsMonoAndOtherChannelCounts)
     EXPECT_EQ(oL, oR);
 
     // Three channels: nothing is processed.
-    WAVEFORMATEX three = Format(44100, 3);
+    WAVEFORMATEX three = FloatFormat(44100, 3);
     ASSERT_TRUE(p.SetMediaType(&three));
     std::vector<float> r(300, 0.25f), orr(300, 9.f);
     std::fill(ol.begin(), ol.end(), 9.f);

@@ -19,26 +19,8 @@ CPoint Centre(const CRect& r)
     return CPoint(r.left + r.Width() / 2, r.top + r.Height() / 2);
 }
 
-struct DisplayCase
-{
-    int param;
-    int editId;
-    int scale;
-    bool sign;
-    int width;
-};
-// clang-format off
-const DisplayCase kDisplays[] = {
-    {kParamThreshold, 120, 10,  true,  5},
-    {kParamAttack,    121, 10,  false, 4},
-    {kParamRelease,   122, 100, false, 4},
-    {kParamRatio,     123, 10,  false, 4},
-    {kParamInput,     124, 10,  true,  4},
-    {kParamOutput,    125, 10,  true,  4},
-    {kParamLowFreq,   126, 10,  true,  6},
-    {kParamHiFreq,    127, 10,  true,  6},
-};
-// clang-format on
+const int kDisplayedParams[] = {kParamThreshold, kParamAttack, kParamRelease, kParamRatio,
+                                kParamInput,     kParamOutput, kParamLowFreq, kParamHiFreq};
 
 class PanelTest : public EditorFixture
 {
@@ -58,39 +40,46 @@ protected:
 };
 } // namespace
 
-TEST_F(PanelTest, PressOnEachDisplayOpensTheEntryWithValueRangeWidthAndDecimals)
+// The field shows the value with the decimals of the effect's display text, as
+// an integer image, with the parameter's range and room for its ends.
+TEST_F(PanelTest, PressOnEachDisplayOpensTheEntryAtItsValueAndRange)
 {
     CVRXFloatEditWnd& field = Panel()->EntryField();
     ASSERT_NE(nullptr, field.GetSafeHwnd());
     EXPECT_FALSE(field.IsWindowVisible());
-    for (const DisplayCase& d : kDisplays)
+    for (int param : kDisplayedParams)
     {
-        const CRect rect = CUIWindow::DisplayRect(d.param);
+        const CRect rect = CUIWindow::DisplayRect(param);
         Click(Centre(rect));
-        EXPECT_EQ(d.editId, Panel()->GetEditId()) << d.param;
-        EXPECT_TRUE(field.IsWindowVisible()) << d.param;
-        EXPECT_EQ(d.width + 1, field.GetMaxChars()) << d.param;
-        EXPECT_EQ(d.sign, field.GetSign()) << d.param;
-        EXPECT_EQ(d.scale == 100 ? 2 : 1, field.GetEdit().GetFloatPoint()) << d.param;
+        EXPECT_TRUE(field.IsWindowVisible()) << param;
+        char shown[32] = {};
+        effect->getParameterDisplay(param, shown);
+        const char* point = std::strchr(shown, '.');
+        const int decimals = point ? (int)std::strlen(point + 1) : 0;
+        const int scale = decimals == 2 ? 100 : 10;
+        EXPECT_EQ(decimals, field.GetEdit().GetFloatPoint()) << param;
 
         float min, max;
-        GetParamMinMax(d.param, &min, &max);
+        GetParamMinMax(param, &min, &max);
         int lower = 0, upper = 0;
         field.GetSpin().GetRange32(lower, upper);
-        EXPECT_EQ((int)(min * d.scale), lower) << d.param;
-        EXPECT_EQ((int)(max * d.scale), upper) << d.param;
-        const int value = (int)(effect->getParameterDisplayVal(d.param) * d.scale);
-        EXPECT_EQ(value, field.GetSpin().GetPos32()) << d.param;
+        EXPECT_EQ((int)(min * scale), lower) << param;
+        EXPECT_EQ((int)(max * scale), upper) << param;
+        EXPECT_EQ(min < 0, min < 0 && field.GetSign()) << param; // a negative end can be typed
+        EXPECT_GT(field.GetMaxChars(), (int)std::to_string(lower).size()) << param;
+        EXPECT_GT(field.GetMaxChars(), (int)std::to_string(upper).size()) << param;
+        const int value = (int)(effect->getParameterDisplayVal(param) * scale);
+        EXPECT_EQ(value, field.GetSpin().GetPos32()) << param;
         CString text;
         field.GetText(text);
-        EXPECT_EQ(std::to_string(value), text.str()) << d.param;
+        EXPECT_EQ(std::to_string(value), text.str()) << param;
 
         // Top-left corner one pixel right of the display's.
         CRect wr, pr;
         field.GetWindowRect(&wr);
         Panel()->GetWindowRect(&pr);
-        EXPECT_EQ(rect.left + 1, wr.left - pr.left) << d.param;
-        EXPECT_EQ(rect.top, wr.top - pr.top) << d.param;
+        EXPECT_EQ(rect.left + 1, wr.left - pr.left) << param;
+        EXPECT_EQ(rect.top, wr.top - pr.top) << param;
     }
     // A press anywhere else closes the field unused.
     Click(CPoint(240, 30));

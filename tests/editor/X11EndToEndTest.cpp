@@ -271,8 +271,12 @@ TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
     MakeHostWindow();
     EXPECT_EQ(460, width);
     EXPECT_EQ(210, height);
+    // The host's X error handler is its own again after every editor call.
+    const XErrorHandler hostHandler = [](Display*, XErrorEvent*) { return 0; };
+    XSetErrorHandler(hostHandler);
     ASSERT_TRUE(OpenEditor());
     Idle(20);
+    EXPECT_EQ(hostHandler, XSetErrorHandler(nullptr));
 
     cairo_surface_t* shot = Screenshot();
     ASSERT_NE(nullptr, shot);

@@ -1,6 +1,7 @@
 // Checks the embedded panel images: present, valid PNG, sized for the panel's layout, opaque,
 // and drawn the way the panel reads them (knob angles, meter rows, lamp halves).
 #include "EmbeddedResources.h"
+#include "PanelLayout.h"
 
 #include <cairo.h>
 #include <gtest/gtest.h>
@@ -10,6 +11,7 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
+#include <vector>
 
 namespace
 {
@@ -104,11 +106,6 @@ private:
     cairo_surface_t* m_Surface = nullptr;
 };
 
-struct Box
-{
-    int l, t, r, b;
-};
-
 } // namespace
 
 TEST(EmbeddedResources, LookupByNameDecodesOpaqueImages)
@@ -177,24 +174,23 @@ TEST(EmbeddedResources, SizesFitTheLayout)
     }
 
     // Every rectangle the panel draws into lies inside the background.
-    // clang-format off
     const int halfLevel = level.w() / 2, halfGr = gr.w() / 2;
-    const Box boxes[] = {
-        {23, 7, 52, 27},     {64, 10, 89, 27},     {48, 45, 64, 178},    {14, 186, 48, 200},
-        {403, 45, 419, 178}, {404, 186, 438, 200}, {99, 54, 133, 88},    {92, 93, 140, 107},
-        {99, 139, 133, 173}, {92, 178, 140, 192},  {168, 68, 182, 80},   {168, 85, 182, 97},
-        {262, 66, 296, 100}, {255, 105, 303, 119}, {262, 141, 296, 175}, {255, 180, 303, 194},
-        {305, 56, 319, 68},  {333, 66, 367, 100},  {326, 105, 374, 119}, {333, 141, 367, 175},
-        {326, 180, 374, 194}, {141, 10, 184, 26},  {195, 10, 238, 26},
-        {29, 45, 29 + halfLevel, 45 + level.h()},   {38, 45, 38 + halfLevel, 45 + level.h()},
-        {422, 45, 422 + halfLevel, 45 + level.h()}, {431, 45, 431 + halfLevel, 45 + level.h()},
-        {198, 55, 198 + halfGr, 55 + gr.h()}};
-    // clang-format on
-    for (const Box& r : boxes)
+    std::vector<PanelRect> boxes = {kPanelLampRect, kPanelSaveRect};
+    for (const PanelControl& c : kPanelControls)
+    {
+        boxes.push_back(c.rect);
+        if (c.kind != PANEL_SWITCH)
+            boxes.push_back(c.display);
+    }
+    for (const PanelPoint& m : kPanelLevelMeters)
+        boxes.push_back({m.x, m.y, m.x + halfLevel, m.y + level.h()});
+    const PanelPoint& gm = kPanelReductionMeter;
+    boxes.push_back({gm.x, gm.y, gm.x + halfGr, gm.y + gr.h()});
+    for (const PanelRect& r : boxes)
         EXPECT_TRUE(r.l >= 0 && r.t >= 0 && r.r <= bg.w() && r.b <= bg.h()) << r.l << "," << r.t;
     // The two meters of a side sit next to each other without overlapping.
-    EXPECT_LE(29 + halfLevel, 38);
-    EXPECT_LE(422 + halfLevel, 431);
+    EXPECT_LE(kPanelLevelMeters[0].x + halfLevel, kPanelLevelMeters[1].x);
+    EXPECT_LE(kPanelLevelMeters[2].x + halfLevel, kPanelLevelMeters[3].x);
 }
 
 // Value texts are drawn in RGB(72, 72, 72): their boxes must be light.
@@ -202,11 +198,12 @@ TEST(EmbeddedResources, ValueDisplaysAreLight)
 {
     Image bg(5000);
     ASSERT_TRUE(bg.ok());
-    const Box displays[] = {{14, 186, 48, 200},   {404, 186, 438, 200}, {92, 93, 140, 107},
-                            {92, 178, 140, 192},  {255, 105, 303, 119}, {255, 180, 303, 194},
-                            {326, 105, 374, 119}, {326, 180, 374, 194}};
-    for (const Box& d : displays)
-        EXPECT_GT(bg.meanLuma(d.l, d.t, d.r, d.b), 72 + 90) << d.l << "," << d.t;
+    for (const PanelControl& c : kPanelControls)
+        if (c.kind != PANEL_SWITCH)
+        {
+            const PanelRect& d = c.display;
+            EXPECT_GT(bg.meanLuma(d.l, d.t, d.r, d.b), 72 + 90) << d.l << "," << d.t;
+        }
 }
 
 // Frame k shows the pointer at 30 + 5 k degrees clockwise from straight down, and the frame's
@@ -242,14 +239,14 @@ TEST(EmbeddedResources, KnobStripPointerAndEdges)
         double cosErr = (sx * ex + sy * ey) / len;
         EXPECT_GT(cosErr, std::cos(8 * pi / 180)) << "frame " << k;
     }
-    const Box knobs[] = {{99, 54, 133, 88},    {99, 139, 133, 173}, {262, 66, 296, 100},
-                         {262, 141, 296, 175}, {333, 66, 367, 100}, {333, 141, 367, 175}};
-    for (int k = 0; k < 61; ++k)
-        for (const Box& r : knobs)
-        {
-            EXPECT_EQ(knob.at(0, k * 34), bg.at(r.l, r.t));
-            EXPECT_EQ(knob.at(33, k * 34 + 33), bg.at(r.r - 1, r.b - 1));
-        }
+    for (int k = 0; k < PANEL_KNOB_FRAMES; ++k)
+        for (const PanelControl& c : kPanelControls)
+            if (c.kind == PANEL_KNOB)
+            {
+                const PanelRect& r = c.rect;
+                EXPECT_EQ(knob.at(0, k * 34), bg.at(r.l, r.t));
+                EXPECT_EQ(knob.at(33, k * 34 + 33), bg.at(r.r - 1, r.b - 1));
+            }
 }
 
 // Level strip: row 19 is 0 dB at 3 rows per dB; silence (row 133 down) lights nothing, full
