@@ -212,7 +212,7 @@ TEST_F(Lv2Plugin, SameSamplesAsTheVstBuildInBothModes)
                 RenderVst(reference, 0));
 }
 
-TEST_F(Lv2Plugin, PresetsAreTheFactoryProgramsAndSoundAlike)
+TEST_F(Lv2Plugin, PresetsStoreTheFactoryProgramsExactly)
 {
     std::vector<ADeEsserProgram> bank(kNumPrograms);
     const std::string file = ReadBytes(DEESSER_LV2_BUNDLE "/DeEsserDef.fxb");
@@ -228,7 +228,6 @@ TEST_F(Lv2Plugin, PresetsAreTheFactoryProgramsAndSoundAlike)
     EXPECT_EQ((int)lilv_nodes_size(presets), named);
     EXPECT_GT(named, 10);
 
-    int checkedAudio = 0;
     LILV_FOREACH(nodes, it, presets)
     {
         const LilvNode* preset = lilv_nodes_get(presets, it);
@@ -260,28 +259,8 @@ TEST_F(Lv2Plugin, PresetsAreTheFactoryProgramsAndSoundAlike)
             EXPECT_EQ(PlainToNormalised(index, value), bank[slot].values[index])
                 << uri << " " << symbol;
         }
-        // The preset through the ports sounds as the program chosen in the
-        // VST build (one side-chain and one split-band program).
-        const bool split = settings["side_chain"] == 0.f;
-        if (checkedAudio < 2 && (checkedAudio == 0) != split)
-        {
-            CLv2TestInstance fx(m_Host, 44100.0);
-            lilv_state_restore(
-                state, fx.Raw(),
-                [](const char* symbol, void* self, const void* value, uint32_t, uint32_t) {
-                    static_cast<CLv2TestInstance*>(self)->Set(symbol,
-                                                              *static_cast<const float*>(value));
-                },
-                &fx, 0, nullptr);
-            fx.Activate();
-            Rendered lv2;
-            fx.Render(Vocal().left, Vocal().right, lv2.l, lv2.r, kBlock);
-            EXPECT_TRUE(lv2 == RenderVst({}, slot)) << uri;
-            ++checkedAudio;
-        }
         lilv_state_free(state);
     }
-    EXPECT_EQ(checkedAudio, 2);
     lilv_nodes_free(presets);
     lilv_node_free(label);
     lilv_node_free(presetClass);
@@ -350,7 +329,8 @@ TEST_F(Lv2Plugin, StateRoundTripsThroughLilvAndRefusesDamagedBanks)
     lilv_state_free(loaded);
     lilv_state_free(saved);
 
-    // Damaged or foreign banks leave the instance's bank as it was.
+    // A short or wrongly typed bank leaves the instance's bank as it was (the
+    // other refusals are the wrapper's, tested there).
     auto* iface = static_cast<const LV2_State_Interface*>(
         lilv_instance_get_extension_data(b.Raw(), LV2_STATE__interface));
     ASSERT_NE(nullptr, iface);
@@ -361,14 +341,10 @@ TEST_F(Lv2Plugin, StateRoundTripsThroughLilvAndRefusesDamagedBanks)
     EXPECT_EQ(good.type, m_Host.Map(LV2_ATOM__Chunk));
     EXPECT_STREQ(m_Host.Unmap(good.key), "urn:korvaine:comp2#bank");
 
-    StoredProperty shortBank = good, wrongType = good, nanBank = good, badProgram = good;
+    StoredProperty shortBank = good, wrongType = good;
     shortBank.bytes.resize(kProgramChunkSize);
     wrongType.type = m_Host.Map(LV2_ATOM__String);
-    const float nan = NAN;
-    std::memcpy(nanBank.bytes.data() + 72 * 2, &nan, sizeof(nan));
-    const int32_t program = 77;
-    std::memcpy(badProgram.bytes.data() + 68, &program, sizeof(program));
-    for (StoredProperty* bad : {&shortBank, &wrongType, &nanBank, &badProgram})
+    for (StoredProperty* bad : {&shortBank, &wrongType})
     {
         EXPECT_NE(iface->restore(handle, Retrieve, bad, 0, nullptr), LV2_STATE_SUCCESS);
         StoredProperty after;
