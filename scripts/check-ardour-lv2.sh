@@ -160,7 +160,7 @@ XML
     # The panel: the 460-pixel wide child of the plug-in's window.
     local at=""
     for i in $(seq 1 120); do
-        at=$(xwininfo -root -tree 2>/dev/null | awk '/"voice: Comp2/ { found = 1 } found && /\(has no name\): \(\)  460x2[0-9][0-9]\+0\+0/ { print $NF; exit }')
+        at=$(xwininfo -root -tree 2>/dev/null | awk '/"voice: Comp2/ { found = 1 } found && /\(has no name\): \(\)  460x2[0-9][0-9]\+0\+0/ { print $NF; exit }' || true)
         [ -n "$at" ] && break
         sleep 0.5
     done
