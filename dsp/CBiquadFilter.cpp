@@ -84,13 +84,7 @@ void CBiquadFilter::OperateFilter(const float* in, float* out, int count)
     if (count <= 0)
         return;
     // Adding -a y is subtracting a y, exactly.
-    DirectForm1<float> f{b0, b1, b2, -a1, -a2, x1, x2, y1, y2};
-    for (int i = 0; i < count; ++i)
-        out[i] = f.Step(in[i]);
-    x1 = f.x1;
-    x2 = f.x2;
-    y1 = f.y1;
-    y2 = f.y2;
+    RunDirectForm1(in, out, count, b0, b1, b2, -a1, -a2, x1, x2, y1, y2);
 }
 
 namespace

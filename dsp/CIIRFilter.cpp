@@ -56,13 +56,7 @@ void CIIRFilter::OperateEqualizer(const float* in, float* out, int count)
     CSingleLock lock(m_Lock);
     // State in registers; for count >= 2 identical, term for term, to the
     // recursion that re-reads in[i-1], in[i-2], out[i-1], out[i-2].
-    DirectForm1<float> f{b0, b1, b2, fb1, fb2, x1, x2, y1, y2};
-    for (int i = 0; i < count; ++i)
-        out[i] = f.Step(in[i]);
-    x1 = f.x1;
-    x2 = f.x2;
-    y1 = f.y1;
-    y2 = f.y2;
+    RunDirectForm1(in, out, count, b0, b1, b2, fb1, fb2, x1, x2, y1, y2);
 }
 
 void CIIRFilter::Reset()

@@ -20,3 +20,16 @@ template <class T> struct DirectForm1
         return y;
     }
 };
+
+// One channel's block, its state read from and written back to x1 ... y2.
+inline void RunDirectForm1(const float* in, float* out, int count, float b0, float b1, float b2,
+                           float f1, float f2, float& x1, float& x2, float& y1, float& y2)
+{
+    DirectForm1<float> f{b0, b1, b2, f1, f2, x1, x2, y1, y2};
+    for (int i = 0; i < count; ++i)
+        out[i] = f.Step(in[i]);
+    x1 = f.x1;
+    x2 = f.x2;
+    y1 = f.y1;
+    y2 = f.y2;
+}

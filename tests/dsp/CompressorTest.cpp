@@ -76,17 +76,12 @@ struct Signal
 void RunBlocks(CVRXComp& c, Signal& s, std::vector<float>& ol, std::vector<float>& orr, int chunk,
                bool external)
 {
-    const size_t n = s.l.size();
-    ol.assign(n, 0.f);
-    orr.assign(n, 0.f);
-    dsptest::InChunks(n, chunk,
-                      [&](size_t done, int count)
-                      {
-                          float* in[2] = {s.l.data() + done, s.r.data() + done};
-                          float* out[2] = {ol.data() + done, orr.data() + done};
-                          float* key[2] = {s.kl.data() + done, s.kr.data() + done};
-                          c.process(in, out, key, count, external);
-                      });
+    RunStereo(s.l, s.r, ol, orr, chunk,
+              [&](float** in, float** out, size_t done, int count)
+              {
+                  float* key[2] = {s.kl.data() + done, s.kr.data() + done};
+                  c.process(in, out, key, count, external);
+              });
 }
 } // namespace
 

@@ -16,11 +16,21 @@ using testsignal::kPi;
 using testsignal::Noise;
 using testsignal::Sine;
 
-// run(offset, count) over n samples in pieces of `chunk` (the last one shorter).
-template <class Run> void InChunks(size_t n, int chunk, Run run)
+// process(in, out, offset, count) over the stereo pair l, r into ol, orr, in
+// pieces of `chunk` samples (the last one shorter).
+template <class Process>
+void RunStereo(std::vector<float>& l, std::vector<float>& r, std::vector<float>& ol,
+               std::vector<float>& orr, int chunk, Process process)
 {
+    const size_t n = l.size();
+    ol.assign(n, 0.f);
+    orr.assign(n, 0.f);
     for (size_t done = 0; done < n; done += (size_t)chunk)
-        run(done, (int)std::min((size_t)chunk, n - done));
+    {
+        float* in[2] = {l.data() + done, r.data() + done};
+        float* out[2] = {ol.data() + done, orr.data() + done};
+        process(in, out, done, (int)std::min((size_t)chunk, n - done));
+    }
 }
 
 // Gain in dB of a block filter at one frequency: a sine runs through it and

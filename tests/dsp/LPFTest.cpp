@@ -56,18 +56,13 @@ std::vector<float> Reference(const std::vector<float>& in, float rate, float cut
 
 void RunLPF(CVRXLPF& p, Stereo& s, std::vector<float>& ol, std::vector<float>& orr, int chunk)
 {
-    const size_t n = s.l.size();
-    ol.assign(n, 0.f);
-    orr.assign(n, 0.f);
-    dsptest::InChunks(n, chunk,
-                      [&](size_t done, int count)
-                      {
-                          float* in[2] = {s.l.data() + done, s.r.data() + done};
-                          float* out[2] = {ol.data() + done, orr.data() + done};
-                          int outCount = -1;
-                          ASSERT_TRUE(p.Transform(in, count, out, &outCount));
-                          ASSERT_EQ(outCount, count);
-                      });
+    RunStereo(s.l, s.r, ol, orr, chunk,
+              [&](float** in, float** out, size_t, int count)
+              {
+                  int outCount = -1;
+                  ASSERT_TRUE(p.Transform(in, count, out, &outCount));
+                  ASSERT_EQ(outCount, count);
+              });
 }
 } // namespace
 

@@ -1,5 +1,6 @@
 // Checks the embedded panel images: present, valid PNG, sized for the panel's layout, opaque,
 // and drawn the way the panel reads them (knob angles, meter rows, lamp halves).
+#include "CBitmap.h"
 #include "EmbeddedResources.h"
 #include "PanelLayout.h"
 
@@ -16,23 +17,6 @@
 namespace
 {
 
-struct Reader
-{
-    const unsigned char* data;
-    size_t size;
-    size_t pos;
-};
-
-cairo_status_t ReadChunk(void* closure, unsigned char* out, unsigned int length)
-{
-    Reader* r = static_cast<Reader*>(closure);
-    if (r->size - r->pos < length)
-        return CAIRO_STATUS_READ_ERROR;
-    std::memcpy(out, r->data + r->pos, length);
-    r->pos += length;
-    return CAIRO_STATUS_SUCCESS;
-}
-
 // Decoded image of resource id; owns the surface.
 class Image
 {
@@ -44,15 +28,9 @@ public:
         const unsigned char* data = GetEmbeddedResource(name.c_str(), &size);
         if (!data)
             return;
-        Reader r{data, size, 0};
-        m_Surface = cairo_image_surface_create_from_png_stream(ReadChunk, &r);
-        if (cairo_surface_status(m_Surface) != CAIRO_STATUS_SUCCESS)
-        {
-            cairo_surface_destroy(m_Surface);
-            m_Surface = nullptr;
-            return;
-        }
-        cairo_surface_flush(m_Surface);
+        m_Surface = AfxLoadPNG(data, size);
+        if (m_Surface)
+            cairo_surface_flush(m_Surface);
     }
     ~Image()
     {
