@@ -187,7 +187,7 @@ std::string PluginTtl(const std::string& binary)
         << "> ;\n"
            "    lv2:requiredFeature <http://lv2plug.in/ns/ext/instance-access> , ui:parent ,\n"
            "        ui:idleInterface ;\n"
-           "    lv2:optionalFeature ui:resize , urid:map , opts:options ;\n"
+           "    lv2:optionalFeature ui:resize , ui:noUserResize , urid:map , opts:options ;\n"
            "    lv2:extensionData ui:idleInterface , opts:interface ;\n"
            "    opts:supportedOption ui:scaleFactor .\n";
     return out.str();
