@@ -1,5 +1,6 @@
 // Job planning, the worker threads of a batch and its report lines.
 #include "Batch.h"
+#include "COutputFile.h"
 #include "HostError.h"
 #include "OutputFormat.h"
 
@@ -101,32 +102,11 @@ int SpoolStandardInput()
         throw CHostError("cannot make a spool file for standard input in " + pattern + ": " +
                          std::strerror(errno));
     unlink(name.data());
-    std::vector<char> buffer(1 << 20);
-    for (;;)
+    if (!CopyDescriptor(STDIN_FILENO, fd))
     {
-        ssize_t n = read(STDIN_FILENO, buffer.data(), buffer.size());
-        if (n == 0)
-            break;
-        if (n < 0 && errno == EINTR)
-            continue;
-        if (n < 0)
-        {
-            close(fd);
-            throw CHostError(std::string("cannot read standard input: ") + std::strerror(errno));
-        }
-        for (ssize_t done = 0; done < n;)
-        {
-            ssize_t w = write(fd, buffer.data() + done, (size_t)(n - done));
-            if (w < 0 && errno == EINTR)
-                continue;
-            if (w <= 0)
-            {
-                close(fd);
-                throw CHostError(std::string("cannot spool standard input: ") +
-                                 std::strerror(errno));
-            }
-            done += w;
-        }
+        int err = errno;
+        close(fd);
+        throw CHostError(std::string("cannot spool standard input: ") + std::strerror(err));
     }
     lseek(fd, 0, SEEK_SET);
     return fd;

@@ -207,34 +207,15 @@ void COutputFile::Commit()
 {
     if (m_Path == "-")
     {
-        if (!m_Direct)
+        if (!m_Direct) // the finished file copied to standard output
         {
-            // Copy the finished file to standard output.
-            std::vector<char> buffer(1 << 20);
             lseek(m_Fd, 0, SEEK_SET);
-            ssize_t n;
-            while ((n = read(m_Fd, buffer.data(), buffer.size())) != 0)
+            if (!CopyDescriptor(m_Fd, STDOUT_FILENO))
             {
-                if (n < 0 && errno == EINTR)
-                    continue;
-                for (ssize_t done = 0; n > 0 && done < n;)
-                {
-                    ssize_t w = write(STDOUT_FILENO, buffer.data() + done, (size_t)(n - done));
-                    if (w < 0 && errno == EINTR)
-                        continue;
-                    if (w <= 0)
-                    {
-                        Abort();
-                        throw CHostError(std::string("cannot write standard output: ") +
-                                         std::strerror(errno));
-                    }
-                    done += w;
-                }
-                if (n < 0)
-                {
-                    Abort();
-                    throw CHostError("cannot read back the output");
-                }
+                int err = errno;
+                Abort();
+                throw CHostError(std::string("cannot write standard output: ") +
+                                 std::strerror(err));
             }
         }
         Abort(); // closes the descriptor; nothing to remove
@@ -275,6 +256,30 @@ void COutputFile::Abort()
         g_PendingUsed[m_Slot] = 0;
     m_Slot = -1;
     m_Done = true;
+}
+
+bool CopyDescriptor(int from, int to)
+{
+    std::vector<char> buffer(1 << 20);
+    for (;;)
+    {
+        ssize_t n = read(from, buffer.data(), buffer.size());
+        if (n == 0)
+            return true;
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n < 0)
+            return false;
+        for (ssize_t done = 0; done < n;)
+        {
+            ssize_t w = write(to, buffer.data() + done, (size_t)(n - done));
+            if (w < 0 && errno == EINTR)
+                continue;
+            if (w <= 0)
+                return false;
+            done += w;
+        }
+    }
 }
 
 void InstallCleanupHandlers()

@@ -47,6 +47,10 @@ private:
     unsigned m_Uid = 0, m_Gid = 0;
 };
 
+// Copies everything readable from one descriptor to another (EINTR retried);
+// false on a read or write error, with errno set.
+bool CopyDescriptor(int from, int to);
+
 // Installs the handlers that remove pending temporary files on SIGINT,
 // SIGTERM and SIGHUP, then end the process by the same signal.
 void InstallCleanupHandlers();

@@ -31,7 +31,7 @@ double powerDb(double p)
 double EffectSettings::OutputGain() const
 {
     // The plug-in's m_OutputGain: 2^(dB / 6), kept as a float.
-    return (float)std::exp2((double)NormalizeValToInternalVal(kParamOutput, norm[1]) / 6.0);
+    return (float)Db6ToGain((double)NormalizeValToInternalVal(kParamOutput, norm[1]));
 }
 
 double EffectSettings::ThresholdDb() const

@@ -11,10 +11,6 @@
 #include <filesystem>
 #include <sys/stat.h>
 
-#define REQUIRE_DEESSER()                                                                          \
-    if (!Exists(DeEsserPath()))                                                                    \
-    GTEST_SKIP() << "DeEsser.so is not built at " << DeEsserPath()
-
 namespace
 {
 size_t count(const std::string& text, const std::string& what)

@@ -15,10 +15,6 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#define REQUIRE_DEESSER()                                                                          \
-    if (!Exists(DeEsserPath()))                                                                    \
-    GTEST_SKIP() << "DeEsser.so is not built at " << DeEsserPath()
-
 namespace
 {
 struct Format

@@ -12,10 +12,6 @@
 
 #include <cmath>
 
-#define REQUIRE_DEESSER()                                                                          \
-    if (!Exists(DeEsserPath()))                                                                    \
-    GTEST_SKIP() << "DeEsser.so is not built at " << DeEsserPath()
-
 namespace
 {
 // The number after "key": at the first match of each key in turn, so that

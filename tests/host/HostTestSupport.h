@@ -56,3 +56,8 @@ inline std::string FakePlugin(int kind)
 {
     return std::string(FAKE_PLUGIN_DIR) + "/fake_plugin_" + std::to_string(kind) + ".so";
 }
+
+// Skips a test that needs the built de-esser when it is not there.
+#define REQUIRE_DEESSER()                                                                          \
+    if (!Exists(DeEsserPath()))                                                                    \
+    GTEST_SKIP() << "DeEsser.so is not built at " << DeEsserPath()
