@@ -8,9 +8,12 @@
 #include <cstring>
 #include <thread>
 
+#include <cairo.h>
+
 #include "AfxPopupList.h"
 #include "CPresetSaveDlg.h"
 #include "ParamTable.h"
+#include "TestFiles.h"
 
 namespace
 {
@@ -453,4 +456,69 @@ TEST(PanelLayout, NoTwoPressTargetsOverlap)
             CRect both;
             EXPECT_FALSE(both.IntersectRect(targets[i], targets[j])) << i << " and " << j;
         }
+}
+
+// At scale 2 the panel works in panel pixels while everything it shows is
+// twice as large: input at device pixels reaches the controls halved, and the
+// entry field, the copy menu and the save dialog are drawn at twice their
+// size in window pixels (their text at device resolution).
+TEST(PanelAtScale2, InputIsHalvedAndEveryWindowIsDrawnAtTwiceItsSize)
+{
+    ScopedEnv noEnvironment("DEESSER_UI_SCALE", nullptr);
+    CHeadless::SetDesktopScale(2.0);
+    ADeEsser effect(RecordingHostCallback);
+    effect.dispatcher(effOpen, 0, 0, nullptr, 0.f);
+    ASSERT_EQ(1, effect.dispatcher(effEditOpen, 0, 0, (void*)0x1, 0.f));
+    CUIWindow* panel = static_cast<CDeEsserEditor*>(effect.getEditor())->GetUIWindow();
+    auto device = [](int x, int y) { return CPoint(2 * x, 2 * y); };
+    // Twice as wide in device pixels as in window pixels.
+    auto drawnAtTwice = [](CWnd* wnd)
+    {
+        CRect r;
+        wnd->GetClientRect(&r);
+        CBitmap shot;
+        shot.Attach(CHeadless::Snapshot(wnd));
+        return r.Width() > 0 && cairo_image_surface_get_width(shot.GetHandle()) == 2 * r.Width();
+    };
+
+    // A drag on the Threshold knob, 10 panel pixels left of its centre: 0.2
+    // (from the middle: a knob resting at an end keeps to it).
+    effect.setParameter(kParamThreshold, 0.5f);
+    CHeadless::MouseDown(panel, device(279 - 10, 83));
+    CHeadless::MouseUp(panel, device(279 - 10, 83));
+    EXPECT_NEAR(0.2f, effect.getParameter(kParamThreshold), 1e-4);
+
+    // The threshold display opens the entry field over it; typing works.
+    CHeadless::MouseDown(panel, device(279, 112));
+    CHeadless::MouseUp(panel, device(279, 112));
+    CVRXFloatEditWnd& field = panel->EntryField();
+    ASSERT_TRUE(field.IsWindowVisible());
+    CRect at;
+    field.GetWindowRect(&at);
+    panel->ScreenToClient(&at);
+    EXPECT_EQ(CPoint(256, 105), at.TopLeft());
+    EXPECT_TRUE(drawnAtTwice(&field));
+    field.GetEdit().SetWindowText("");
+    CHeadless::Type("-12.5");
+    CHeadless::Key(VK_RETURN_KEY);
+    EXPECT_NEAR((-12.505 + 100.0) / 100.0, effect.getParameter(kParamThreshold), 1e-5);
+
+    // The copy menu and the save dialog.
+    int modals = 0;
+    CHeadless::SetModalHook(
+        [&](CWnd* modal)
+        {
+            ++modals;
+            EXPECT_TRUE(drawnAtTwice(modal));
+            modal->SendMessage(WM_CLOSE);
+        });
+    CHeadless::MouseDown(panel, device(70, 15)); // COPY
+    CHeadless::MouseUp(panel, device(70, 15));
+    CHeadless::MouseDown(panel, device(216, 18)); // SAVE
+    CHeadless::MouseUp(panel, device(216, 18));
+    EXPECT_EQ(2, modals);
+    CHeadless::SetModalHook({});
+
+    effect.dispatcher(effEditClose, 0, 0, nullptr, 0.f);
+    CHeadless::SetDesktopScale(0.0);
 }

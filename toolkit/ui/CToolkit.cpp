@@ -385,7 +385,8 @@ bool CallModalHook(CWnd* modal)
         CRect r;
         if (CHeadless::GetMenuItemRect(modal, s.pickMenuId, &r))
         {
-            CPoint p(r.left + r.Width() / 2, r.top + r.Height() / 2);
+            const CRect d = ToDevice(r); // input arrives in device pixels
+            CPoint p(d.left + d.Width() / 2, d.top + d.Height() / 2);
             CHeadless::MouseMove(modal, p);
             CHeadless::Click(modal, p);
         }
