@@ -17,13 +17,16 @@
 namespace
 {
 
-// Decoded image of resource id; owns the surface.
+// Decoded image of resource id as drawn at a whole scale ("5000@2x.png");
+// owns the surface.
 class Image
 {
 public:
-    explicit Image(int id)
+    explicit Image(int id, int scale = 1)
     {
-        std::string name = std::to_string(id) + ".png";
+        std::string name = std::to_string(id) +
+                           (scale == 1 ? std::string() : "@" + std::to_string(scale) + "x") +
+                           ".png";
         size_t size = 0;
         const unsigned char* data = GetEmbeddedResource(name.c_str(), &size);
         if (!data)
@@ -285,4 +288,37 @@ TEST(EmbeddedResources, LampAndSwitchStates)
             EXPECT_LT(unlit.maxChroma(0, y0, unlit.w(), y1), 60) << second << " half " << half;
         }
     }
+}
+
+// Every image is drawn again at 2x, 3x and 4x: exactly that many times the
+// pixels each way (so the panel's layout holds at every scale), opaque, and
+// drawn, not enlarged: a 2x knob frame has detail a doubled 1x frame lacks.
+TEST(EmbeddedResources, EveryImageIsDrawnAtTwoThreeAndFourTimes)
+{
+    for (int id = 5000; id <= 5020; ++id)
+    {
+        Image one(id);
+        ASSERT_TRUE(one.ok()) << id;
+        for (int scale : {2, 3, 4})
+        {
+            Image img(id, scale);
+            ASSERT_TRUE(img.ok()) << id << "@" << scale;
+            EXPECT_EQ(one.w() * scale, img.w()) << id << "@" << scale;
+            EXPECT_EQ(one.h() * scale, img.h()) << id << "@" << scale;
+            int transparent = 0;
+            for (int y = 0; y < img.h(); ++y)
+                for (int x = 0; x < img.w(); ++x)
+                    transparent += (img.at(x, y) >> 24) != 255;
+            EXPECT_EQ(0, transparent) << id << "@" << scale;
+        }
+    }
+    // Within the 2x knob strip's first frame, 2x2 blocks are not all flat:
+    // a pixel-doubled image would have every block flat.
+    Image knob(5001, 2);
+    int uneven = 0;
+    for (int y = 0; y < 68; y += 2)
+        for (int x = 0; x < 68; x += 2)
+            uneven += knob.at(x, y) != knob.at(x + 1, y) || knob.at(x, y) != knob.at(x, y + 1) ||
+                      knob.at(x, y) != knob.at(x + 1, y + 1);
+    EXPECT_GT(uneven, 300);
 }
