@@ -118,9 +118,10 @@ protected:
         m_Instance->Run(buffer.data(), buffer.data(), buffer.data(), buffer.data(), 256);
     }
 
-    // Instantiates with the given scale (0: none) and, optionally, without
+    // Instantiates with the host's scale (1 unless told: the panel's pixels
+    // whatever the desktop says; 0: none) and, optionally, without
     // a parent or instance access.
-    LV2UI_Handle Open(float scale = 0.f, bool parent = true, bool instance = true)
+    LV2UI_Handle Open(float scale = 1.f, bool parent = true, bool instance = true)
     {
         m_Scale = scale;
         m_Resize = {&m_UiHost, &UiHost::Resize};
@@ -329,10 +330,12 @@ TEST_F(Lv2Ui, RefusesWithoutParentOrInstanceAndWhileAnotherIsOpen)
 
 TEST_F(Lv2Ui, HostScaleReachesTheEditor)
 {
-    m_Ui = Open();
+    // The host's scale beats any desktop setting (DEESSER_UI_SCALE, Xft.dpi).
+    m_Ui = Open(1.f);
     ASSERT_NE(nullptr, m_Ui);
     ASSERT_EQ(m_UiHost.sizes.size(), 1u);
     const std::pair<int, int> one = m_UiHost.sizes[0];
+    EXPECT_EQ(one, std::make_pair(460, 210));
     m_Descriptor->cleanup(m_Ui);
     m_UiHost.sizes.clear();
     m_Ui = Open(2.f);
