@@ -358,31 +358,16 @@ TEST_F(Lv2Plugin, StateRoundTripsThroughLilvAndRefusesDamagedBanks)
 
 TEST_F(Lv2Plugin, LoadsWithoutAnyHostFeature)
 {
-    LilvInstance* bare = lilv_plugin_instantiate(m_Host.Plugin(), 44100.0, nullptr);
-    ASSERT_NE(nullptr, bare);
-    std::vector<float> controls(19, 0.f);
-    std::vector<float> defs(19);
-    lilv_plugin_get_port_ranges_float(m_Host.Plugin(), nullptr, nullptr, defs.data());
-    for (uint32_t i = 4; i < 19; ++i)
-    {
-        controls[i] = defs[i];
-        lilv_instance_connect_port(bare, i, &controls[i]);
-    }
-    std::vector<float> l(Vocal().left.begin(), Vocal().left.begin() + 8192), r = l, outL(8192),
-                                                                             outR(8192);
-    lilv_instance_connect_port(bare, 0, l.data());
-    lilv_instance_connect_port(bare, 1, r.data());
-    lilv_instance_connect_port(bare, 2, outL.data());
-    lilv_instance_connect_port(bare, 3, outR.data());
-    lilv_instance_activate(bare);
-    lilv_instance_run(bare, 8192); // more than its own block: split inside
-    lilv_instance_deactivate(bare);
-    EXPECT_NE(outL, std::vector<float>(8192, 0.f));
+    CLv2TestInstance bare(m_Host, 44100.0, false);
+    ASSERT_NE(nullptr, bare.Raw());
+    bare.Activate();
+    std::vector<float> l(Vocal().left.begin(), Vocal().left.begin() + 8192), out(8192);
+    bare.Run(l.data(), l.data(), out.data(), out.data(), 8192); // more than its own block
+    EXPECT_NE(out, std::vector<float>(8192, 0.f));
     auto* iface = static_cast<const LV2_State_Interface*>(
-        lilv_instance_get_extension_data(bare, LV2_STATE__interface));
+        lilv_instance_get_extension_data(bare.Raw(), LV2_STATE__interface));
     StoredProperty p;
-    EXPECT_EQ(iface->save(lilv_instance_get_handle(bare), Store, &p, 0, nullptr),
+    EXPECT_EQ(iface->save(lilv_instance_get_handle(bare.Raw()), Store, &p, 0, nullptr),
               LV2_STATE_ERR_NO_FEATURE);
-    lilv_instance_free(bare);
 }
 } // namespace

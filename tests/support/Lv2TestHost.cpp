@@ -58,7 +58,8 @@ const char* CLv2TestHost::Unmap(LV2_URID urid) const
     return urid >= 1 && urid <= m_Uris.size() ? m_Uris[urid - 1].c_str() : nullptr;
 }
 
-CLv2TestInstance::CLv2TestInstance(CLv2TestHost& host, double sampleRate) : m_Host(host)
+CLv2TestInstance::CLv2TestInstance(CLv2TestHost& host, double sampleRate, bool withFeatures)
+    : m_Host(host)
 {
     const LilvPlugin* plugin = host.Plugin();
     if (!plugin)
@@ -81,7 +82,8 @@ CLv2TestInstance::CLv2TestInstance(CLv2TestHost& host, double sampleRate) : m_Ho
     lilv_node_free(audio);
     lilv_node_free(input);
 
-    m_Instance = lilv_plugin_instantiate(plugin, sampleRate, host.Features());
+    m_Instance =
+        lilv_plugin_instantiate(plugin, sampleRate, withFeatures ? host.Features() : nullptr);
     if (!m_Instance)
         return;
     for (uint32_t i = 0; i < ports; ++i)

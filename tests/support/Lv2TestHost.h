@@ -48,8 +48,9 @@ private:
 class CLv2TestInstance
 {
 public:
-    // Null Raw() when the plug-in refuses.
-    CLv2TestInstance(CLv2TestHost& host, double sampleRate);
+    // Null Raw() when the plug-in refuses. withFeatures false: the host
+    // offers no feature at all.
+    CLv2TestInstance(CLv2TestHost& host, double sampleRate, bool withFeatures = true);
     ~CLv2TestInstance();
     CLv2TestInstance(const CLv2TestInstance&) = delete;
     CLv2TestInstance& operator=(const CLv2TestInstance&) = delete;
