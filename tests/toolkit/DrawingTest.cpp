@@ -253,3 +253,48 @@ TEST(ToolkitDrawing, PaintAndClientContextsDrawIntoTheWindow)
     late.FillSolidRect(0, 0, 5, 5, RGB(1, 2, 3));
     EXPECT_EQ(late.GetPixel(1, 1), RGB(1, 2, 3));
 }
+
+// Images for a scale: the resource drawn at that scale is taken as it is,
+// another scale is resampled from the next one drawn above it (else below),
+// and sizes stay in window pixels. Copies between contexts of one scale land
+// on device pixels one to one.
+TEST(ToolkitDrawing, ImagesAndCopiesAtAScale)
+{
+    std::vector<unsigned char> one = TwoColourPng(4, 2), two = TwoColourPng(8, 4);
+    AfxRegisterResource("7100.png", one.data(), one.size());
+    AfxRegisterResource("7100@2x.png", two.data(), two.size());
+    const struct
+    {
+        double scale;
+        CSize device;
+    } cases[] = {{1.0, {4, 2}}, {2.0, {8, 4}}, {1.5, {6, 3}}, {3.0, {12, 6}}, {9.0, {4, 2}}};
+    for (const auto& c : cases)
+    {
+        CBitmap bmp;
+        ASSERT_TRUE(bmp.Attach(LoadBitmapScaled(7100, c.scale))) << c.scale;
+        EXPECT_EQ(CSize(4, 2), bmp.GetSize()) << c.scale;
+        EXPECT_EQ(c.device.cx, cairo_image_surface_get_width(bmp.GetHandle())) << c.scale;
+        EXPECT_EQ(c.device.cy, cairo_image_surface_get_height(bmp.GetHandle())) << c.scale;
+        EXPECT_EQ(RGB(255, 0, 0), PixelOf(bmp, 0, 0)) << c.scale; // device pixels
+        EXPECT_EQ(RGB(0, 0, 255), PixelOf(bmp, c.device.cx - 1, 0)) << c.scale;
+    }
+
+    // At scale 2 a bitmap context has twice the pixels; a copy of the 2x
+    // image at window (1, 0) puts its device column 0 at device column 2.
+    CToolkit::SetScale(2.0);
+    CBitmap image;
+    ASSERT_TRUE(image.Attach(LoadBitmapScaled(7100, 2.0)));
+    CDC src, dst;
+    src.CreateCompatibleDC(nullptr);
+    src.SelectObject(&image);
+    ASSERT_TRUE(dst.CreateBitmapDC(6, 2));
+    EXPECT_EQ(CSize(6, 2), dst.GetTargetSize());
+    dst.FillSolidRect(0, 0, 6, 2, RGB(0, 255, 0));
+    ASSERT_TRUE(dst.BitBlt(1, 0, 4, 2, &src, 0, 0, SRCCOPY));
+    const COLORREF row[12] = {RGB(0, 255, 0), RGB(0, 255, 0), RGB(255, 0, 0), RGB(255, 0, 0),
+                              RGB(255, 0, 0), RGB(255, 0, 0), RGB(0, 0, 255), RGB(0, 0, 255),
+                              RGB(0, 0, 255), RGB(0, 0, 255), RGB(0, 255, 0), RGB(0, 255, 0)};
+    for (int x = 0; x < 12; ++x)
+        EXPECT_EQ(row[x], dst.GetPixel(x, 3)) << x;
+    CToolkit::SetScale(1.0);
+}
