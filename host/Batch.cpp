@@ -1,5 +1,6 @@
 // Job planning, the worker threads of a batch and its report lines.
 #include "Batch.h"
+#include "CJsonWriter.h"
 #include "COutputFile.h"
 #include "HostError.h"
 #include "OutputFormat.h"
@@ -184,7 +185,17 @@ int RunJobs(const std::vector<FileJob>& jobs, int threads, const OutputChoices& 
             std::fprintf(stderr, "deesser: warning: %s%s\n", where.c_str(), w.c_str());
         if (!r.ok)
             std::fprintf(stderr, "deesser: %s%s\n", where.c_str(), r.error.c_str());
-        if (out.json && !r.json.empty())
+        if (out.json && !r.ok)
+        {
+            CJsonWriter j; // a failed file has its object too
+            j.BeginObject().String("input", job.input).String("output", job.output);
+            j.String("error", r.error).BeginArray("warnings");
+            for (const std::string& w : r.warnings)
+                j.String(nullptr, w);
+            j.EndArray().EndObject();
+            std::fprintf(text, "%s\n", j.Text().c_str());
+        }
+        else if (out.json && !r.json.empty())
             std::fprintf(text, "%s\n", r.json.c_str());
         else if (!out.quiet && r.ok)
             std::fputs(single ? r.summary.c_str() : (r.line + "\n").c_str(), text);

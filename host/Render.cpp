@@ -770,11 +770,13 @@ int RunRender(const RenderOptions& options)
 {
     std::vector<FileJob> jobs =
         PlanJobs(options.inputs, options.output, options.outDir, options.format);
+    RenderOptions each = options;
+    each.out.progress = options.out.progress && jobs.size() == 1; // one bar, one file
     return RunJobs(jobs, options.jobs, options.out,
                    [&](const FileJob& job)
                    {
                        FileResult result;
-                       RenderReport report = RenderFile(options, job);
+                       RenderReport report = RenderFile(each, job);
                        result.ok = true;
                        result.warnings = report.warnings;
                        result.summary = "rendered " + job.input + " -> " + job.output + "\n" +

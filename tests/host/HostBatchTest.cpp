@@ -35,7 +35,8 @@ double channelDb(const std::vector<float>& s, int channels, int c, const std::ve
 
 TEST(HostConventions, HelpVersionAndExitCodes)
 {
-    for (const char* command : {"render", "programs", "demo", "info", "import-legacy", "bench"})
+    for (const char* command :
+         {"render", "analyze", "programs", "demo", "info", "import-legacy", "bench"})
     {
         RunResult r = RunDeEsser({command, "--help"});
         EXPECT_EQ(r.status, 0) << command;
@@ -81,7 +82,9 @@ TEST(HostBatch, FailuresDoNotStopTheOthers)
     json.insert(json.end(), {"--force", "--json", "--format", "flac"});
     json[4] = dir / "flac";
     r = RunDeEsser(json);
-    EXPECT_EQ(count(r.out, "\n{\"input\":"), 2u) << r.out; // three objects, one a line
+    EXPECT_EQ(count(r.out, "\n{\"input\":"), 3u) << r.out; // four objects, one a line
+    EXPECT_NE(r.out.find("bad.wav\",\"output\":\"" + (dir / "flac/bad.flac") + "\",\"error\":"),
+              std::string::npos);
     EXPECT_EQ(r.out.rfind("{\"input\":", 0), 0u);
     EXPECT_TRUE(Exists(dir / "flac/a.flac") && Exists(dir / "flac/c.flac"));
     std::vector<std::string> quiet = base;
