@@ -460,8 +460,8 @@ TEST(PanelLayout, NoTwoPressTargetsOverlap)
 
 // At scale 2 the panel works in panel pixels while everything it shows is
 // twice as large: input at device pixels reaches the controls halved, and the
-// entry field, the copy menu and the save dialog are drawn at twice their
-// size in window pixels (their text at device resolution).
+// entry field, the copy menu, the save dialog and the message box are drawn
+// at twice their size in window pixels (their text at device resolution).
 TEST(PanelAtScale2, InputIsHalvedAndEveryWindowIsDrawnAtTwiceItsSize)
 {
     ScopedEnv noEnvironment("DEESSER_UI_SCALE", nullptr);
@@ -503,7 +503,7 @@ TEST(PanelAtScale2, InputIsHalvedAndEveryWindowIsDrawnAtTwiceItsSize)
     CHeadless::Key(VK_RETURN_KEY);
     EXPECT_NEAR((-12.505 + 100.0) / 100.0, effect.getParameter(kParamThreshold), 1e-5);
 
-    // The copy menu and the save dialog.
+    // The copy menu, the save dialog and a message box.
     int modals = 0;
     CHeadless::SetModalHook(
         [&](CWnd* modal)
@@ -516,7 +516,8 @@ TEST(PanelAtScale2, InputIsHalvedAndEveryWindowIsDrawnAtTwiceItsSize)
     CHeadless::MouseUp(panel, device(70, 15));
     CHeadless::MouseDown(panel, device(216, 18)); // SAVE
     CHeadless::MouseUp(panel, device(216, 18));
-    EXPECT_EQ(2, modals);
+    EXPECT_TRUE(static_cast<CDeEsserEditor*>(effect.getEditor())->ShowMessage("Saved."));
+    EXPECT_EQ(3, modals);
     CHeadless::SetModalHook({});
 
     effect.dispatcher(effEditClose, 0, 0, nullptr, 0.f);
