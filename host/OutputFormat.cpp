@@ -131,7 +131,10 @@ int ChooseOutputFormat(const SoundInfo& input, const std::string& outPath,
                                                   : " has an unknown extension ." + name)
                               : "unknown --format " + format) +
                          "; formats written: " + KnownFormatNames());
-    const int container = named & SF_FORMAT_TYPEMASK;
+    int container = named & SF_FORMAT_TYPEMASK;
+    if (container == SF_FORMAT_WAV && (input.format & SF_FORMAT_TYPEMASK) == SF_FORMAT_WAVEX)
+        container = SF_FORMAT_WAVEX; // a .wav with a channel mask stays one
+    named = container | (named & SF_FORMAT_SUBMASK);
     int result;
     if (named & SF_FORMAT_SUBMASK)
     {

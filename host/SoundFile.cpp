@@ -157,6 +157,7 @@ CSoundWriter::CSoundWriter(COutputFile& file, const SoundInfo& info, double qual
     sfinfo.channels = info.channels;
     sfinfo.samplerate = info.sampleRate;
     sfinfo.format = info.format;
+    m_Channels = info.channels;
     if (!sf_format_check(&sfinfo))
         throw CHostError("cannot write " + FormatName(info.format) + " with " +
                          std::to_string(info.channels) + " channel(s) at " +
@@ -199,6 +200,11 @@ void CSoundWriter::CopyMetadataFrom(SNDFILE* source)
     for (int kind : kinds)
         if (const char* text = sf_get_string(source, kind))
             sf_set_string(m_File, kind, text);
+    // The speaker positions of the channels (WAVEX, CAF...).
+    std::vector<int> map((size_t)m_Channels);
+    if (m_Channels > 0 && sf_command(source, SFC_GET_CHANNEL_MAP_INFO, map.data(),
+                                     (int)(map.size() * sizeof(int))) == SF_TRUE)
+        sf_command(m_File, SFC_SET_CHANNEL_MAP_INFO, map.data(), (int)(map.size() * sizeof(int)));
     // The broadcast extension (description, originator, time reference,
     // coding history) of WAV, W64 and RF64.
     // libsndfile takes at most its 16K form, and only the size in use.

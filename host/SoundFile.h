@@ -51,11 +51,12 @@ public:
     CSoundWriter& operator=(const CSoundWriter&) = delete;
 
     void Write(const float* interleaved, long long frames); // throws CHostError
-    // Text tags and the broadcast extension, where the output container
-    // holds them. Before the first Write.
+    // Text tags, the channel map and the broadcast extension, where the
+    // output container holds them. Before the first Write.
     void CopyMetadataFrom(SNDFILE* source);
     void Close(); // throws on a flush error
 
 private:
     SNDFILE* m_File = nullptr;
+    int m_Channels = 0;
 };

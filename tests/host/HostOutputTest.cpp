@@ -170,6 +170,33 @@ TEST(HostOutput, TagsAndBroadcastExtensionAreCarriedOver)
     }
 }
 
+// A four-channel WAV with its speaker positions keeps them (and its
+// extensible header).
+TEST(HostOutput, ChannelMapIsCarriedOver)
+{
+    TempDir dir;
+    const int map[4] = {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_REAR_LEFT,
+                        SF_CHANNEL_MAP_REAR_RIGHT};
+    SF_INFO info{};
+    info.channels = 4;
+    info.samplerate = 48000;
+    info.format = SF_FORMAT_WAVEX | SF_FORMAT_PCM_24;
+    SNDFILE* f = sf_open((dir / "in.wav").c_str(), SFM_WRITE, &info);
+    ASSERT_NE(f, nullptr);
+    ASSERT_EQ(sf_command(f, SFC_SET_CHANNEL_MAP_INFO, (void*)map, sizeof(map)), SF_TRUE);
+    std::vector<float> s = TestSignal(4, 48000, 4800);
+    sf_writef_float(f, s.data(), 4800);
+    sf_close(f);
+    ASSERT_EQ(RunDeEsser(renderArgs(dir / "in.wav", dir / "out.wav")).status, 0);
+    f = sf_open((dir / "out.wav").c_str(), SFM_READ, &info);
+    ASSERT_NE(f, nullptr);
+    int got[4] = {};
+    EXPECT_EQ(sf_command(f, SFC_GET_CHANNEL_MAP_INFO, got, sizeof(got)), SF_TRUE);
+    sf_close(f);
+    EXPECT_EQ(info.format, SF_FORMAT_WAVEX | SF_FORMAT_PCM_24);
+    EXPECT_TRUE(std::equal(map, map + 4, got));
+}
+
 // The gain stand-in doubles the signal: every sample beyond half scale
 // clips in an integer file and is kept (and reported) in a float one.
 TEST(HostOutput, ClippedSamplesAreCountedAndCanFail)
