@@ -47,9 +47,7 @@ void CHeadless::DoubleClick(CWnd* wnd, CPoint point, unsigned modifiers)
     if (!wnd || !wnd->m_hWnd)
         return;
     AFX_WND* w = wnd->m_hWnd;
-    DeliverMouse(w, WM_LBUTTONDOWN, point, modifiers, false);
-    if (IsAlive(w))
-        DeliverMouse(w, WM_LBUTTONUP, point, modifiers, false);
+    Click(wnd, point, modifiers);
     if (IsAlive(w))
         DeliverMouse(w, WM_LBUTTONDOWN, point, modifiers, true);
     if (IsAlive(w))

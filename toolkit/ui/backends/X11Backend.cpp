@@ -93,6 +93,9 @@ public:
     CPoint ScreenOrigin() const override;
     CSize NativeSize() const override;
     void* NativeHandle() const override { return (void*)(uintptr_t)m_Window; }
+    // Frees the cairo surface and the input context (the latter only while
+    // the connection lives; a lost connection took it along).
+    void ReleaseDrawing(bool connected);
 
     X11Backend* m_pBackend;
     HWND m_hWnd;
@@ -183,6 +186,16 @@ X11Window::~X11Window()
         cairo_surface_destroy(m_pSurface);
     if (m_Ic)
         XDestroyIC(m_Ic);
+}
+
+void X11Window::ReleaseDrawing(bool connected)
+{
+    if (m_pSurface)
+        cairo_surface_destroy(m_pSurface);
+    m_pSurface = nullptr;
+    if (m_Ic && connected)
+        XDestroyIC(m_Ic);
+    m_Ic = nullptr;
 }
 
 void X11Window::SetBounds(const CRect& rect)
@@ -384,15 +397,7 @@ void X11Backend::CloseDisplay()
         HoldKeyboard(m_pKeyboard, false);
     XGuard guard;
     for (auto& entry : m_Windows)
-    {
-        X11Window* w = entry.second;
-        if (w->m_pSurface)
-            cairo_surface_destroy(w->m_pSurface);
-        w->m_pSurface = nullptr;
-        if (w->m_Ic)
-            XDestroyIC(w->m_Ic);
-        w->m_Ic = nullptr;
-    }
+        entry.second->ReleaseDrawing(true);
     if (m_Im)
         XCloseIM(m_Im);
     m_Im = nullptr;
@@ -567,12 +572,7 @@ void X11Backend::DestroyNative(IBackendWindow* native)
         XGuard guard;
         if (w->m_Grabbed)
             w->GrabPointer(false);
-        if (w->m_pSurface)
-            cairo_surface_destroy(w->m_pSurface);
-        w->m_pSurface = nullptr;
-        if (w->m_Ic)
-            XDestroyIC(w->m_Ic);
-        w->m_Ic = nullptr;
+        w->ReleaseDrawing(true);
         if (w->m_Kind == AFX_KIND_HOST)
             XSelectInput(m_pDisplay, w->m_Window, NoEventMask);
         else
@@ -583,10 +583,7 @@ void X11Backend::DestroyNative(IBackendWindow* native)
     else
     {
         // The connection is gone: only our own records remain to free.
-        if (w->m_pSurface)
-            cairo_surface_destroy(w->m_pSurface);
-        w->m_pSurface = nullptr;
-        w->m_Ic = nullptr;
+        w->ReleaseDrawing(false);
         delete w;
     }
 }
