@@ -13,12 +13,14 @@ namespace
 class COwnerWnd : public CWnd
 {
 public:
-    std::vector<UINT> m_Commands;
+    std::vector<UINT> m_Commands; // command ids; 0 for a click
     void OnCopy(UINT id) { m_Commands.push_back(id); }
+    void OnLButtonDown(UINT, CPoint) { m_Commands.push_back(0); }
     DECLARE_MESSAGE_MAP()
 };
 BEGIN_MESSAGE_MAP(COwnerWnd, CWnd)
 ON_COMMAND_RANGE(1010, 1110, OnCopy)
+ON_WM_LBUTTONDOWN()
 END_MESSAGE_MAP()
 
 class ToolkitControls : public ::testing::Test
@@ -167,11 +169,13 @@ TEST_F(ToolkitControls, DialogSelectionChangeAndCancelPaths)
 {
     RegisterSaveTemplate();
     {
-        // Keyboard selection in the list notifies; Escape cancels.
+        // Keyboard selection in the list notifies; Escape cancels at once.
         CSaveDlg dlg(&m_Owner);
+        int turns = 0;
         CHeadless::SetModalHook(
             [&](CWnd*)
             {
+                ++turns;
                 dlg.m_Combo.SetFocus();
                 CHeadless::Key(VK_DOWN);
                 CString name;
@@ -180,6 +184,7 @@ TEST_F(ToolkitControls, DialogSelectionChangeAndCancelPaths)
                 CHeadless::Key(VK_ESCAPE_KEY);
             });
         EXPECT_EQ(dlg.DoModal(), IDCANCEL);
+        EXPECT_EQ(turns, 1);
         EXPECT_EQ(dlg.m_nSelChanges, 1);
         EXPECT_EQ(dlg.m_nSelect, -1); // OnOK never ran
     }
