@@ -1,5 +1,7 @@
-// Checks the embedded panel images: present, valid PNG, sized for the panel's layout, opaque,
-// and drawn the way the panel reads them (knob angles, meter rows, lamp halves).
+// Checks the embedded panel images: present, valid PNG, opaque at every scale, and drawn the way
+// the panel reads them (knob angles, meter rows, lamp and switch halves). Their sizes and pixels
+// as the panel shows them are the editor's tests' business (controls drawn from their images,
+// reference pictures).
 #include "CBitmap.h"
 #include "EmbeddedResources.h"
 #include "PanelLayout.h"
@@ -12,7 +14,6 @@
 #include <cstdint>
 #include <cstring>
 #include <string>
-#include <vector>
 
 namespace
 {
@@ -61,16 +62,8 @@ public:
     {
         return 0.299 * red(x, y) + 0.587 * green(x, y) + 0.114 * blue(x, y);
     }
-    // Over a block: the mean luma, or the highest colourfulness (max - min
-    // channel; a lit LED or legend is strongly coloured, the rest grey or dim).
-    double meanLuma(int x0, int y0, int x1, int y1) const
-    {
-        double sum = 0;
-        for (int y = y0; y < y1; ++y)
-            for (int x = x0; x < x1; ++x)
-                sum += luma(x, y);
-        return sum / ((x1 - x0) * (y1 - y0));
-    }
+    // Over a block: the highest colourfulness (max - min channel; a lit LED or legend is
+    // strongly coloured, the rest grey or dim).
     int maxChroma(int x0, int y0, int x1, int y1) const
     {
         int best = 0;
@@ -89,7 +82,7 @@ private:
 
 } // namespace
 
-TEST(EmbeddedResources, LookupByNameDecodesOpaqueImages)
+TEST(EmbeddedResources, LookupByName)
 {
     for (int id = 5000; id <= 5020; ++id)
     {
@@ -100,15 +93,6 @@ TEST(EmbeddedResources, LookupByNameDecodesOpaqueImages)
         ASSERT_GT(size, 8u) << name;
         EXPECT_EQ(std::memcmp(data, "\x89PNG\r\n\x1a\n", 8), 0) << name;
         EXPECT_NE(GetEmbeddedResource(name.c_str(), nullptr), nullptr);
-        // Opaque: the panel copies images over its background, so a
-        // transparent pixel would show whatever the copy mode leaves there.
-        Image img(id);
-        ASSERT_TRUE(img.ok()) << id;
-        int transparent = 0;
-        for (int y = 0; y < img.h(); ++y)
-            for (int x = 0; x < img.w(); ++x)
-                transparent += (img.at(x, y) >> 24) != 255;
-        EXPECT_EQ(transparent, 0) << id;
     }
     size_t size = 123;
     for (const char* bad :
@@ -117,74 +101,6 @@ TEST(EmbeddedResources, LookupByNameDecodesOpaqueImages)
         EXPECT_EQ(GetEmbeddedResource(bad, &size), nullptr) << (bad ? bad : "null");
         EXPECT_EQ(size, 0u);
     }
-}
-
-TEST(EmbeddedResources, SizesFitTheLayout)
-{
-    Image bg(5000), knob(5001), track(5009), cap(5010), level(5011), gr(5012), save(5019),
-        lamp(5020);
-    ASSERT_TRUE(bg.ok() && knob.ok() && track.ok() && cap.ok() && level.ok() && gr.ok() &&
-                save.ok() && lamp.ok());
-    EXPECT_EQ(std::make_pair(knob.w(), knob.h()), std::make_pair(34, 34 * 61));
-    EXPECT_EQ(std::make_pair(track.w(), track.h()), std::make_pair(16, 133));
-    EXPECT_EQ(std::make_pair(save.w(), save.h()), std::make_pair(43, 16));
-    EXPECT_EQ(std::make_pair(lamp.w(), lamp.h()), std::make_pair(43, 32));
-    EXPECT_EQ(cap.w(), 16);
-    EXPECT_EQ(cap.h() % 2, 0);
-    EXPECT_EQ(level.w() % 2, 0);
-    EXPECT_GE(level.h(), 134); // rows 1..133 are addressed
-    EXPECT_EQ(gr.w() % 2, 0);
-    EXPECT_GT(gr.h(), 0);
-
-    // Switch pairs (second, first image): same size, two equal halves, each half the
-    // size of the control's rectangle.
-    const struct
-    {
-        int second, first, w, h;
-    } pairs[] = {{5002, 5003, 29, 20},
-                 {5004, 5005, 14, 12},
-                 {5013, 5014, 14, 12},
-                 {5015, 5016, 14, 12},
-                 {5017, 5018, 25, 17}};
-    for (const auto& p : pairs)
-    {
-        Image a(p.second), b(p.first);
-        ASSERT_TRUE(a.ok() && b.ok());
-        EXPECT_EQ(std::make_pair(a.w(), a.h()), std::make_pair(p.w, 2 * p.h)) << p.second;
-        EXPECT_EQ(std::make_pair(b.w(), b.h()), std::make_pair(p.w, 2 * p.h)) << p.second;
-    }
-
-    // Every rectangle the panel draws into lies inside the background.
-    const int halfLevel = level.w() / 2, halfGr = gr.w() / 2;
-    std::vector<PanelRect> boxes = {kPanelLampRect, kPanelSaveRect};
-    for (const PanelControl& c : kPanelControls)
-    {
-        boxes.push_back(c.rect);
-        if (c.kind != PANEL_SWITCH)
-            boxes.push_back(c.display);
-    }
-    for (const PanelPoint& m : kPanelLevelMeters)
-        boxes.push_back({m.x, m.y, m.x + halfLevel, m.y + level.h()});
-    const PanelPoint& gm = kPanelReductionMeter;
-    boxes.push_back({gm.x, gm.y, gm.x + halfGr, gm.y + gr.h()});
-    for (const PanelRect& r : boxes)
-        EXPECT_TRUE(r.l >= 0 && r.t >= 0 && r.r <= bg.w() && r.b <= bg.h()) << r.l << "," << r.t;
-    // The two meters of a side sit next to each other without overlapping.
-    EXPECT_LE(kPanelLevelMeters[0].x + halfLevel, kPanelLevelMeters[1].x);
-    EXPECT_LE(kPanelLevelMeters[2].x + halfLevel, kPanelLevelMeters[3].x);
-}
-
-// Value texts are drawn in RGB(72, 72, 72): their boxes must be light.
-TEST(EmbeddedResources, ValueDisplaysAreLight)
-{
-    Image bg(5000);
-    ASSERT_TRUE(bg.ok());
-    for (const PanelControl& c : kPanelControls)
-        if (c.kind != PANEL_SWITCH)
-        {
-            const PanelRect& d = c.display;
-            EXPECT_GT(bg.meanLuma(d.l, d.t, d.r, d.b), 72 + 90) << d.l << "," << d.t;
-        }
 }
 
 // Frame k shows the pointer at 30 + 5 k degrees clockwise from straight down, and the frame's
@@ -277,29 +193,33 @@ TEST(EmbeddedResources, LampAndSwitchStates)
     EXPECT_GT(on, 1.5 * off);
     EXPECT_GT(onRed, 2 * offRed);
 
-    for (int second : {5002, 5004, 5013, 5015, 5017})
+    for (const PanelControl& c : kPanelControls)
     {
-        Image lit(second), unlit(second + 1);
+        if (c.kind != PANEL_SWITCH)
+            continue;
+        Image lit(c.image1), unlit(c.image0);
         ASSERT_TRUE(lit.ok() && unlit.ok());
         for (int half = 0; half < 2; ++half)
         {
             int y0 = half * lit.h() / 2, y1 = y0 + lit.h() / 2;
-            EXPECT_GT(lit.maxChroma(0, y0, lit.w(), y1), 100) << second << " half " << half;
-            EXPECT_LT(unlit.maxChroma(0, y0, unlit.w(), y1), 60) << second << " half " << half;
+            EXPECT_GT(lit.maxChroma(0, y0, lit.w(), y1), 100) << c.image1 << " half " << half;
+            EXPECT_LT(unlit.maxChroma(0, y0, unlit.w(), y1), 60) << c.image0 << " half " << half;
         }
     }
 }
 
-// Every image is drawn again at 2x, 3x and 4x: exactly that many times the
-// pixels each way (so the panel's layout holds at every scale), opaque, and
-// drawn, not enlarged: a 2x knob frame has detail a doubled 1x frame lacks.
-TEST(EmbeddedResources, EveryImageIsDrawnAtTwoThreeAndFourTimes)
+// Every image is opaque (the panel copies images over its background, so a
+// transparent pixel would show whatever the copy mode leaves there), and drawn
+// again at 2x, 3x and 4x: exactly that many times the pixels each way (so the
+// panel's layout holds at every scale), and drawn, not enlarged: a 2x knob
+// frame has detail a doubled 1x frame lacks.
+TEST(EmbeddedResources, EveryImageIsOpaqueAndDrawnAtTwoThreeAndFourTimes)
 {
     for (int id = 5000; id <= 5020; ++id)
     {
         Image one(id);
         ASSERT_TRUE(one.ok()) << id;
-        for (int scale : {2, 3, 4})
+        for (int scale : {1, 2, 3, 4})
         {
             Image img(id, scale);
             ASSERT_TRUE(img.ok()) << id << "@" << scale;
