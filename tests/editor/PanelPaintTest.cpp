@@ -1,4 +1,4 @@
-// What the panel paints: every control at its place from its images, the
+// What the panel paints beyond its reference pictures: the
 // eight value displays centred and clipped in their boxes, the level and
 // reduction meters from their strips, and the meters' fall-back per idle.
 #include "EditorTestSupport.h"
@@ -69,67 +69,6 @@ protected:
     int phase = 0;
 };
 } // namespace
-
-TEST_F(PanelPaint, EveryControlIsDrawnAtItsPlaceFromItsImages)
-{
-    effect->setParameter(kParamThreshold, 0.25f);
-    effect->setParameter(kParamRelease, 1.f);
-    effect->setParameter(kParamSideChain, 0.f);
-    effect->setParameter(kParamAutoThreshold, 1.f);
-    PaintNow();
-    const CVRXBitmap& strip = P()->Image(5001);
-    const struct
-    {
-        int id;
-        CRect r;
-    } knobs[] = {{100, {262, 66, 296, 100}}, {101, {262, 141, 296, 175}},
-                 {102, {333, 66, 367, 100}}, {103, {333, 141, 367, 175}},
-                 {108, {99, 54, 133, 88}},   {109, {99, 139, 133, 173}}};
-    for (auto& k : knobs)
-    {
-        const int frame = (int)std::floor(P()->Knob(k.id).GetValue() * 60.f + 0.5f);
-        EXPECT_TRUE(PanelBlockMatches(P(), k.r.left, k.r.top, strip, 0, frame * 34, 34, 34))
-            << k.id;
-    }
-    EXPECT_TRUE(PanelBlockMatches(P(), 262, 66, strip, 0, 15 * 34, 34, 34));
-    EXPECT_TRUE(PanelBlockMatches(P(), 333, 66, strip, 0, 60 * 34, 34, 34));
-
-    // Switches: (image for 0, image for non-zero) at their rectangles.
-    const struct
-    {
-        int id, img0, img1;
-        CRect r;
-    } switches[] = {{107, 5003, 5002, {23, 7, 52, 27}},
-                    {131, 5018, 5017, {64, 10, 89, 27}},
-                    {111, 5014, 5013, {168, 68, 182, 80}},
-                    {112, 5016, 5015, {168, 85, 182, 97}},
-                    {106, 5005, 5004, {305, 56, 319, 68}}};
-    for (auto& s : switches)
-    {
-        const int img = P()->Switch(s.id).GetValue() ? s.img1 : s.img0;
-        EXPECT_TRUE(PanelBlockMatches(P(), s.r.left, s.r.top, P()->Image(img), 0, 0, s.r.Width(),
-                                      s.r.Height()))
-            << s.id;
-    }
-    EXPECT_TRUE(PanelBlockMatches(P(), 168, 85, P()->Image(5016), 0, 0, 14, 12));
-    EXPECT_TRUE(PanelBlockMatches(P(), 305, 56, P()->Image(5004), 0, 0, 14, 12));
-
-    // Faders: the cap over the track where the logarithmic travel puts it.
-    for (int id : {104, 105})
-    {
-        const int left = id == 104 ? 48 : 403;
-        const double t = std::log10(P()->Fader(id).GetValue() * 9.0 + 1.0);
-        const int capTop = (int)(127 - t * 121) - 6;
-        EXPECT_TRUE(PanelBlockMatches(P(), left, 45 + capTop, P()->Image(5010), 0, 0, 16, 12))
-            << id;
-        EXPECT_TRUE(PanelBlockMatches(P(), left, 45, P()->Image(5009), 0, 0, 16, capTop)) << id;
-    }
-
-    // The save face, and background where nothing is drawn.
-    EXPECT_TRUE(PanelBlockMatches(P(), 195, 10, P()->Image(5019), 0, 0, 43, 16));
-    EXPECT_TRUE(PanelBlockMatches(P(), 0, 0, Background(), 0, 0, 23, 7));
-    EXPECT_TRUE(PanelBlockMatches(P(), 240, 125, Background(), 240, 125, 80, 10));
-}
 
 TEST_F(PanelPaint, ValueDisplaysAreCentredClippedAndInTheTextColour)
 {
