@@ -64,47 +64,55 @@ bool CVRXLPF::set_Activate(bool active)
     return true;
 }
 
-bool CVRXLPF::get_Activate(bool* active)
+template <class T> bool CVRXLPF::getLocked(T* out, const T& value)
 {
-    if (!active)
+    if (!out)
         return false;
     CSingleLock lock(m_Lock);
-    *active = m_Active;
+    *out = value;
     return true;
+}
+
+bool CVRXLPF::getFixed(int* out, const float& value)
+{
+    if (!out)
+        return false;
+    CSingleLock lock(m_Lock);
+    *out = ToFixed(value);
+    return true;
+}
+
+bool CVRXLPF::setLevel(int level16_16, float& db, float& gain)
+{
+    CSingleLock lock(m_Lock);
+    db = (float)level16_16 * kFromFixed;
+    gain = (float)std::pow(10.0, (double)db / 20.0);
+    return true;
+}
+
+bool CVRXLPF::get_Activate(bool* active)
+{
+    return getLocked(active, m_Active);
 }
 
 bool CVRXLPF::set_InputLevel(int level16_16)
 {
-    CSingleLock lock(m_Lock);
-    m_InputLevelDb = (float)level16_16 * kFromFixed;
-    m_InputGain = (float)std::pow(10.0, (double)m_InputLevelDb / 20.0);
-    return true;
+    return setLevel(level16_16, m_InputLevelDb, m_InputGain);
 }
 
 bool CVRXLPF::get_InputLevel(int* level16_16)
 {
-    if (!level16_16)
-        return false;
-    CSingleLock lock(m_Lock);
-    *level16_16 = ToFixed(m_InputLevelDb);
-    return true;
+    return getFixed(level16_16, m_InputLevelDb);
 }
 
 bool CVRXLPF::set_OutputLevel(int level16_16)
 {
-    CSingleLock lock(m_Lock);
-    m_OutputLevelDb = (float)level16_16 * kFromFixed;
-    m_OutputGain = (float)std::pow(10.0, (double)m_OutputLevelDb / 20.0);
-    return true;
+    return setLevel(level16_16, m_OutputLevelDb, m_OutputGain);
 }
 
 bool CVRXLPF::get_OutputLevel(int* level16_16)
 {
-    if (!level16_16)
-        return false;
-    CSingleLock lock(m_Lock);
-    *level16_16 = ToFixed(m_OutputLevelDb);
-    return true;
+    return getFixed(level16_16, m_OutputLevelDb);
 }
 
 // Filters re-tuned to the stored cut-off and type; their state is kept.
@@ -127,11 +135,7 @@ bool CVRXLPF::set_CutOff(int hz16_16)
 
 bool CVRXLPF::get_CutOff(int* hz16_16)
 {
-    if (!hz16_16)
-        return false;
-    CSingleLock lock(m_Lock);
-    *hz16_16 = ToFixed(m_CutOff);
-    return true;
+    return getFixed(hz16_16, m_CutOff);
 }
 
 bool CVRXLPF::set_Type(bool type)
@@ -144,11 +148,7 @@ bool CVRXLPF::set_Type(bool type)
 
 bool CVRXLPF::get_Type(bool* type)
 {
-    if (!type)
-        return false;
-    CSingleLock lock(m_Lock);
-    *type = m_Type;
-    return true;
+    return getLocked(type, m_Type);
 }
 
 bool CVRXLPF::set_OverLevelThreshold(int linear)

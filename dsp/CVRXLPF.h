@@ -52,6 +52,10 @@ public:
 
 private:
     template <class T, class Mask> struct Lanes;
+    // Property bodies: under the lock, false for a null pointer.
+    template <class T> bool getLocked(T* out, const T& value);
+    bool getFixed(int* out, const float& value); // value x 65536, saturated
+    bool setLevel(int level16_16, float& db, float& gain);
     void InitInternalFilters();
     void FreeBuffers();
     void ReparamFilters();

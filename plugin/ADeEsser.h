@@ -122,6 +122,7 @@ public:
 private:
     void storeParam(int index, float normalised, float internal);
     void setParameterWork(int index, float value, bool fromPanel);
+    void applyKnob(int index, float internal, float attack);
     void processBlock(float** in, float** out, int n);
     void allocateBuffers(int size);
     void calcBandEdge(int param, CBiquadFilter (&highShelf)[2], CBiquadFilter (&lowShelf)[2],

@@ -132,6 +132,28 @@ void ADeEsser::storeParam(int index, float n, float internal)
     programs[curProgram].values[index] = n;
 }
 
+// Hands a knob's value (internal units) to the compressors or the band edge;
+// the compressors take `attack` for the attack time.
+void ADeEsser::applyKnob(int index, float v, float attack)
+{
+    CVRXComp* const comps[2] = {&m_Comp, &m_CompRms};
+    for (CVRXComp* c : comps)
+    {
+        if (index == kParamThreshold)
+            c->setThresh(v);
+        else if (index == kParamRatio)
+            c->setRatio(v);
+        else if (index == kParamAttack)
+            c->setAttack(attack);
+        else if (index == kParamRelease)
+            c->setRelease((double)v * 1000.0);
+    }
+    if (index == kParamLowFreq)
+        CalcEQCoefFreq1();
+    else if (index == kParamHiFreq)
+        CalcEQCoefFreq2();
+}
+
 // The work shared by the host and panel paths. Only attack differs: the panel
 // hands the compressors the normalised value, the host milliseconds.
 void ADeEsser::setParameterWork(int index, float n, bool fromPanel)
@@ -164,32 +186,13 @@ void ADeEsser::setParameterWork(int index, float n, bool fromPanel)
         break;
     }
     case kParamThreshold:
-        storeParam(index, n, v);
-        for (CVRXComp* c : comps)
-            c->setThresh(v);
-        break;
     case kParamRatio:
-        storeParam(index, n, v);
-        for (CVRXComp* c : comps)
-            c->setRatio(v);
-        break;
     case kParamAttack:
-        storeParam(index, n, v);
-        for (CVRXComp* c : comps)
-            c->setAttack(fromPanel ? n : v);
-        break;
     case kParamRelease:
-        storeParam(index, n, v);
-        for (CVRXComp* c : comps)
-            c->setRelease((double)v * 1000.0);
-        break;
     case kParamLowFreq:
-        storeParam(index, n, v);
-        CalcEQCoefFreq1();
-        break;
     case kParamHiFreq:
         storeParam(index, n, v);
-        CalcEQCoefFreq2();
+        applyKnob(index, v, fromPanel ? n : v);
         break;
     case kParamAutoThreshold:
         storeParam(index, n, n);
@@ -226,7 +229,6 @@ void ADeEsser::setParameterFromDiaplay(int index, float v)
 {
     if (!std::isfinite(v))
         return;
-    CVRXComp* const comps[2] = {&m_Comp, &m_CompRms};
     float n = v;
     switch (index)
     {
@@ -254,21 +256,7 @@ void ADeEsser::setParameterFromDiaplay(int index, float v)
         // The typed value is kept unclamped; only its normalised form is clamped.
         n = ValToNormalizeValue(index, v);
         storeParam(index, n, v);
-        for (CVRXComp* c : comps)
-        {
-            if (index == kParamThreshold)
-                c->setThresh(v);
-            else if (index == kParamRatio)
-                c->setRatio(v);
-            else if (index == kParamAttack)
-                c->setAttack(n); // the normalised value, as from the panel's knob
-            else if (index == kParamRelease)
-                c->setRelease((double)v * 1000.0);
-        }
-        if (index == kParamLowFreq)
-            CalcEQCoefFreq1();
-        else if (index == kParamHiFreq)
-            CalcEQCoefFreq2();
+        applyKnob(index, v, n); // attack: the normalised value, as from the panel's knob
         break;
     default:
         break;
