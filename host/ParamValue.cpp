@@ -71,9 +71,9 @@ bool stripUnit(int index, std::string& text)
     }
     return false;
 }
-} // namespace
 
-void DisplayRange(int index, double* lo, double* hi)
+// Display range of a de-esser parameter (dB for gains).
+void displayRange(int index, double* lo, double* hi)
 {
     float min, max;
     GetParamMinMax(index, &min, &max);
@@ -81,20 +81,23 @@ void DisplayRange(int index, double* lo, double* hi)
     *hi = max;
 }
 
-float DisplayToNormalised(int index, double value, bool clamp)
+// A de-esser parameter's normalised value for a display value; a value
+// outside the range is an error.
+float displayToNormalised(int index, double value)
 {
     double lo, hi;
-    DisplayRange(index, &lo, &hi);
+    displayRange(index, &lo, &hi);
     // Half a display step of slack, so that the ends as displayed (-59.79 dB,
     // 19.93 dB) are accepted although the exact ends lie just beyond them.
     double slack = isGain(index) ? 0.005 : 1e-6 * (hi - lo);
-    if (!clamp && (value < lo - slack || value > hi + slack))
+    if (value < lo - slack || value > hi + slack)
         throw CHostError("value " + formatValue(value) + " outside " + formatValue(lo) + " .. " +
                          formatValue(hi));
     if (isSwitch(index))
         return value >= 0.5 ? 1.f : 0.f;
     return ValToNormalizeValue(index, (float)(isGain(index) ? Db6ToGain(value) : value));
 }
+} // namespace
 
 float ParseDeEsserValue(int index, const std::string& name, const std::string& typed)
 {
@@ -113,7 +116,7 @@ float ParseDeEsserValue(int index, const std::string& name, const std::string& t
         throw CHostError("bad value \"" + typed + "\" for " + name + ": not a number");
     try
     {
-        return DisplayToNormalised(index, value, false);
+        return displayToNormalised(index, value);
     }
     catch (const CHostError& e)
     {
@@ -177,7 +180,7 @@ AppliedSetting ApplySetting(CVstHost& host, const std::string& assignment)
         stripUnit(index, number);
         parseNumber(number, &typed);
         double lo, hi;
-        DisplayRange(index, &lo, &hi);
+        displayRange(index, &lo, &hi);
         typed = std::min(hi, std::max(lo, typed));
         size_t dot = applied.display.find('.');
         int decimals = dot == std::string::npos ? 0 : (int)(applied.display.size() - dot - 1);

@@ -7,17 +7,11 @@
 
 class CVstHost;
 
-// Display range of a de-esser parameter (dB for gains).
-void DisplayRange(int index, double* lo, double* hi);
-
-// A de-esser parameter's normalised value for a display value; values
-// outside the range are clamped when clamp is set, else an error.
-float DisplayToNormalised(int index, double value, bool clamp);
-
 // Parses a typed value for de-esser parameter index: a number in display
 // units, optionally followed by the parameter's unit ("dB", "ms", "sec", "Hz";
-// "s" for seconds too), or ON/OFF/1/0 for switches. Throws CHostError with
-// what is wrong (unparsable, out of range).
+// "s" for seconds too), or ON/OFF/1/0 for switches, mapped through the
+// parameter table (gains from 6 dB-per-doubling decibels). Throws CHostError
+// with what is wrong (unparsable, out of range).
 float ParseDeEsserValue(int index, const std::string& name, const std::string& text);
 
 // Parses a normalised value 0..1 (the only form accepted for other plug-ins).
