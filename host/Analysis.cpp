@@ -360,25 +360,31 @@ CSibilanceStats::CSibilanceStats(int channels, double sampleRate)
     : m_Channels(channels), m_Rate(sampleRate),
       m_WindowFrames(std::max(1, (int)std::lround(kWindowSeconds * sampleRate)))
 {
-    for (int c = 0; c < channels; ++c)
-    {
-        m_SibBand.emplace_back(5000.0, 9000.0, sampleRate);
-        m_VoiceBand.emplace_back(100.0, 3000.0, sampleRate);
-    }
+    // Lanes per pair of channels: sibilance and voice of each.
+    const double bands[4][2] = {{5000, 9000}, {100, 3000}, {5000, 9000}, {100, 3000}};
+    for (int c = 0; c < channels; c += 2)
+        m_Bands.emplace_back(bands, sampleRate);
+    m_Usable = CBandPass(5000.0, 9000.0, sampleRate).Usable();
 }
 
 void CSibilanceStats::Add(const float* x, long long frames)
 {
     for (long long f = 0; f < frames; ++f)
     {
+        const float* frame = x + f * m_Channels;
         for (int c = 0; c < m_Channels; ++c)
         {
-            const double v = x[f * m_Channels + c];
+            const double v = frame[c];
             m_Peak = std::max(m_Peak, std::fabs(v));
             m_Sum += v * v;
-            const double s = m_SibBand[c].Run(v), w = m_VoiceBand[c].Run(v);
-            m_WinSib += s * s;
-            m_WinVoice += w * w;
+        }
+        for (int c = 0; c < m_Channels; c += 2)
+        {
+            const bool pair = c + 1 < m_Channels;
+            const float a = frame[c], b = pair ? frame[c + 1] : 0.f;
+            const CBandQuad::v4f y = m_Bands[c / 2].Run(CBandQuad::v4f{a, a, b, b});
+            m_WinSib += (double)y[0] * y[0] + (double)y[2] * y[2];
+            m_WinVoice += (double)y[1] * y[1] + (double)y[3] * y[3];
         }
         if (++m_InWindow == m_WindowFrames)
             closeWindow();
@@ -421,7 +427,7 @@ double CSibilanceStats::RmsDb() const
 
 double CSibilanceStats::SibilanceDb() const
 {
-    if (!m_SibBand.empty() && !m_SibBand[0].Usable())
+    if (!m_Usable)
         return NAN;
     return m_Frames ? powerDb(m_Sib / ((double)m_Frames * m_Channels)) : NAN;
 }
@@ -433,7 +439,7 @@ double CSibilanceStats::VoiceDb() const
 
 double CSibilanceStats::LoudestWindowDb() const
 {
-    return m_SibBand.empty() || !m_SibBand[0].Usable() ? NAN : powerDb(m_Loudest);
+    return m_Usable ? powerDb(m_Loudest) : NAN;
 }
 
 double CSibilanceStats::SibilantTimeShare() const

@@ -40,7 +40,8 @@ private:
     double m_WinSib = 0, m_WinVoice = 0, m_Loudest = 0;
     long long m_Windows = 0, m_SibilantWindows = 0;
     double m_SibilantEnergy = 0;
-    std::vector<CBandFilter> m_SibBand, m_VoiceBand;
+    std::vector<CBandQuad> m_Bands; // one per pair of channels
+    bool m_Usable = true;
 };
 
 // One program's line of the analysis.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <xmmintrin.h>
 
 namespace
 {
@@ -64,14 +65,35 @@ double EffectSettings::HiFreq() const
     return NormalizeValToInternalVal(kParamHiFreq, norm[8]);
 }
 
-// One file channel: the raw input's measurement bands, and in split-band mode
-// the plug-in's four shelves and the measurement bands of the fixed (low +
-// high) and the compressed (middle) part.
+CBandQuad::CBandQuad(const double (&bands)[4][2], double sampleRate)
+{
+    for (int lane = 0; lane < 4; ++lane)
+    {
+        CBandPass band(bands[lane][0], bands[lane][1], sampleRate);
+        for (int i = 0; i < 4; ++i)
+        {
+            const CBiquad& c = band.Section(i);
+            m_B0[i][lane] = (float)c.m_B0;
+            m_B1[i][lane] = (float)c.m_B1;
+            m_B2[i][lane] = (float)c.m_B2;
+            m_A1[i][lane] = (float)c.m_A1;
+            m_A2[i][lane] = (float)c.m_A2;
+        }
+    }
+}
+
+namespace
+{
+// Lanes of the measurement: sibilance and voice band of two signals.
+const double kTwoSignals[4][2] = {{5000, 9000}, {100, 3000}, {5000, 9000}, {100, 3000}};
+} // namespace
+
+// One file channel: in split-band mode the plug-in's four shelves and the
+// measurement bands of the fixed (low + high) and the compressed (middle)
+// part, lanes: sibilance F, voice F, sibilance M, voice M.
 struct CSibilanceModel::Channel
 {
-    Channel(const EffectSettings& s, double rate)
-        : sib(5000.0, 9000.0, rate), voice(100.0, 3000.0, rate), sibF(5000.0, 9000.0, rate),
-          voiceF(100.0, 3000.0, rate), sibM(5000.0, 9000.0, rate), voiceM(100.0, 3000.0, rate)
+    Channel(const EffectSettings& s, double rate) : bands(kTwoSignals, rate)
     {
         const float sr = (float)(int)rate;
         const float low = NormalizeValToInternalVal(kParamLowFreq, s.norm[kParamLowFreq]);
@@ -81,7 +103,7 @@ struct CSibilanceModel::Channel
         highHigh.CalcCoefficients(sr, high, -12.f, 1.f, CBiquadFilter::kHighShelf);
         highLow.CalcCoefficients(sr, high, -12.f, 1.f, CBiquadFilter::kLowShelf);
     }
-    CBandFilter sib, voice, sibF, voiceF, sibM, voiceM;
+    CBandQuad bands;
     CBiquadFilter lowHigh, lowLow, highHigh, highLow;
 };
 
@@ -98,7 +120,8 @@ CSibilanceModel::CSibilanceModel(const EffectSettings& settings, int sampleRate,
     }
     for (int c = 0; c < m_Channels; ++c)
         m_Ch.emplace_back(settings, (double)sampleRate);
-    m_Usable = m_Ch[0].sib.Usable();
+    m_Usable = CBandPass(5000.0, 9000.0, sampleRate).Usable();
+    m_Raw.reset(new CBandQuad(kTwoSignals, sampleRate));
     m_Parts = m_SideChain ? 2 : 4;
     m_Hist.assign((size_t)kThresholds * kNodes * m_Parts, 0.0);
     for (std::vector<float>& b : m_Buf)
@@ -166,16 +189,13 @@ void CSibilanceModel::processChunk(int n)
 
     // Reference levels of the input as it is in the file; in side-chain mode
     // the output is the input times the gain, so these are the window parts.
-    for (int c = 0; c < m_Channels; ++c)
+    // Lanes: sibilance and voice of the first and the second channel.
+    for (int i = 0; i < n; ++i)
     {
-        Channel& ch = m_Ch[c];
-        for (int i = 0; i < n; ++i)
-        {
-            const double s = ch.sib.Run(x[c][i]);
-            const double v = ch.voice.Run(x[c][i]);
-            part[0][i] += s * s;
-            part[1][i] += v * v;
-        }
+        const CBandQuad::v4f b = m_Raw->Run(CBandQuad::v4f{x[0][i], x[0][i], x[1][i], x[1][i]});
+        const double s0 = b[0], v0 = b[1], s1 = b[2], v1 = b[3];
+        part[0][i] = s0 * s0 + (m_Channels > 1 ? s1 * s1 : 0.0);
+        part[1][i] = v0 * v0 + (m_Channels > 1 ? v1 * v1 : 0.0);
     }
     for (int i = 0; i < n; ++i)
     {
@@ -232,9 +252,9 @@ void CSibilanceModel::processChunk(int n)
             ch.highLow.OperateFilter(x[c], high, n);
             for (int i = 0; i < n; ++i)
             {
-                const double f = (double)low[i] + (double)high[i];
-                const double fs = ch.sibF.Run(f), ms = ch.sibM.Run(mid[i]);
-                const double fv = ch.voiceF.Run(f), mv = ch.voiceM.Run(mid[i]);
+                const float f = (float)((double)low[i] + (double)high[i]);
+                const CBandQuad::v4f b = ch.bands.Run(CBandQuad::v4f{f, f, mid[i], mid[i]});
+                const double fs = b[0], fv = b[1], ms = b[2], mv = b[3];
                 m_SibFF += fs * fs;
                 m_VoiceFF += fv * fv;
                 part[0][i] += fs * ms;
@@ -269,6 +289,12 @@ void CSibilanceModel::processChunk(int n)
         }
     }
 
+    // Envelopes of thresholds the key never reaches decay toward zero and
+    // would end in subnormal numbers, which cost the processor dearly: the
+    // bank runs with them flushed to zero (only here, the filters above and
+    // the plug-in keep the usual arithmetic).
+    const unsigned csr = _mm_getcsr();
+    _mm_setcsr(csr | 0x8040); // flush to zero, denormals are zero
     for (int i = 0; i < n; ++i)
     {
         runBank(level + i, 1);
@@ -277,6 +303,7 @@ void CSibilanceModel::processChunk(int n)
         if (++m_InWindow == kWindow)
             closeWindow();
     }
+    _mm_setcsr(csr);
     m_Frames += n;
 }
 

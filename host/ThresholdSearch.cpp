@@ -204,6 +204,7 @@ TargetChoice ChooseForTarget(const CFileModel& model, double targetDb)
         c.note = "no 5-9 kHz band to measure (silent, or the sample rate is too low); "
                  "the program is left as it is";
         c.predicted = model.Predict(c.thresholdDb, c.ratio);
+        c.predicted.sibilance = c.fixed.sibilance = NAN;
         return c;
     }
     if (c.fixed.sibilance <= -targetDb)
