@@ -27,8 +27,10 @@ t = json.load(open(path))["target"]
 sib, voice = t["reached"]["sibilance_change_db"], t["reached"]["voice_change_db"]
 ok_sib = "yes" if abs(-sib - target) <= 1.5 else "NO"
 ok_voice = "yes" if abs(voice) < 0.7 else "NO"
+fixed = t["fixed"]["sibilance_change_db"]
+fixed = 0.0 if abs(fixed) < 0.05 else fixed
 print(f"| {program} | {level} dBFS | {t['threshold_db']:.1f} dB | {t['ratio']:.1f} | "
-      f"{t["fixed"]["sibilance_change_db"] + 0.0:+.1f} dB | {sib:+.2f} dB | {voice:+.2f} dB | "
+      f"{fixed:+.1f} dB | {sib:+.2f} dB | {voice:+.2f} dB | "
       f"{ok_sib} | {ok_voice} |")
 PY
     done
