@@ -1,6 +1,6 @@
 // The window toolkit's application object for the plug-in binary: one static
-// instance, theApp, lives from load to unload. Also home of the ln 2 constant
-// the meter code divides by.
+// instance, theApp, lives from load to unload. (The meters' ln 2 is the
+// parameters' own, in params/ParamTable.h.)
 #pragma once
 
 #include "CWinApp.h"
@@ -14,6 +14,3 @@ public:
 };
 
 extern CInDeEsser theApp;
-
-// ln 2 (0.6931471805599453): level dB = ln(level) / g_dLog2 * 6.
-extern const double g_dLog2;
