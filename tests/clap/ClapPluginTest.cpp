@@ -3,11 +3,11 @@
 // checks CLAP validators make (defaults after init, stable texts, state
 // save-load-save identity, main-thread calls refused elsewhere).
 #include "ClapTestHost.h"
+#include "ParamRange.h"
 #include "TestFiles.h"
 
 #include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <gtest/gtest.h>
 #include <string>
 #include <thread>
@@ -83,32 +83,24 @@ TEST_F(ClapPlugin, DescribesItselfAndItsStereoPorts)
 
 TEST_F(ClapPlugin, ParametersCarryTheVstNamesAndDisplayRanges)
 {
-    // clang-format off
-    const struct { const char* name; double min, max; bool stepped; } expected[] = {
-        {"ON/OFF", 0, 1, true},          {"Output", -59.7947, 19.9316, false},
-        {"Input", -59.7947, 0, false},   {"Threshold", -100, 0, false},
-        {"Ratio", 1, 64, false},         {"AttackTime", 0, 20, false},
-        {"ReleaseTime", 0.01, 4, false}, {"LowFreq", 2000, 20000, false},
-        {"HiFreq", 2000, 20000, false},  {"SideChain", 0, 1, true},
-        {"AutoThreshold", 0, 1, true}};
-    // clang-format on
-    ASSERT_EQ(params->count(host.Plugin()), 11u);
-    for (uint32_t i = 0; i < 11; ++i)
+    ASSERT_EQ(params->count(host.Plugin()), (uint32_t)kNumParams);
+    for (uint32_t i = 0; i < kNumParams; ++i)
     {
+        const ParamRange& r = GetParamRange((int)i);
         clap::ParamInfo info{};
         ASSERT_TRUE(params->getInfo(host.Plugin(), i, &info));
         EXPECT_EQ(info.id, i);
-        EXPECT_STREQ(info.name, expected[i].name);
-        EXPECT_NEAR(info.minValue, expected[i].min, 1e-3) << i;
-        EXPECT_NEAR(info.maxValue, expected[i].max, 1e-3) << i;
-        EXPECT_EQ((info.flags & clap::kParamIsStepped) != 0, expected[i].stepped) << i;
+        EXPECT_STREQ(info.name, GetParamName((int)i));
+        EXPECT_EQ(info.minValue, r.minPlain) << i;
+        EXPECT_EQ(info.maxValue, r.maxPlain) << i;
+        EXPECT_EQ((info.flags & clap::kParamIsStepped) != 0, r.toggled) << i;
         EXPECT_EQ(info.flags & clap::kParamIsBypass, 0u) << i; // ON/OFF is on at 1
         // Validators: the value right after init is the declared default.
         EXPECT_EQ(host.Value(i), info.defaultValue) << i;
     }
     clap::ParamInfo info{};
-    EXPECT_FALSE(params->getInfo(host.Plugin(), 11, &info));
-    EXPECT_TRUE(std::isnan(host.Value(11)));
+    EXPECT_FALSE(params->getInfo(host.Plugin(), kNumParams, &info));
+    EXPECT_TRUE(std::isnan(host.Value(kNumParams)));
 }
 
 TEST_F(ClapPlugin, TextsAreTheVstDisplayWithItsLabelAndParseBack)
@@ -177,17 +169,11 @@ TEST_F(ClapPlugin, StateRoundTripsAndBadStreamsLeaveTheEffectAlone)
 
     Set(3, -10);
     const std::vector<uint8_t> before = host.SaveState();
-    std::vector<std::vector<uint8_t>> bad = {{},
-                                             {saved.begin(), saved.begin() + 10},
-                                             {saved.begin(), saved.end() - 1},
-                                             saved,
-                                             saved,
-                                             saved,
-                                             saved};
-    bad[3][0] ^= 0x20;                      // foreign magic
-    bad[4].push_back(0);                    // one byte too many
-    std::memset(&bad[5][16 + 12], 0xFF, 4); // a value that is not a number
-    bad[6][7] = 9;                          // a newer version
+    // What the stream hands over reaches the state check whole (which
+    // streams it refuses is the state blob's own test).
+    std::vector<std::vector<uint8_t>> bad = {{}, {saved.begin(), saved.end() - 1}, saved, saved};
+    bad[2][0] ^= 0x20;   // foreign magic
+    bad[3].push_back(0); // one byte too many
     for (size_t k = 0; k < bad.size(); ++k)
     {
         EXPECT_FALSE(host.LoadState(bad[k])) << k;

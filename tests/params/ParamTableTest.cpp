@@ -72,17 +72,3 @@ TEST(ParamTable, LinearRowsClampAndFixedPointTruncates)
     EXPECT_NEAR(dw / 65536.0, -6.0, 1e-4);
     EXPECT_EQ(NormalizeValToDWValue(12, 0.5f), 0u);
 }
-
-TEST(ParamTable, NamesAndLabels)
-{
-    const char* names[] = {"ON/OFF", "Output",     "Input",        "Threshold",
-                           "Ratio",  "AttackTime", "ReleaseTime",  "LowFreq",
-                           "HiFreq", "SideChain",  "AutoThreshold"};
-    const char* labels[] = {"", "dB", "dB", "dB", "", "ms", "sec", "Hz", "Hz", "", ""};
-    for (int i = 0; i < kNumParams; ++i)
-    {
-        EXPECT_STREQ(GetParamName(i), names[i]);
-        EXPECT_STREQ(GetParamLabel(i), labels[i]);
-    }
-    EXPECT_STREQ(GetParamName(11), "");
-}
