@@ -83,21 +83,13 @@ CFileModel::CFileModel(const EffectSettings& settings, int sampleRate, int chann
                        const std::vector<std::pair<int, int>>& lanes)
     : m_Settings(settings), m_Channels(channels), m_Lanes(lanes)
 {
-    std::vector<bool> taken(channels, false);
+    int taken = 0;
     for (const auto& l : lanes)
     {
         m_Models.emplace_back(new CSibilanceModel(settings, sampleRate, l.second < 0 ? 1 : 2));
-        taken[l.first] = true;
-        if (l.second >= 0)
-            taken[l.second] = true;
+        taken += l.second < 0 ? 1 : 2;
     }
-    for (int c = 0; c < channels; ++c)
-        if (!taken[c])
-        {
-            m_Free.push_back(c);
-            m_FreeSib.emplace_back(5000.0, 9000.0, sampleRate);
-            m_FreeVoice.emplace_back(100.0, 3000.0, sampleRate);
-        }
+    m_PassedThrough = taken < channels;
 }
 
 void CFileModel::Add(const float* x, long long frames)
@@ -115,14 +107,6 @@ void CFileModel::Add(const float* x, long long frames)
         }
         m_Models[k]->Add(m_Lane.data(), frames);
     }
-    for (size_t k = 0; k < m_Free.size(); ++k)
-        for (long long f = 0; f < frames; ++f)
-        {
-            const double v = x[f * m_Channels + m_Free[k]];
-            const double s = m_FreeSib[k].Run(v), w = m_FreeVoice[k].Run(v);
-            m_FreeSibEnergy += s * s;
-            m_FreeVoiceEnergy += w * w;
-        }
 }
 
 void CFileModel::Finish()
@@ -133,7 +117,7 @@ void CFileModel::Finish()
 
 BandChange CFileModel::Predict(double thresholdDb, double ratio) const
 {
-    double sib = m_FreeSibEnergy, voice = m_FreeVoiceEnergy;
+    double sib = 0, voice = 0;
     for (const auto& m : m_Models)
     {
         double s, v;
@@ -159,7 +143,7 @@ bool CFileModel::Usable() const
 
 double CFileModel::SibilanceEnergy() const
 {
-    double e = m_FreeSibEnergy;
+    double e = 0;
     for (const auto& m : m_Models)
         e += m->SibilanceEnergy();
     return e;
@@ -167,7 +151,7 @@ double CFileModel::SibilanceEnergy() const
 
 double CFileModel::VoiceEnergy() const
 {
-    double e = m_FreeVoiceEnergy;
+    double e = 0;
     for (const auto& m : m_Models)
         e += m->VoiceEnergy();
     return e;
@@ -320,7 +304,12 @@ TargetChoice MeasureForTarget(CVstHost& host, const FileJob& job,
     for (long long n; (n = reader.Read(buf.data(), kFrames)) > 0;)
         model.Add(buf.data(), n);
     model.Finish();
-    return ChooseForTarget(model, targetDb);
+    TargetChoice c = ChooseForTarget(model, targetDb);
+    if (model.PassesChannelsThrough())
+        c.note += std::string(c.note.empty() ? "" : "; ") +
+                  "the target applies to the processed channels; what was reached is "
+                  "measured over all channels, those passed through included";
+    return c;
 }
 
 namespace

@@ -18,7 +18,8 @@ struct FileJob;
 EffectSettings ReadEffectSettings(CVstHost& host);
 
 // The models of one file: one per plug-in instance (a channel pair, or one
-// channel fed to both inputs), channels no instance takes count unchanged.
+// channel fed to both inputs). Levels and changes cover the channels the
+// instances take; channels passed through do not count.
 class CFileModel
 {
 public:
@@ -37,15 +38,14 @@ public:
     double KeyPeakDb() const;
     double KeyLoudDb() const;
     const EffectSettings& Settings() const { return m_Settings; }
+    bool PassesChannelsThrough() const { return m_PassedThrough; }
 
 private:
     EffectSettings m_Settings;
     int m_Channels;
     std::vector<std::pair<int, int>> m_Lanes;
     std::vector<std::unique_ptr<CSibilanceModel>> m_Models;
-    std::vector<int> m_Free; // channels passed through
-    std::vector<CBandFilter> m_FreeSib, m_FreeVoice;
-    double m_FreeSibEnergy = 0, m_FreeVoiceEnergy = 0;
+    bool m_PassedThrough = false;
     std::vector<float> m_Lane;
 };
 
