@@ -12,7 +12,7 @@
 #include "Lv2TestHost.h"
 #endif
 #include "ParamTable.h"
-#include "TestSignal.h"
+#include "BenchBlocks.h"
 #include "TestFiles.h"
 
 #include <benchmark/benchmark.h>
@@ -23,26 +23,11 @@
 
 namespace
 {
-constexpr int kBlock = 256;
-constexpr int kFrames = kBlock * 690; // about 4 s
-
-const testsignal::Vocal& Signal()
-{
-    static testsignal::Vocal s(kFrames);
-    return s;
-}
-
-void Report(benchmark::State& state)
-{
-    state.counters["ns_per_frame"] =
-        benchmark::Counter((double)kBlock * (double)state.iterations(),
-                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-}
+using namespace benchblocks;
 
 void BM_VstEntry(benchmark::State& state)
 {
     UseScratchSettings();
-    const testsignal::Vocal& s = Signal();
     HostHarness host;
     AEffect* e = host.Create();
     host.Start(44100.f, kBlock);
@@ -52,24 +37,21 @@ void BM_VstEntry(benchmark::State& state)
     e->setParameter(e, kParamSideChain, state.range(0) != 0 ? 1.f : 0.f);
     host.Dispatch(effStartProcess);
     std::vector<float> inL(kBlock), inR(kBlock), outL(kBlock), outR(kBlock);
-    int pos = 0;
-    for (auto _ : state)
-    {
-        std::memcpy(inL.data(), s.left.data() + pos, sizeof(float) * kBlock);
-        std::memcpy(inR.data(), s.right.data() + pos, sizeof(float) * kBlock);
-        float* in[2] = {inL.data(), inR.data()};
-        float* out[2] = {outL.data(), outR.data()};
-        e->processReplacing(e, in, out, kBlock);
-        benchmark::DoNotOptimize(outL.data());
-        pos = pos + kBlock < kFrames ? pos + kBlock : 0;
-    }
-    Report(state);
+    RunBlocks(state,
+              [&](const float* left, const float* right)
+              {
+                  std::memcpy(inL.data(), left, sizeof(float) * kBlock);
+                  std::memcpy(inR.data(), right, sizeof(float) * kBlock);
+                  float* in[2] = {inL.data(), inR.data()};
+                  float* out[2] = {outL.data(), outR.data()};
+                  e->processReplacing(e, in, out, kBlock);
+                  benchmark::DoNotOptimize(outL.data());
+              });
 }
 
 void BM_ClapEntry(benchmark::State& state)
 {
     UseScratchSettings();
-    const testsignal::Vocal& s = Signal();
     ClapTestHost host(DEESSER_CLAP_PATH);
     const clap::Plugin* p = host.Create();
     ClapEventList settings;
@@ -81,16 +63,14 @@ void BM_ClapEntry(benchmark::State& state)
     p->activate(p, 44100.0, 1, kBlock);
     p->startProcessing(p);
     std::vector<float> outL(kBlock), outR(kBlock);
-    int pos = 0;
-    for (auto _ : state)
-    {
-        host.Process(s.left.data() + pos, s.right.data() + pos, outL.data(), outR.data(), kBlock);
-        benchmark::DoNotOptimize(outL.data());
-        pos = pos + kBlock < kFrames ? pos + kBlock : 0;
-    }
+    RunBlocks(state,
+              [&](const float* left, const float* right)
+              {
+                  host.Process(left, right, outL.data(), outR.data(), kBlock);
+                  benchmark::DoNotOptimize(outL.data());
+              });
     p->stopProcessing(p);
     p->deactivate(p);
-    Report(state);
 }
 
 #ifdef DEESSER_LV2_BUNDLE
@@ -98,7 +78,6 @@ void BM_ClapEntry(benchmark::State& state)
 void BM_Lv2Run(benchmark::State& state)
 {
     UseScratchSettings();
-    const testsignal::Vocal& s = Signal();
     CLv2TestHost host(DEESSER_LV2_BUNDLE, "urn:korvaine:comp2");
     CLv2TestInstance fx(host, 44100.0);
     if (!fx.Raw())
@@ -109,21 +88,15 @@ void BM_Lv2Run(benchmark::State& state)
     fx.Set("side_chain", state.range(0) != 0 ? 1.f : 0.f);
     fx.Activate();
     std::vector<float> outL(kBlock), outR(kBlock);
-    int pos = 0;
-    for (auto _ : state)
-    {
-        fx.Run(s.left.data() + pos, s.right.data() + pos, outL.data(), outR.data(), kBlock);
-        benchmark::DoNotOptimize(outL.data());
-        pos = pos + kBlock < kFrames ? pos + kBlock : 0;
-    }
-    Report(state);
+    RunBlocks(state,
+              [&](const float* left, const float* right)
+              {
+                  fx.Run(left, right, outL.data(), outR.data(), kBlock);
+                  benchmark::DoNotOptimize(outL.data());
+              });
 }
 #endif
 
-double Min(const std::vector<double>& v)
-{
-    return *std::min_element(v.begin(), v.end());
-}
 // 1: side-chain mode, 0: split-band mode.
 BENCHMARK(BM_VstEntry)->ArgName("sidechain")->Arg(1)->Arg(0)->ComputeStatistics("min", Min);
 BENCHMARK(BM_ClapEntry)->ArgName("sidechain")->Arg(1)->Arg(0)->ComputeStatistics("min", Min);

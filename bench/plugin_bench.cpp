@@ -5,7 +5,7 @@
 // timed too and costs well under 0.1 ns per frame. On a shared machine run
 // with --benchmark_repetitions: "_min" is the least disturbed measure.
 #include "ADeEsser.h"
-#include "TestSignal.h"
+#include "BenchBlocks.h"
 #include "FakeEditor.h"
 #include "ParamTable.h"
 
@@ -18,19 +18,11 @@
 
 namespace
 {
-constexpr int kBlock = 256;
-constexpr int kFrames = kBlock * 690; // about 4 s
-
-const testsignal::Vocal& Signal()
-{
-    static testsignal::Vocal s(kFrames);
-    return s;
-}
+using namespace benchblocks;
 
 void BM_ProcessReplacing(benchmark::State& state)
 {
     setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-bench", 1);
-    const testsignal::Vocal& s = Signal();
     ADeEsser fx(nullptr);
     fx.setSampleRate(44100.f);
     fx.setBlockSize(kBlock);
@@ -41,32 +33,23 @@ void BM_ProcessReplacing(benchmark::State& state)
     fx.setParameter(kParamSideChain, state.range(0) != 0 ? 1.f : 0.f);
 
     std::vector<float> inL(kBlock), inR(kBlock), outL(kBlock), outR(kBlock);
-    int pos = 0;
-    for (auto _ : state)
-    {
-        std::memcpy(inL.data(), s.left.data() + pos, sizeof(float) * kBlock);
-        std::memcpy(inR.data(), s.right.data() + pos, sizeof(float) * kBlock);
-        float* in[2] = {inL.data(), inR.data()};
-        float* out[2] = {outL.data(), outR.data()};
-        fx.processReplacing(in, out, kBlock);
-        benchmark::DoNotOptimize(outL.data());
-        benchmark::DoNotOptimize(outR.data());
-        pos = pos + kBlock < kFrames ? pos + kBlock : 0;
-    }
+    RunBlocks(state,
+              [&](const float* left, const float* right)
+              {
+                  std::memcpy(inL.data(), left, sizeof(float) * kBlock);
+                  std::memcpy(inR.data(), right, sizeof(float) * kBlock);
+                  float* in[2] = {inL.data(), inR.data()};
+                  float* out[2] = {outL.data(), outR.data()};
+                  fx.processReplacing(in, out, kBlock);
+                  benchmark::DoNotOptimize(outL.data());
+                  benchmark::DoNotOptimize(outR.data());
+              });
     float reduction = 0.f;
     fx.GetReductionVU(&reduction);
     benchmark::DoNotOptimize(reduction);
-    state.counters["ns_per_frame"] =
-        benchmark::Counter((double)kBlock * (double)state.iterations(),
-                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
 }
 // 1: side-chain mode, 0: split-band mode.
-BENCHMARK(BM_ProcessReplacing)
-    ->ArgName("sidechain")
-    ->Arg(1)
-    ->Arg(0)
-    ->ComputeStatistics("min", [](const std::vector<double>& v)
-                        { return *std::min_element(v.begin(), v.end()); });
+BENCHMARK(BM_ProcessReplacing)->ArgName("sidechain")->Arg(1)->Arg(0)->ComputeStatistics("min", Min);
 } // namespace
 
 BENCHMARK_MAIN();
