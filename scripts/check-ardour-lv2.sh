@@ -49,7 +49,7 @@ fi
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share \
     XDG_CACHE_HOME=$work/home/.cache
 mkdir -p "$XDG_CONFIG_HOME" "$XDG_DATA_HOME" "$XDG_CACHE_HOME" "$work/lv2"
-# The bundle as installed, with the system's LV2 specifications.
+# The bundle as installed; the system's LV2 folder supplies the core vocabulary.
 cp -r "$build/lv2-bundle/DeEsser.lv2" "$work/lv2/"
 export LV2_PATH=$work/lv2:/usr/lib/lv2
 

@@ -9,7 +9,6 @@
 CLv2TestHost::CLv2TestHost(const std::string& bundleDir, const char* pluginUri)
 {
     m_World = lilv_world_new();
-    lilv_world_load_specifications(m_World);
     lilv_world_load_plugin_classes(m_World);
     std::string dir = bundleDir;
     if (dir.empty() || dir.back() != '/')
