@@ -36,17 +36,8 @@ void BM_VstEntry(benchmark::State& state)
     e->setParameter(e, kParamAutoThreshold, 0.f);
     e->setParameter(e, kParamSideChain, state.range(0) != 0 ? 1.f : 0.f);
     host.Dispatch(effStartProcess);
-    std::vector<float> inL(kBlock), inR(kBlock), outL(kBlock), outR(kBlock);
-    RunBlocks(state,
-              [&](const float* left, const float* right)
-              {
-                  std::memcpy(inL.data(), left, sizeof(float) * kBlock);
-                  std::memcpy(inR.data(), right, sizeof(float) * kBlock);
-                  float* in[2] = {inL.data(), inR.data()};
-                  float* out[2] = {outL.data(), outR.data()};
-                  e->processReplacing(e, in, out, kBlock);
-                  benchmark::DoNotOptimize(outL.data());
-              });
+    RunCopiedBlocks(state,
+                    [&](float** in, float** out) { e->processReplacing(e, in, out, kBlock); });
 }
 
 void BM_ClapEntry(benchmark::State& state)

@@ -32,18 +32,7 @@ void BM_ProcessReplacing(benchmark::State& state)
     fx.setParameter(kParamAutoThreshold, 0.f);
     fx.setParameter(kParamSideChain, state.range(0) != 0 ? 1.f : 0.f);
 
-    std::vector<float> inL(kBlock), inR(kBlock), outL(kBlock), outR(kBlock);
-    RunBlocks(state,
-              [&](const float* left, const float* right)
-              {
-                  std::memcpy(inL.data(), left, sizeof(float) * kBlock);
-                  std::memcpy(inR.data(), right, sizeof(float) * kBlock);
-                  float* in[2] = {inL.data(), inR.data()};
-                  float* out[2] = {outL.data(), outR.data()};
-                  fx.processReplacing(in, out, kBlock);
-                  benchmark::DoNotOptimize(outL.data());
-                  benchmark::DoNotOptimize(outR.data());
-              });
+    RunCopiedBlocks(state, [&](float** in, float** out) { fx.processReplacing(in, out, kBlock); });
     float reduction = 0.f;
     fx.GetReductionVU(&reduction);
     benchmark::DoNotOptimize(reduction);

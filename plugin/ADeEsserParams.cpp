@@ -12,6 +12,12 @@
 // The highest output gain a typed value stores in the program (about +6 dB).
 static const float kTypedOutputGainMax = 2.0f;
 
+// Threshold, Ratio, AttackTime, ReleaseTime, LowFreq and HiFreq.
+static bool isKnob(int index)
+{
+    return index >= kParamThreshold && index <= kParamHiFreq;
+}
+
 float ADeEsser::GetInternalValue(int index) const
 {
     return index > kParamOnOff && index < kNumParams ? m_InternalValue[index] : 0.f;
@@ -185,21 +191,17 @@ void ADeEsser::setParameterWork(int index, float n, bool fromPanel)
         storeParam(index, n, index == kParamSideChain ? n : v);
         break;
     }
-    case kParamThreshold:
-    case kParamRatio:
-    case kParamAttack:
-    case kParamRelease:
-    case kParamLowFreq:
-    case kParamHiFreq:
-        storeParam(index, n, v);
-        applyKnob(index, v, fromPanel ? n : v);
-        break;
     case kParamAutoThreshold:
         storeParam(index, n, n);
         for (CVRXComp* c : comps)
             c->set_AutoThreshold(n);
         break;
     default:
+        if (isKnob(index))
+        {
+            storeParam(index, n, v);
+            applyKnob(index, v, fromPanel ? n : v);
+        }
         break;
     }
 }
@@ -247,18 +249,14 @@ void ADeEsser::setParameterFromDiaplay(int index, float v)
             m_OutputGain = g;
         break;
     }
-    case kParamThreshold:
-    case kParamRatio:
-    case kParamAttack:
-    case kParamRelease:
-    case kParamLowFreq:
-    case kParamHiFreq:
-        // The typed value is kept unclamped; only its normalised form is clamped.
-        n = ValToNormalizeValue(index, v);
-        storeParam(index, n, v);
-        applyKnob(index, v, n); // attack: the normalised value, as from the panel's knob
-        break;
     default:
+        if (isKnob(index))
+        {
+            // The typed value is kept unclamped; only its normalised form is clamped.
+            n = ValToNormalizeValue(index, v);
+            storeParam(index, n, v);
+            applyKnob(index, v, n); // attack: the normalised value, as from the panel's knob
+        }
         break;
     }
     if (IDeEsserPanel* panel = GetPanel())

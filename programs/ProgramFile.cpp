@@ -101,24 +101,13 @@ int ImportProgramList(const char* listPath, const char* programFolder, ADeEsserP
             start = StrTerminateTab(line, start, field, sizeof(field));
             if (field[0] != '\0' && field[0] != ' ')
             {
-                float value = (float)std::atoi(field) * (1.0f / 65536.0f);
-                switch (number)
-                {
-                case 1:
-                    setFromDisplay(program, kParamThreshold, value);
-                    break;
-                case 2:
-                    setFromDisplay(program, kParamAttack, value);
-                    break;
-                case 3:
-                    setFromDisplay(program, kParamRelease, value);
-                    break;
-                case 4:
-                    setFromDisplay(program, kParamRatio, value);
-                    break;
-                default:
-                    break; // field 0 and fields after 4 carry nothing used
-                }
+                // Fields 1-4, in 16.16 display units; field 0 and the
+                // fields after 4 carry nothing used.
+                static const int kFieldParam[] = {-1, kParamThreshold, kParamAttack, kParamRelease,
+                                                  kParamRatio};
+                if (number >= 1 && number <= 4)
+                    setFromDisplay(program, kFieldParam[number],
+                                   (float)std::atoi(field) * (1.0f / 65536.0f));
             }
             ++number;
         } while (start != -1);

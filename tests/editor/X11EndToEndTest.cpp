@@ -118,6 +118,15 @@ protected:
         return host->Dispatch(opcode, index, value, ptr, opt);
     }
 
+    // One block through the effect, as the host's audio thread would.
+    void Process(std::vector<float>& l, std::vector<float>& r)
+    {
+        std::vector<float> ol(l.size()), orr(r.size());
+        float* in[2] = {l.data(), r.data()};
+        float* out[2] = {ol.data(), orr.data()};
+        effect->processReplacing(effect, in, out, (VstInt32)l.size());
+    }
+
     bool HasXTest()
     {
         int eventBase, errorBase, major, minor;
@@ -315,12 +324,10 @@ TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
 
     // Audio moves the level meters at the next idle calls: a full-scale
     // block lights the input meter from its 0 dB row (19) down.
-    std::vector<float> l(256), r(256), ol(256), orr(256);
+    std::vector<float> l(256), r(256);
     for (int n = 0; n < 256; ++n)
         l[n] = r[n] = n % 2 ? 1.f : -1.f;
-    float* in[2] = {l.data(), r.data()};
-    float* out[2] = {ol.data(), orr.data()};
-    effect->processReplacing(effect, in, out, 256);
+    Process(l, r);
     Idle(2, 1);
     cairo_surface_t* lit = Screenshot();
     ASSERT_NE(nullptr, lit);
@@ -347,7 +354,7 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
     Idle(5);
     // A vowel-like tone with a sibilant 6 kHz component, the same every run:
     // the level meters and the reduction meter both move.
-    std::vector<float> l(256), r(256), ol(256), orr(256);
+    std::vector<float> l(256), r(256);
     for (int block = 0; block < 40; ++block)
     {
         for (int n = 0; n < 256; ++n)
@@ -357,9 +364,7 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
                 (float)(0.3 * std::sin(2 * M_PI * 220 * t) + 0.2 * std::sin(2 * M_PI * 6000 * t));
             r[n] = 0.8f * l[n];
         }
-        float* in[2] = {l.data(), r.data()};
-        float* out[2] = {ol.data(), orr.data()};
-        effect->processReplacing(effect, in, out, 256);
+        Process(l, r);
         Idle(1, 1);
     }
     cairo_surface_t* shot = Screenshot();
