@@ -69,22 +69,10 @@ VstIntPtr AudioEffect::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr val
                                   float opt)
 {
     // Opcodes that write into or read from the host's buffer need one.
-    switch (opcode)
-    {
-    case effSetProgramName:
-    case effGetProgramName:
-    case effGetParamLabel:
-    case effGetParamDisplay:
-    case effGetParamName:
-    case effEditGetRect:
-    case effGetChunk:
-    case effSetChunk:
-        if (!ptr)
-            return 0;
-        break;
-    default:
-        break;
-    }
+    if (!ptr &&
+        isOneOf(opcode, {effSetProgramName, effGetProgramName, effGetParamLabel, effGetParamDisplay,
+                         effGetParamName, effEditGetRect, effGetChunk, effSetChunk}))
+        return 0;
 
     switch (opcode)
     {

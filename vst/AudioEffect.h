@@ -9,6 +9,8 @@
 
 #include "AEffect.h"
 
+#include <initializer_list>
+
 class AEffEditor;
 
 class AudioEffect
@@ -82,6 +84,14 @@ public:
     virtual void masterIdle() { callHost(audioMasterIdle); }
 
 protected:
+    static bool isOneOf(VstInt32 opcode, std::initializer_list<VstInt32> opcodes)
+    {
+        for (VstInt32 o : opcodes)
+            if (o == opcode)
+                return true;
+        return false;
+    }
+
     void setFlag(VstInt32 flag, bool state);
 
     audioMasterCallback audioMaster;

@@ -65,21 +65,10 @@ void AudioEffectX::wantEvents(VstInt32 filter)
 VstIntPtr AudioEffectX::dispatcher(VstInt32 opcode, VstInt32 index, VstIntPtr value, void* ptr,
                                    float opt)
 {
-    switch (opcode)
-    {
-    case effGetProgramNameIndexed:
-    case effGetEffectName:
-    case effGetVendorString:
-    case effGetProductString:
-    case effCanDo:
-    case effGetParameterProperties:
-    case effString2Parameter:
-        if (!ptr)
-            return 0;
-        break;
-    default:
-        break;
-    }
+    if (!ptr && isOneOf(opcode, {effGetProgramNameIndexed, effGetEffectName, effGetVendorString,
+                                 effGetProductString, effCanDo, effGetParameterProperties,
+                                 effString2Parameter}))
+        return 0;
 
     switch (opcode)
     {
