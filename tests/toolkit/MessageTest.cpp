@@ -1,6 +1,6 @@
 // Windows and messages on the headless backend: message-map search order,
-// creation, sent and posted messages, paint scheduling, timers, mouse
-// routing with capture and double clicks, and the host frame.
+// creation, sent and posted messages, paint scheduling, timers and the host
+// frame.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -250,95 +250,4 @@ TEST_F(ToolkitMessages, TimersFireFromThePump)
     EXPECT_EQ(wnd.m_Fired.size(), 2u);
     EXPECT_EQ(g_TimerCalls, 1);
     wnd.DestroyWindow();
-}
-
-namespace
-{
-class CMouseWnd : public CWnd
-{
-public:
-    std::string m_Name;
-    bool m_bCapture = false;
-    std::vector<std::string>* m_pLog = nullptr;
-    void Log(const char* what, CPoint p)
-    {
-        m_pLog->push_back(m_Name + ":" + what + " " + std::to_string(p.x) + "," +
-                          std::to_string(p.y));
-    }
-    void OnLButtonDown(UINT, CPoint p)
-    {
-        Log("down", p);
-        if (m_bCapture)
-            SetCapture();
-    }
-    void OnLButtonDblClk(UINT, CPoint p) { Log("dbl", p); }
-    void OnMouseMove(UINT flags, CPoint p) { Log(flags & MK_LBUTTON ? "drag" : "move", p); }
-    void OnLButtonUp(UINT, CPoint p)
-    {
-        Log("up", p);
-        if (GetCapture() == this)
-            ReleaseCapture();
-    }
-    DECLARE_MESSAGE_MAP()
-};
-BEGIN_MESSAGE_MAP(CMouseWnd, CWnd)
-ON_WM_LBUTTONDOWN()
-ON_WM_LBUTTONDBLCLK()
-ON_WM_MOUSEMOVE()
-ON_WM_LBUTTONUP()
-END_MESSAGE_MAP()
-} // namespace
-
-TEST_F(ToolkitMessages, CaptureRoutesMovesAndReleaseToTheCapturingWindow)
-{
-    std::vector<std::string> log;
-    CMouseWnd panel, knob;
-    panel.m_Name = "panel";
-    knob.m_Name = "knob";
-    panel.m_pLog = knob.m_pLog = &log;
-    knob.m_bCapture = true;
-    ASSERT_TRUE(
-        panel.Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(100, 100, 300, 200), nullptr, 0));
-    ASSERT_TRUE(knob.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(10, 20, 50, 60), &panel, 1));
-
-    CHeadless::MouseMove(&panel, CPoint(15, 25)); // over the child: the child gets it
-    CHeadless::MouseDown(&panel, CPoint(15, 25));
-    EXPECT_EQ(CWnd::GetCapture(), &knob);
-    CHeadless::MouseMove(&panel, CPoint(150, 90)); // far outside the child
-    CHeadless::MouseUp(&panel, CPoint(-5, 95));
-    EXPECT_EQ(CWnd::GetCapture(), nullptr);
-    CHeadless::MouseMove(&panel, CPoint(150, 90)); // no capture: the panel again
-    std::vector<std::string> expected = {"knob:move 5,5", "knob:down 5,5", "knob:drag 140,70",
-                                         "knob:up -15,75", "panel:move 150,90"};
-    EXPECT_EQ(log, expected);
-
-    // Hidden and disabled children take no input.
-    log.clear();
-    knob.EnableWindow(FALSE);
-    CHeadless::MouseDown(&panel, CPoint(15, 25));
-    knob.EnableWindow(TRUE);
-    knob.ShowWindow(SW_HIDE);
-    CHeadless::MouseDown(&panel, CPoint(15, 25));
-    CHeadless::MouseUp(&panel, CPoint(15, 25));
-    EXPECT_EQ(log, (std::vector<std::string>{"panel:down 15,25", "panel:up 15,25"}));
-    panel.DestroyWindow();
-    EXPECT_EQ(knob.m_hWnd, nullptr);
-}
-
-TEST_F(ToolkitMessages, DoubleClicksNeedTheClassStyle)
-{
-    std::vector<std::string> log;
-    CMouseWnd plain, dbl;
-    plain.m_Name = "plain";
-    dbl.m_Name = "dbl";
-    plain.m_pLog = dbl.m_pLog = &log;
-    ASSERT_TRUE(plain.Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(0, 0, 20, 20), nullptr, 0));
-    ASSERT_TRUE(dbl.Create(AfxRegisterWndClass(CS_DBLCLKS), "", WS_POPUP | WS_VISIBLE,
-                           CRect(0, 0, 20, 20), nullptr, 0));
-    CHeadless::DoubleClick(&plain, CPoint(1, 1));
-    CHeadless::DoubleClick(&dbl, CPoint(2, 2));
-    std::vector<std::string> expected = {"plain:down 1,1", "plain:up 1,1", "plain:down 1,1",
-                                         "plain:up 1,1",   "dbl:down 2,2", "dbl:up 2,2",
-                                         "dbl:dbl 2,2",    "dbl:up 2,2"};
-    EXPECT_EQ(log, expected);
 }

@@ -1,6 +1,7 @@
-// Window state on the headless backend: visibility through parents, focus
-// messages, pre-translation, stacking of overlapping children, and what
-// destruction clears. (Sizing is shown through the entry field's tests.)
+// Windows and input on the headless backend: visibility through parents,
+// focus messages, pre-translation, mouse routing with capture, double clicks,
+// stacking of overlapping children, and what destruction clears. (Sizing is
+// shown through the entry field's tests.)
 #include <gtest/gtest.h>
 
 #include <string>
@@ -13,17 +14,37 @@ namespace
 {
 std::vector<std::string> g_Events;
 
+// Logs what it receives as "name:what"; takes the capture on a press when
+// asked to, and gives it back on the release.
 class CStateWnd : public CWnd
 {
 public:
     std::string m_Name;
     bool m_bEatKeys = false;
+    bool m_bCapture = false;
     void Note(const std::string& what) { g_Events.push_back(m_Name + ":" + what); }
+    void Note(const char* what, CPoint p)
+    {
+        Note(std::string(what) + " " + std::to_string(p.x) + "," + std::to_string(p.y));
+    }
     void OnDestroy() { Note("destroy"); }
     void OnSetFocus(CWnd* old) { Note(std::string("setfocus from ") + (old ? "wnd" : "none")); }
     void OnKillFocus(CWnd*) { Note("killfocus"); }
     void OnKeyDown(UINT key, UINT, UINT) { Note("key " + std::to_string(key)); }
-    void OnLButtonDown(UINT, CPoint p) { Note("down " + std::to_string(p.x)); }
+    void OnLButtonDown(UINT, CPoint p)
+    {
+        Note("down", p);
+        if (m_bCapture)
+            SetCapture();
+    }
+    void OnLButtonDblClk(UINT, CPoint p) { Note("dbl", p); }
+    void OnMouseMove(UINT flags, CPoint p) { Note(flags & MK_LBUTTON ? "drag" : "move", p); }
+    void OnLButtonUp(UINT, CPoint p)
+    {
+        Note("up", p);
+        if (GetCapture() == this)
+            ReleaseCapture();
+    }
     BOOL PreTranslateMessage(UINT message, WPARAM wParam, LPARAM) override
     {
         if (m_bEatKeys && message == WM_KEYDOWN)
@@ -41,6 +62,9 @@ ON_WM_SETFOCUS()
 ON_WM_KILLFOCUS()
 ON_WM_KEYDOWN()
 ON_WM_LBUTTONDOWN()
+ON_WM_LBUTTONDBLCLK()
+ON_WM_MOUSEMOVE()
+ON_WM_LBUTTONUP()
 END_MESSAGE_MAP()
 
 class ToolkitWindowState : public ::testing::Test
@@ -123,7 +147,8 @@ TEST_F(ToolkitWindowState, LaterChildrenAreOnTopAndDestructionGoesParentFirst)
     CHeadless::MouseDown(&m_Top, CPoint(150, 10)); // the top window itself
     CHeadless::MouseUp(&m_Top, CPoint(150, 10));
     EXPECT_EQ(g_Events,
-              (std::vector<std::string>{"over:down 10", "under:down 20", "top:down 150"}));
+              (std::vector<std::string>{"over:down 10,10", "over:up 10,10", "under:down 20,10",
+                                        "under:up 20,10", "top:down 150,10", "top:up 150,10"}));
 
     g_Events.clear();
     m_Top.DestroyWindow();
@@ -132,4 +157,49 @@ TEST_F(ToolkitWindowState, LaterChildrenAreOnTopAndDestructionGoesParentFirst)
     EXPECT_EQ(under.m_hWnd, nullptr);
     EXPECT_EQ(over.m_hWnd, nullptr);
     EXPECT_FALSE(over.DestroyWindow()); // already gone
+}
+
+TEST_F(ToolkitWindowState, CaptureRoutesMovesAndReleaseToTheCapturingWindow)
+{
+    m_Top.MoveWindow(100, 100, 200, 100);
+    CStateWnd knob;
+    knob.m_Name = "knob";
+    knob.m_bCapture = true;
+    ASSERT_TRUE(knob.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(10, 20, 50, 60), &m_Top, 1));
+
+    CHeadless::MouseMove(&m_Top, CPoint(15, 25)); // over the child: the child gets it
+    CHeadless::MouseDown(&m_Top, CPoint(15, 25));
+    EXPECT_EQ(CWnd::GetCapture(), &knob);
+    CHeadless::MouseMove(&m_Top, CPoint(150, 90)); // far outside the child
+    CHeadless::MouseUp(&m_Top, CPoint(-5, 95));
+    EXPECT_EQ(CWnd::GetCapture(), nullptr);
+    CHeadless::MouseMove(&m_Top, CPoint(150, 90)); // no capture: the parent again
+    std::vector<std::string> expected = {"knob:move 5,5", "knob:down 5,5", "knob:drag 140,70",
+                                         "knob:up -15,75", "top:move 150,90"};
+    EXPECT_EQ(g_Events, expected);
+
+    // Hidden and disabled children take no input.
+    g_Events.clear();
+    knob.EnableWindow(FALSE);
+    CHeadless::MouseDown(&m_Top, CPoint(15, 25));
+    knob.EnableWindow(TRUE);
+    knob.ShowWindow(SW_HIDE);
+    CHeadless::MouseDown(&m_Top, CPoint(15, 25));
+    CHeadless::MouseUp(&m_Top, CPoint(15, 25));
+    EXPECT_EQ(g_Events, (std::vector<std::string>{"top:down 15,25", "top:up 15,25"}));
+}
+
+TEST_F(ToolkitWindowState, DoubleClicksNeedTheClassStyle)
+{
+    CStateWnd dbl;
+    dbl.m_Name = "dbl";
+    ASSERT_TRUE(dbl.Create(AfxRegisterWndClass(CS_DBLCLKS), "", WS_POPUP | WS_VISIBLE,
+                           CRect(0, 0, 20, 20), nullptr, 0));
+    CHeadless::DoubleClick(&m_Top, CPoint(1, 1));
+    CHeadless::DoubleClick(&dbl, CPoint(2, 2));
+    std::vector<std::string> expected = {"top:down 1,1", "top:up 1,1",   "top:down 1,1",
+                                         "top:up 1,1",   "dbl:down 2,2", "dbl:up 2,2",
+                                         "dbl:dbl 2,2",  "dbl:up 2,2"};
+    EXPECT_EQ(g_Events, expected);
+    dbl.DestroyWindow();
 }
