@@ -19,7 +19,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <set>
 #include <string>
 #include <functional>
 #include <memory>
@@ -274,7 +273,10 @@ protected:
 };
 } // namespace
 
-TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
+// The default panel while audio runs, against a checked-in picture (also the
+// one in the README). DEESSER_UPDATE_REFERENCE=1 writes a new reference when
+// the artwork or the painting changes on purpose.
+TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
 {
     // The size is known before the editor was ever opened.
     MakeHostWindow();
@@ -283,73 +285,6 @@ TEST_F(X11Editor, OpensIntoTheHostWindowAndShowsThePanel)
     // The host's X error handler is its own again after every editor call.
     const XErrorHandler hostHandler = [](Display*, XErrorEvent*) { return 0; };
     XSetErrorHandler(hostHandler);
-    ASSERT_TRUE(OpenEditor());
-    Idle(20);
-    EXPECT_EQ(hostHandler, XSetErrorHandler(nullptr));
-
-    cairo_surface_t* shot = Screenshot();
-    ASSERT_NE(nullptr, shot);
-    const std::string path = std::string(EDITOR_SCREENSHOT_DIR) + "/editor_screenshot.png";
-    EXPECT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_write_to_png(shot, path.c_str()));
-    std::printf("screenshot: %s\n", path.c_str());
-
-    // Not blank, and nothing of the host's magenta left uncovered.
-    std::set<uint32_t> colours;
-    int magenta = 0;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-        {
-            colours.insert(Pixel(shot, x, y));
-            magenta += Pixel(shot, x, y) == 0xFF00FF;
-        }
-    EXPECT_GT(colours.size(), 100u);
-    EXPECT_EQ(0, magenta);
-
-    // Away from every control, display and meter the background shows as it is.
-    cairo_surface_t* background = cairo_image_surface_create_from_png(EDITOR_BACKGROUND_PNG);
-    ASSERT_EQ(CAIRO_STATUS_SUCCESS, cairo_surface_status(background));
-    const int points[][2] = {{2, 2},    {457, 2},   {2, 207},   {457, 207},
-                             {240, 30}, {150, 120}, {320, 135}, {80, 150}};
-    for (auto& p : points)
-        EXPECT_EQ(Pixel(background, p[0], p[1]), Pixel(shot, p[0], p[1])) << p[0] << "," << p[1];
-
-    // The value displays carry text: dark pixels inside the threshold display
-    // that the background does not have there.
-    int textPixels = 0;
-    for (int y = 105; y < 119; ++y)
-        for (int x = 255; x < 303; ++x)
-            if (Pixel(shot, x, y) != Pixel(background, x, y) && (Pixel(shot, x, y) & 0xFF) < 160)
-                ++textPixels;
-    EXPECT_GT(textPixels, 10);
-
-    // Audio moves the level meters at the next idle calls: a full-scale
-    // block lights the input meter from its 0 dB row (19) down.
-    std::vector<float> l(256), r(256);
-    for (int n = 0; n < 256; ++n)
-        l[n] = r[n] = n % 2 ? 1.f : -1.f;
-    Process(l, r);
-    Idle(2, 1);
-    cairo_surface_t* lit = Screenshot();
-    ASSERT_NE(nullptr, lit);
-    cairo_surface_write_to_png(lit,
-                               (std::string(EDITOR_SCREENSHOT_DIR) + "/editor_meters.png").c_str());
-    int changed = 0;
-    for (int y = 45 + 25; y < 45 + 130; ++y)
-        changed += Pixel(lit, 31, y) != Pixel(shot, 31, y);
-    EXPECT_GT(changed, 50);
-    EXPECT_EQ(Pixel(shot, 31, 45 + 10), Pixel(lit, 31, 45 + 10)); // above 0 dB: still dark
-
-    cairo_surface_destroy(lit);
-    cairo_surface_destroy(background);
-    cairo_surface_destroy(shot);
-}
-
-// The default panel while audio runs, against a checked-in picture (also the
-// one in the README). DEESSER_UPDATE_REFERENCE=1 writes a new reference when
-// the artwork or the painting changes on purpose.
-TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
-{
-    MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
     Idle(5);
     // A vowel-like tone with a sibilant 6 kHz component, the same every run:
@@ -367,6 +302,7 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
         Process(l, r);
         Idle(1, 1);
     }
+    EXPECT_EQ(hostHandler, XSetErrorHandler(nullptr));
     cairo_surface_t* shot = Screenshot();
     ASSERT_NE(nullptr, shot);
     EXPECT_TRUE(MatchesReferencePicture(
