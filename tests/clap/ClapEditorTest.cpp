@@ -10,22 +10,13 @@
 #include <gtest/gtest.h>
 #include <set>
 #include <vector>
-#include <unistd.h>
 
-// After gtest: Xlib's macros (None, Bool) clash with its names.
-#include <X11/Xlib.h>
+#include "X11HostWindow.h" // after gtest: Xlib's macros clash with its names
+
 #include <X11/Xutil.h>
-#include <X11/extensions/XTest.h>
 
 namespace
 {
-int g_XErrors = 0;
-int CountError(Display*, XErrorEvent*)
-{
-    ++g_XErrors;
-    return 0;
-}
-
 class ClapEditor : public testing::Test
 {
 protected:
@@ -33,28 +24,11 @@ protected:
     {
         UseScratchSettings();
         setenv("DEESSER_UI_SCALE", "1", 1);
-        // The server may still be resetting after an earlier program.
-        for (int attempt = 0; attempt < 40 && !display; ++attempt)
-            if (!(display = XOpenDisplay(nullptr)))
-                usleep(50 * 1000);
-        if (!display)
+        if (!x.display)
             GTEST_SKIP() << "cannot open $DISPLAY";
-        XSetErrorHandler(CountError);
-        g_XErrors = 0;
-        parent = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, 800, 600, 0, 0, 0);
-        XMapWindow(display, parent);
-        XSync(display, False);
     }
 
-    void TearDown() override
-    {
-        host.Destroy();
-        if (display)
-        {
-            XDestroyWindow(display, parent);
-            XCloseDisplay(display);
-        }
-    }
+    void TearDown() override { host.Destroy(); }
 
     // The host's part: flush when asked, then run its loop a while.
     void Run(int ms)
@@ -64,36 +38,17 @@ protected:
             host.Flush();
     }
 
-    // The windows inside the host's window.
-    std::vector<Window> Children()
-    {
-        Window root, up, *children = nullptr;
-        unsigned count = 0;
-        XQueryTree(display, parent, &root, &up, &children, &count);
-        std::vector<Window> list(children, children + count);
-        if (children)
-            XFree(children);
-        return list;
-    }
-
     void Drag(int x0, int y0, int x1, int y1)
     {
-        int ox = 0, oy = 0;
-        Window child;
-        XTranslateCoordinates(display, parent, DefaultRootWindow(display), 0, 0, &ox, &oy, &child);
-        XTestFakeMotionEvent(display, -1, ox + x0, oy + y0, 0);
-        XTestFakeButtonEvent(display, 1, True, 0);
-        XFlush(display);
+        x.MovePointer(x.window, x0, y0);
+        x.Button(true);
         Run(100);
-        XTestFakeMotionEvent(display, -1, ox + x1, oy + y1, 0);
-        XFlush(display);
+        x.MovePointer(x.window, x1, y1);
         Run(100);
-        XTestFakeButtonEvent(display, 1, False, 0);
-        XFlush(display);
+        x.Button(false);
     }
 
-    Display* display = nullptr;
-    Window parent = 0;
+    CX11HostWindow x{800, 600};
     ClapTestHost host{DEESSER_CLAP_PATH};
 };
 
@@ -122,21 +77,21 @@ TEST_F(ClapEditor, EmbedsPaintsReportsADragAndGoesAwayCleanly)
     ASSERT_TRUE(gui->setScale(p, 1.0));
 
     clap::Window window{clap::kWindowApiX11, {}};
-    window.x11 = parent;
+    window.x11 = x.window;
     ASSERT_TRUE(gui->setParent(p, &window));
     EXPECT_TRUE(gui->show(p));
     EXPECT_EQ(host.timers.size(), 1u);
     ASSERT_EQ(host.fds.size(), 1u);
     host.RunMainLoop(300);
     EXPECT_GT(host.timerCalls, 5);
-    ASSERT_EQ(Children().size(), 1u);
+    ASSERT_EQ(x.Children().size(), 1u);
     // An expose from outside reaches the editor through its descriptor.
-    XClearArea(display, Children()[0], 0, 0, 0, 0, True);
-    XFlush(display);
+    XClearArea(x.display, x.Children()[0], 0, 0, 0, 0, True);
+    XFlush(x.display);
     EXPECT_GT(host.RunMainLoop(100), 0);
 
     // Painted: the panel's artwork, not a blank window.
-    XImage* image = XGetImage(display, parent, 0, 0, w, h, AllPlanes, ZPixmap);
+    XImage* image = XGetImage(x.display, x.window, 0, 0, w, h, AllPlanes, ZPixmap);
     ASSERT_NE(image, nullptr);
     std::set<unsigned long> colours;
     for (uint32_t y = 0; y < h; y += 3)
@@ -145,8 +100,7 @@ TEST_F(ClapEditor, EmbedsPaintsReportsADragAndGoesAwayCleanly)
     XDestroyImage(image);
     EXPECT_GT(colours.size(), 50u);
 
-    int eventBase, errorBase, major, minor;
-    if (XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor))
+    if (x.HasXTest())
     {
         // Left of the threshold knob's centre, then right of it; the
         // gesture ends once the knob rests.
@@ -168,9 +122,9 @@ TEST_F(ClapEditor, EmbedsPaintsReportsADragAndGoesAwayCleanly)
     gui->destroy(p);
     EXPECT_TRUE(host.timers.empty());
     EXPECT_TRUE(host.fds.empty());
-    XSync(display, False);
-    EXPECT_TRUE(Children().empty());
-    EXPECT_EQ(g_XErrors, 0);
+    XSync(x.display, False);
+    EXPECT_TRUE(x.Children().empty());
+    EXPECT_EQ(CX11HostWindow::errors, 0);
 }
 
 TEST_F(ClapEditor, NoEditorWithoutHostTimers)

@@ -7,9 +7,9 @@
 #include "ParamRange.h"
 #include "TestFiles.h"
 
-#include <X11/Xlib.h>
+#include "X11HostWindow.h"
+
 #include <X11/Xutil.h>
-#include <X11/extensions/XTest.h>
 #include <dlfcn.h>
 #include <lv2/atom/atom.h>
 #include <lv2/instance-access/instance-access.h>
@@ -31,13 +31,6 @@ constexpr const char* kUri = "urn:korvaine:comp2";
 constexpr uint32_t kThresholdPort = 4;
 // The Threshold knob's centre on the panel, in panel pixels.
 constexpr int kKnobX = 262 + 17, kKnobY = 66 + 17;
-
-int g_XErrors = 0;
-int CountError(Display*, XErrorEvent*)
-{
-    ++g_XErrors;
-    return 0;
-}
 
 struct UiHost
 {
@@ -62,19 +55,8 @@ class Lv2Ui : public ::testing::Test
 protected:
     void SetUp() override
     {
-        if (!getenv("DISPLAY") || !*getenv("DISPLAY"))
-            GTEST_SKIP() << "no $DISPLAY; run under xvfb-run -a";
-        for (int attempt = 0; attempt < 40 && !m_Display; ++attempt)
-            if (!(m_Display = XOpenDisplay(nullptr)))
-                usleep(50 * 1000);
-        if (!m_Display)
-            GTEST_SKIP() << "cannot open $DISPLAY";
-        XSetErrorHandler(CountError);
-        g_XErrors = 0;
-        m_Parent =
-            XCreateSimpleWindow(m_Display, DefaultRootWindow(m_Display), 0, 0, 1000, 500, 0, 0, 0);
-        XMapWindow(m_Display, m_Parent);
-        XSync(m_Display, False);
+        if (!m_X.display)
+            GTEST_SKIP() << "cannot open $DISPLAY; run under xvfb-run -a";
 
         ASSERT_NE(nullptr, m_Host.Plugin());
         m_Instance = std::make_unique<CLv2TestInstance>(m_Host, 44100.0);
@@ -105,11 +87,6 @@ protected:
         m_Instance.reset();
         if (m_Library)
             dlclose(m_Library);
-        if (m_Display)
-        {
-            XDestroyWindow(m_Display, m_Parent);
-            XCloseDisplay(m_Display);
-        }
     }
 
     void RunBlock()
@@ -133,7 +110,7 @@ protected:
         if (scale > 0.f)
             features.push_back({LV2_OPTIONS__options, m_Options.data()});
         if (parent)
-            features.push_back({LV2_UI__parent, reinterpret_cast<void*>(m_Parent)});
+            features.push_back({LV2_UI__parent, reinterpret_cast<void*>(m_X.window)});
         if (instance)
             features.push_back(
                 {LV2_INSTANCE_ACCESS_URI, lilv_instance_get_handle(m_Instance->Raw())});
@@ -154,27 +131,16 @@ protected:
         for (int i = 0; i < times; ++i)
         {
             EXPECT_EQ(idle->idle(m_Ui), 0);
-            XSync(m_Display, False);
+            XSync(m_X.display, False);
             usleep(10 * 1000);
         }
-    }
-
-    std::vector<Window> Children()
-    {
-        Window root, parent, *children = nullptr;
-        unsigned count = 0;
-        XQueryTree(m_Display, m_Parent, &root, &parent, &children, &count);
-        std::vector<Window> out(children, children + count);
-        if (children)
-            XFree(children);
-        return out;
     }
 
     std::vector<unsigned long> Pixels(int x, int y, int w, int h)
     {
         std::vector<unsigned long> out;
         XImage* image =
-            XGetImage(m_Display, (Window)(uintptr_t)m_Widget, x, y, w, h, AllPlanes, ZPixmap);
+            XGetImage(m_X.display, (Window)(uintptr_t)m_Widget, x, y, w, h, AllPlanes, ZPixmap);
         if (!image)
             return out;
         for (int j = 0; j < h; ++j)
@@ -198,8 +164,7 @@ protected:
     ScopedEnv m_Env{"XDG_CONFIG_HOME", m_Config.path().c_str()};
     CLv2TestHost m_Host{DEESSER_LV2_BUNDLE, kUri};
     std::unique_ptr<CLv2TestInstance> m_Instance;
-    Display* m_Display = nullptr;
-    Window m_Parent = 0;
+    CX11HostWindow m_X{1000, 500};
     void* m_Library = nullptr;
     const LV2UI_Descriptor* m_Descriptor = nullptr;
     LV2UI_Handle m_Ui = nullptr;
@@ -216,10 +181,10 @@ TEST_F(Lv2Ui, OpensInTheParentIdlesPaintsFollowsPortsAndCloses)
     ASSERT_NE(nullptr, m_Ui);
     ASSERT_NE(nullptr, m_Widget);
     const Window panel = (Window)(uintptr_t)m_Widget;
-    EXPECT_EQ(Children(), std::vector<Window>{panel});
+    EXPECT_EQ(m_X.Children(), std::vector<Window>{panel});
     ASSERT_EQ(m_UiHost.sizes.size(), 1u);
     XWindowAttributes a;
-    ASSERT_TRUE(XGetWindowAttributes(m_Display, panel, &a));
+    ASSERT_TRUE(XGetWindowAttributes(m_X.display, panel, &a));
     EXPECT_EQ(std::make_pair(a.width, a.height), m_UiHost.sizes[0]);
     EXPECT_GE(a.width, 400);
 
@@ -243,19 +208,12 @@ TEST_F(Lv2Ui, OpensInTheParentIdlesPaintsFollowsPortsAndCloses)
     EXPECT_TRUE(m_UiHost.writes.empty()) << "the host's own value is not echoed";
 
     // A click on the knob's right side (0.8: -20 dB) reaches the host's port.
-    int eventBase, errorBase, major, minor;
-    if (XTestQueryExtension(m_Display, &eventBase, &errorBase, &major, &minor))
+    if (m_X.HasXTest())
     {
-        int ox = 0, oy = 0;
-        Window child;
-        XTranslateCoordinates(m_Display, panel, DefaultRootWindow(m_Display), 0, 0, &ox, &oy,
-                              &child);
-        XTestFakeMotionEvent(m_Display, -1, ox + kKnobX + 12, oy + kKnobY, 0);
-        XTestFakeButtonEvent(m_Display, 1, True, 0);
-        XSync(m_Display, False);
+        m_X.MovePointer(panel, kKnobX + 12, kKnobY);
+        m_X.Button(true);
         Idle(3);
-        XTestFakeButtonEvent(m_Display, 1, False, 0);
-        XSync(m_Display, False);
+        m_X.Button(false);
         Idle(3);
         ASSERT_FALSE(m_UiHost.writes.empty());
         EXPECT_EQ(m_UiHost.writes.back().first, kThresholdPort);
@@ -264,10 +222,9 @@ TEST_F(Lv2Ui, OpensInTheParentIdlesPaintsFollowsPortsAndCloses)
         // A click on the modified lamp reverts the program to its saved
         // state (the factory's first): every value reaches the host.
         m_UiHost.writes.clear();
-        XTestFakeMotionEvent(m_Display, -1, ox + 162, oy + 18, 0);
-        XTestFakeButtonEvent(m_Display, 1, True, 0);
-        XTestFakeButtonEvent(m_Display, 1, False, 0);
-        XSync(m_Display, False);
+        m_X.MovePointer(panel, 162, 18);
+        m_X.Button(true);
+        m_X.Button(false);
         Idle(3);
         std::map<uint32_t, float> written(m_UiHost.writes.begin(), m_UiHost.writes.end());
         EXPECT_EQ(written.size(), 11u);
@@ -309,9 +266,9 @@ TEST_F(Lv2Ui, OpensInTheParentIdlesPaintsFollowsPortsAndCloses)
 
     m_Descriptor->cleanup(m_Ui);
     m_Ui = nullptr;
-    XSync(m_Display, False);
-    EXPECT_TRUE(Children().empty());
-    EXPECT_EQ(g_XErrors, 0);
+    XSync(m_X.display, False);
+    EXPECT_TRUE(m_X.Children().empty());
+    EXPECT_EQ(CX11HostWindow::errors, 0);
 
     // Opens again after a close.
     m_Ui = Open();
@@ -325,7 +282,7 @@ TEST_F(Lv2Ui, RefusesWithoutParentOrInstanceAndWhileAnotherIsOpen)
     m_Ui = Open();
     ASSERT_NE(nullptr, m_Ui);
     EXPECT_EQ(nullptr, Open()) << "one panel per instance";
-    EXPECT_EQ(Children().size(), 1u);
+    EXPECT_EQ(m_X.Children().size(), 1u);
 }
 
 TEST_F(Lv2Ui, HostScaleReachesTheEditor)
