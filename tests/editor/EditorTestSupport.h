@@ -29,6 +29,17 @@ VstIntPtr RecordingHostCallback(AEffect* effect, VstInt32 opcode, VstInt32 index
 // The audioMasterAutomate calls recorded so far for one parameter.
 std::vector<float> AutomatedValues(int index);
 
+// Runs act(window) whenever the toolkit's modal loop runs a window of type T.
+template <class T, class Act> void OnModal(Act act)
+{
+    CHeadless::SetModalHook(
+        [act](CWnd* modal) mutable
+        {
+            if (auto* window = dynamic_cast<T*>(modal))
+                act(*window);
+        });
+}
+
 // An effect made as a host makes it (constructor, effOpen), with its editor
 // opened into a stand-in host window.
 class EditorFixture : public ::testing::Test

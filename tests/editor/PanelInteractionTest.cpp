@@ -336,15 +336,12 @@ TEST_F(PanelTest, CopyMenuListsAllProgramsAndCopiesTheChosenOne)
 
     int entries = -1, indexOfEach = 0;
     bool drawnPressed = false;
-    CHeadless::SetModalHook(
-        [&](CWnd* modal)
+    OnModal<CAfxPopupList>(
+        [&](CAfxPopupList& list)
         {
-            auto* list = dynamic_cast<CAfxPopupList*>(modal);
-            if (!list)
-                return;
-            entries = list->EntryCount();
+            entries = list.EntryCount();
             for (int i = 0; i < 40; ++i)
-                indexOfEach += list->IndexOfId(1010 + i) == (i < 32 ? i : -1);
+                indexOfEach += list.IndexOfId(1010 + i) == (i < 32 ? i : -1);
             drawnPressed = PanelBlockMatches(Panel(), 64, 10, Panel()->Image(5017), 0, 0, 25, 17);
             CHeadless::SetModalHook({});
             CHeadless::PickMenuItem(1010 + 5);
@@ -405,16 +402,13 @@ TEST_F(PanelTest, SaveOpensTheDialogAndStoresTheProgramOnOK)
 {
     effect->setParameter(kParamThreshold, 0.4375f);
     bool sawDialog = false;
-    CHeadless::SetModalHook(
-        [&](CWnd* modal)
+    OnModal<CPresetSaveDlg>(
+        [&](CPresetSaveDlg& dlg)
         {
-            auto* dlg = dynamic_cast<CPresetSaveDlg*>(modal);
-            if (!dlg)
-                return;
             sawDialog = true;
-            dlg->m_PGMCombo.SelectByUser(9);
-            dlg->SetDlgItemText(IDC_PRESETNAME, "Sibilant");
-            dlg->OnOK();
+            dlg.m_PGMCombo.SelectByUser(9);
+            dlg.SetDlgItemText(IDC_PRESETNAME, "Sibilant");
+            dlg.OnOK();
         });
     Click(CPoint(216, 18));
     EXPECT_TRUE(sawDialog);
@@ -423,14 +417,11 @@ TEST_F(PanelTest, SaveOpensTheDialogAndStoresTheProgramOnOK)
     EXPECT_EQ(9, effect->getProgram()); // saving selects the slot saved into
 
     // Cancel stores nothing.
-    CHeadless::SetModalHook(
-        [&](CWnd* modal)
+    OnModal<CPresetSaveDlg>(
+        [&](CPresetSaveDlg& dlg)
         {
-            if (auto* dlg = dynamic_cast<CPresetSaveDlg*>(modal))
-            {
-                dlg->m_PGMCombo.SelectByUser(10);
-                dlg->OnCancel();
-            }
+            dlg.m_PGMCombo.SelectByUser(10);
+            dlg.OnCancel();
         });
     const ADeEsserProgram before = effect->GetProgram(10);
     effect->setParameter(kParamThreshold, 0.0625f);
