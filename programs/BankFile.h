@@ -15,6 +15,8 @@
 // Header words are big-endian (DWordFile.h).
 #pragma once
 
+#include "ADeEsserProgram.h"
+
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -29,10 +31,10 @@ constexpr uint32_t kBankChunkMagic = FourCC('C', 'c', 'n', 'K');
 constexpr uint32_t kBankFxMagic = FourCC('F', 'B', 'C', 'h');
 constexpr uint32_t kBankFileVersion = 1;
 constexpr uint32_t kBankFxVersion = 1;
-constexpr uint32_t kBankFileNumPrograms = 32;
+constexpr uint32_t kBankFileNumPrograms = kNumPrograms;
 constexpr int kBankFutureBytes = 128;
 constexpr int kBankHeaderSize = 160;
-constexpr uint32_t kBankFileChunkSize = 2304;
+constexpr uint32_t kBankFileChunkSize = kBankChunkSize;                  // the bank image
 constexpr int kBankFileSize = kBankHeaderSize + (int)kBankFileChunkSize; // 2464
 
 enum BankFileResult
