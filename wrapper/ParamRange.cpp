@@ -5,26 +5,33 @@
 
 namespace
 {
-// Defaults in display units: those of a fresh program.
+// Symbols, units and defaults in display units (those of a fresh program);
+// names, switches and ranges come from the parameter table.
 const ParamRange* BuildRanges()
 {
+    // clang-format off
     static ParamRange ranges[kNumParams] = {
-        {"power", "ON/OFF", "", 0.f, 1.f, 1.f, true},
-        {"output", "Output", "dB", 0.f, 0.f, 0.f, false},
-        {"input", "Input", "dB", 0.f, 0.f, 0.f, false},
-        {"threshold", "Threshold", "dB", 0.f, 0.f, 0.f, false},
-        {"ratio", "Ratio", "", 0.f, 0.f, 1.f, false},
-        {"attack", "AttackTime", "ms", 0.f, 0.f, 0.f, false},
-        {"release", "ReleaseTime", "s", 0.f, 0.f, 0.01f, false},
-        {"low_freq", "LowFreq", "Hz", 0.f, 0.f, 4000.f, false},
-        {"high_freq", "HiFreq", "Hz", 0.f, 0.f, 8000.f, false},
-        {"side_chain", "SideChain", "", 0.f, 1.f, 1.f, true},
-        {"auto_threshold", "AutoThreshold", "", 0.f, 1.f, 1.f, true},
+        {"power",          nullptr, "",   0.f, 0.f, 1.f,    false},
+        {"output",         nullptr, "dB", 0.f, 0.f, 0.f,    false},
+        {"input",          nullptr, "dB", 0.f, 0.f, 0.f,    false},
+        {"threshold",      nullptr, "dB", 0.f, 0.f, 0.f,    false},
+        {"ratio",          nullptr, "",   0.f, 0.f, 1.f,    false},
+        {"attack",         nullptr, "ms", 0.f, 0.f, 0.f,    false},
+        {"release",        nullptr, "s",  0.f, 0.f, 0.01f,  false},
+        {"low_freq",       nullptr, "Hz", 0.f, 0.f, 4000.f, false},
+        {"high_freq",      nullptr, "Hz", 0.f, 0.f, 8000.f, false},
+        {"side_chain",     nullptr, "",   0.f, 0.f, 1.f,    false},
+        {"auto_threshold", nullptr, "",   0.f, 0.f, 1.f,    false},
     };
-    // Gains are shown in the table's 6 dB-per-doubling decibels.
+    // clang-format on
     for (int i = 0; i < kNumParams; ++i)
-        if (!ranges[i].toggled)
-            GetParamMinMax(i, &ranges[i].minPlain, &ranges[i].maxPlain);
+    {
+        ParamRange& r = ranges[i];
+        r.name = GetParamName(i);
+        r.toggled = AutomateParamMinMax_Tbl[i].isInteger != 0;
+        // Gains in the table's 6 dB-per-doubling decibels; switches 0 and 1.
+        GetParamMinMax(i, &r.minPlain, &r.maxPlain);
+    }
     return ranges;
 }
 
