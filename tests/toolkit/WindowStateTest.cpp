@@ -84,6 +84,13 @@ protected:
         m_Top.DestroyWindow();
         EXPECT_EQ(CToolkit::WindowCount(), 0);
     }
+    // A visible child of the top window, named for the event log.
+    void MakeChild(CStateWnd& w, const char* name, const CRect& r)
+    {
+        w.m_Name = name;
+        ASSERT_TRUE(w.Create(nullptr, "", WS_CHILD | WS_VISIBLE, r, &m_Top, ++m_nLastId));
+    }
+    int m_nLastId = 0;
     CStateWnd m_Top;
 };
 } // namespace
@@ -109,10 +116,8 @@ TEST_F(ToolkitWindowState, VisibilityFollowsParentsAndShowReturnsThePreviousStat
 TEST_F(ToolkitWindowState, FocusMessagesAndPreTranslation)
 {
     CStateWnd a, b;
-    a.m_Name = "a";
-    b.m_Name = "b";
-    ASSERT_TRUE(a.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 10, 10), &m_Top, 1));
-    ASSERT_TRUE(b.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(20, 0, 30, 10), &m_Top, 2));
+    MakeChild(a, "a", CRect(0, 0, 10, 10));
+    MakeChild(b, "b", CRect(20, 0, 30, 10));
     g_Events.clear();
     EXPECT_EQ(a.SetFocus(), nullptr);
     EXPECT_EQ(b.SetFocus(), &a);
@@ -135,10 +140,8 @@ TEST_F(ToolkitWindowState, FocusMessagesAndPreTranslation)
 TEST_F(ToolkitWindowState, LaterChildrenAreOnTopAndDestructionGoesParentFirst)
 {
     CStateWnd under, over;
-    under.m_Name = "under";
-    over.m_Name = "over";
-    ASSERT_TRUE(under.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(0, 0, 100, 100), &m_Top, 1));
-    ASSERT_TRUE(over.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(50, 0, 100, 50), &m_Top, 2));
+    MakeChild(under, "under", CRect(0, 0, 100, 100));
+    MakeChild(over, "over", CRect(50, 0, 100, 50));
     g_Events.clear();
     CHeadless::MouseDown(&m_Top, CPoint(60, 10)); // both contain it: the later one wins
     CHeadless::MouseUp(&m_Top, CPoint(60, 10));
@@ -163,9 +166,8 @@ TEST_F(ToolkitWindowState, CaptureRoutesMovesAndReleaseToTheCapturingWindow)
 {
     m_Top.MoveWindow(100, 100, 200, 100);
     CStateWnd knob;
-    knob.m_Name = "knob";
+    MakeChild(knob, "knob", CRect(10, 20, 50, 60));
     knob.m_bCapture = true;
-    ASSERT_TRUE(knob.Create(nullptr, "", WS_CHILD | WS_VISIBLE, CRect(10, 20, 50, 60), &m_Top, 1));
 
     CHeadless::MouseMove(&m_Top, CPoint(15, 25)); // over the child: the child gets it
     CHeadless::MouseDown(&m_Top, CPoint(15, 25));
