@@ -86,15 +86,14 @@ const clap::PluginFactory* ClapTestHost::Factory() const
     return static_cast<const clap::PluginFactory*>(m_Entry->getFactory(clap::kPluginFactoryId));
 }
 
-const clap::Plugin* ClapTestHost::Create(const char* id, bool init)
+const clap::Plugin* ClapTestHost::Create()
 {
     const clap::PluginFactory* factory = Factory();
     if (!factory || factory->getPluginCount(factory) == 0)
         return nullptr;
-    if (!id)
-        id = factory->getPluginDescriptor(factory, 0)->id;
-    m_Plugin = factory->createPlugin(factory, &m_Host, id);
-    if (m_Plugin && init && !m_Plugin->init(m_Plugin))
+    m_Plugin =
+        factory->createPlugin(factory, &m_Host, factory->getPluginDescriptor(factory, 0)->id);
+    if (m_Plugin && !m_Plugin->init(m_Plugin))
         Destroy();
     return m_Plugin;
 }

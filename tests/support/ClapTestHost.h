@@ -43,8 +43,8 @@ public:
     ~ClapTestHost();                                // destroys the plug-in, deinit, dlclose
 
     const clap::PluginFactory* Factory() const;
-    // Creates (and inits) the plug-in with this id, or the first one; null on refusal.
-    const clap::Plugin* Create(const char* id = nullptr, bool init = true);
+    // Creates and inits the factory's first plug-in; null on refusal.
+    const clap::Plugin* Create();
     void Destroy();
     const clap::Plugin* Plugin() const { return m_Plugin; }
 
