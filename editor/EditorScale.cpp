@@ -33,7 +33,7 @@ double ResolveEditorScale(double hostScale, const char* environmentValue, double
         if (end && *end == '\0' && Usable(value, &scale))
             return scale;
     }
-    if (desktopScale && Usable(std::round(desktopScale() * 4.0) / 4.0, &scale))
+    if (desktopScale && Usable(desktopScale(), &scale))
         return scale;
     return 1.0;
 }

@@ -201,7 +201,7 @@ TEST(EditorScale, SourcesInOrderEachClampedOrIgnored)
         {0.0, "0", 192.0 / 96.0, 2.0, true}, // Xft.dpi / 96
         {0.0, nullptr, 144.0 / 96.0, 1.5, true},
         {0.0, nullptr, 120.0 / 96.0, 1.25, true},
-        {0.0, nullptr, 100.0 / 96.0, 1.0, true}, // to the nearest quarter
+        {0.0, nullptr, 100.0 / 96.0, 100.0 / 96.0, true}, // as it is
         {0.0, nullptr, 72.0 / 96.0, 1.0, true},
         {0.0, nullptr, 0.0, 1.0, true}, // nothing anywhere
     };
