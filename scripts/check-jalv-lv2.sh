@@ -7,63 +7,36 @@
 #
 #   bash scripts/check-jalv-lv2.sh
 set -euo pipefail
-cd "$(dirname "$0")/.."
-build=$(pwd)/build/release
+# shellcheck source=lib/hosts.sh
+source "$(dirname "$0")/lib/hosts.sh"
 
-need=()
-for tool in jalv.gtk3:jalv jackd:jackd2 Xvfb:xvfb openbox:openbox xwininfo:x11-utils import:imagemagick; do
-    command -v "${tool%%:*}" >/dev/null || need+=("${tool#*:}")
-done
-if [ "${#need[@]}" -gt 0 ]; then
-    sudo=""
-    [ "$(id -u)" -eq 0 ] || sudo="sudo"
-    $sudo apt-get update -qq
-    DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq "${need[@]}"
-fi
-[ -f "$build/build.ninja" ] || cmake --preset release >/dev/null
-cmake --build --preset release --target lv2_bundle >/dev/null
+need_tools jalv.gtk3:jalv jackd:jackd2 Xvfb:xvfb openbox:openbox xwininfo:x11-utils import:imagemagick
+build_targets lv2_bundle
 
-work=$(mktemp -d /tmp/deesser-jalv-XXXXXX)
-pids=()
-finish() {
-    kill "${pids[@]}" 2>/dev/null || true
-    wait "${pids[@]}" 2>/dev/null || true
-    [ "${KEEP:-0}" = 1 ] && echo "check-jalv-lv2: scratch folder $work" || rm -rf "$work"
-}
-trap finish EXIT
-export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config LV2_PATH=$build/lv2-bundle:/usr/lib/lv2
+make_scratch
+export LV2_PATH=$build/lv2-bundle:/usr/lib/lv2
 export JACK_DEFAULT_SERVER=deesser-check-$$ JACK_NO_AUDIO_RESERVATION=1
-mkdir -p "$XDG_CONFIG_HOME"
 
-display=90
-while [ -e "/tmp/.X11-unix/X$display" ] || [ -e "/tmp/.X$display-lock" ]; do
-    display=$((display + 1))
-done
-Xvfb ":$display" -screen 0 1280x800x24 -noreset >"$work/xvfb.log" 2>&1 &
-pids+=($!)
-export DISPLAY=:$display
+start_display 1280x800
 jackd -n "$JACK_DEFAULT_SERVER" -d dummy -r 44100 -p 256 >"$work/jack.log" 2>&1 &
-pids+=($!)
+host_pids+=($!)
 sleep 2
 openbox >"$work/openbox.log" 2>&1 &
-pids+=($!)
+host_pids+=($!)
 jalv.gtk3 urn:korvaine:comp2 >"$work/jalv.log" 2>&1 &
-pids+=($!)
+host_pids+=($!)
 
-at=""
-for i in $(seq 1 60); do
-    at=$(xwininfo -root -tree 2>/dev/null | awk '/"Comp2"/ { found = 1 } found && / 460x2[0-9][0-9]\+0\+0 / { print $NF; exit }' || true)
-    [ -n "$at" ] && break
-    sleep 0.5
-done
-echo "check-jalv-lv2: jalv $(dpkg-query -W -f '${Version}' jalv 2>/dev/null || echo "(version unknown)")"
+find_window '/"Comp2"/ { found = 1 } found && / 460x2[0-9][0-9]\+0\+0 / { print $NF; exit }' 60 || true
+echo "check-jalv-lv2: jalv $(host_version jalv)"
 if [ -z "$at" ]; then
     echo "  FAIL: jalv shows no editor"
     cat "$work/jalv.log"
     exit 1
 fi
 sleep 1
-x=${at#+}; x=${x%%+*}; y=${at##*+}
+x=${at#+}
+x=${x%%+*}
+y=${at##*+}
 import -window root -crop 460x210+$x+$y "$work/jalv.png" 2>/dev/null || true
 echo "  the editor is embedded in jalv's window at $at"
 echo "check-jalv-lv2: passed"
