@@ -97,10 +97,7 @@ void CAfxPopupList::OnClose()
 void CAfxPopupList::OnPaint()
 {
     CPaintDC dc(this);
-    CRect r;
-    GetClientRect(&r);
-    dc.FillSolidRect(&r, RGB(246, 246, 246));
-    dc.Draw3dRect(&r, RGB(160, 160, 160), RGB(96, 96, 96));
+    AfxImpl::PaintFace(dc, this, RGB(246, 246, 246), RGB(160, 160, 160), RGB(96, 96, 96));
     dc.SelectObject(AfxImpl::DefaultFont());
     dc.SetBkMode(TRANSPARENT);
     for (int i = 0; i < (int)m_Entries.size(); ++i)

@@ -8,6 +8,7 @@
 #include <memory>
 #include <vector>
 
+#include "CDC.h"
 #include "CWnd.h"
 #include "IToolkitBackend.h"
 
@@ -130,6 +131,12 @@ COLORREF BrushColor(HBRUSH brush, bool* isNull);
 
 // Default GUI font for the toolkit's own controls (12 px sans).
 CFont* DefaultFont();
+// Painting of the toolkit's own controls: the client rectangle of `wnd`
+// filled, then framed light/dark (returns the rectangle), and text in `color`
+// with the window's font (the default font when it has none).
+CRect PaintFace(CDC& dc, CWnd* wnd, COLORREF fill);
+CRect PaintFace(CDC& dc, CWnd* wnd, COLORREF fill, COLORREF topLeft, COLORREF bottomRight);
+void UseControlText(CDC& dc, CWnd* wnd, COLORREF color);
 
 // Headless modal hook; false when no hook is set.
 bool CallModalHook(CWnd* modal);

@@ -57,14 +57,10 @@ void CButton::OnPaint()
     CPaintDC dc(this);
     if (!m_hWnd)
         return;
-    CRect r;
-    GetClientRect(&r);
-    dc.FillSolidRect(&r, m_bPressed ? RGB(200, 200, 200) : RGB(230, 230, 230));
     bool isDefault = (GetStyle() & BS_DEFPUSHBUTTON) != 0;
-    dc.Draw3dRect(&r, isDefault ? RGB(0, 0, 0) : RGB(150, 150, 150), RGB(90, 90, 90));
-    dc.SelectObject(GetFont() ? GetFont() : AfxImpl::DefaultFont());
-    dc.SetBkMode(TRANSPARENT);
-    dc.SetTextColor(IsWindowEnabled() ? RGB(0, 0, 0) : RGB(140, 140, 140));
+    CRect r = AfxImpl::PaintFace(dc, this, m_bPressed ? RGB(200, 200, 200) : RGB(230, 230, 230),
+                                 isDefault ? RGB(0, 0, 0) : RGB(150, 150, 150), RGB(90, 90, 90));
+    AfxImpl::UseControlText(dc, this, IsWindowEnabled() ? RGB(0, 0, 0) : RGB(140, 140, 140));
     CSize ext = dc.GetTextExtent(m_hWnd->text);
     dc.ExtTextOut((r.Width() - ext.cx) / 2, (r.Height() - ext.cy) / 2, ETO_CLIPPED, &r,
                   m_hWnd->text, nullptr);

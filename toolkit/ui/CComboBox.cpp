@@ -97,10 +97,8 @@ void CComboBox::OnKeyDown(UINT keyCode, UINT, UINT)
 void CComboBox::OnPaint()
 {
     CPaintDC dc(this);
-    CRect r;
-    GetClientRect(&r);
-    dc.FillSolidRect(&r, RGB(255, 255, 255));
-    dc.Draw3dRect(&r, RGB(128, 128, 128), RGB(224, 224, 224));
+    CRect r =
+        AfxImpl::PaintFace(dc, this, RGB(255, 255, 255), RGB(128, 128, 128), RGB(224, 224, 224));
     int arrowW = GetSystemMetrics(SM_CXVSCROLL);
     CRect arrow(r.right - arrowW - 1, 1, r.right - 1, r.bottom - 1);
     dc.FillSolidRect(&arrow, RGB(220, 220, 220));
@@ -110,9 +108,7 @@ void CComboBox::OnPaint()
         dc.FillSolidRect(cx - 3 + i, cy + i, 7 - 2 * i, 1, RGB(0, 0, 0));
     if (m_nSel >= 0 && m_nSel < (int)m_Items.size())
     {
-        dc.SelectObject(GetFont() ? GetFont() : AfxImpl::DefaultFont());
-        dc.SetBkMode(TRANSPARENT);
-        dc.SetTextColor(RGB(0, 0, 0));
+        AfxImpl::UseControlText(dc, this, RGB(0, 0, 0));
         CRect text(3, 1, arrow.left - 1, r.bottom - 1);
         int ty = (r.Height() - dc.GetTextExtent("Ag", 2).cy) / 2;
         dc.ExtTextOut(4, ty, ETO_CLIPPED, &text, m_Items[m_nSel], nullptr);

@@ -249,9 +249,7 @@ void CDialog::OnClose()
 void CDialog::OnPaint()
 {
     CPaintDC dc(this);
-    CRect r;
-    GetClientRect(&r);
-    dc.FillSolidRect(&r, RGB(236, 236, 236));
+    AfxImpl::PaintFace(dc, this, RGB(236, 236, 236));
 }
 
 BOOL CDialog::PreTranslateMessage(UINT message, WPARAM wParam, LPARAM)

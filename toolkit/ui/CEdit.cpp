@@ -253,10 +253,8 @@ void CEdit::OnPaint()
     CPaintDC dc(this);
     if (!m_hWnd)
         return;
-    CRect r;
-    GetClientRect(&r);
-    dc.FillSolidRect(&r, RGB(255, 255, 255));
-    dc.Draw3dRect(&r, RGB(128, 128, 128), RGB(224, 224, 224));
+    CRect r =
+        AfxImpl::PaintFace(dc, this, RGB(255, 255, 255), RGB(128, 128, 128), RGB(224, 224, 224));
     dc.SelectObject(GetFont());
     const std::string& s = m_hWnd->text.str();
     CSize full = dc.GetTextExtent(s.c_str(), (int)s.size());

@@ -18,12 +18,8 @@ void CStatic::OnPaint()
     CPaintDC dc(this);
     if (!m_hWnd)
         return;
-    CRect r;
-    GetClientRect(&r);
-    dc.FillSolidRect(&r, RGB(236, 236, 236));
-    dc.SelectObject(GetFont() ? GetFont() : AfxImpl::DefaultFont());
-    dc.SetBkMode(TRANSPARENT);
-    dc.SetTextColor(RGB(0, 0, 0));
+    CRect r = AfxImpl::PaintFace(dc, this, RGB(236, 236, 236));
+    AfxImpl::UseControlText(dc, this, RGB(0, 0, 0));
     CSize ext = dc.GetTextExtent(m_hWnd->text);
     dc.ExtTextOut(0, (r.Height() - ext.cy) / 2, ETO_CLIPPED, &r, m_hWnd->text, nullptr);
 }

@@ -376,6 +376,28 @@ CFont* DefaultFont()
     return &font;
 }
 
+CRect PaintFace(CDC& dc, CWnd* wnd, COLORREF fill)
+{
+    CRect r;
+    wnd->GetClientRect(&r);
+    dc.FillSolidRect(&r, fill);
+    return r;
+}
+
+CRect PaintFace(CDC& dc, CWnd* wnd, COLORREF fill, COLORREF topLeft, COLORREF bottomRight)
+{
+    CRect r = PaintFace(dc, wnd, fill);
+    dc.Draw3dRect(&r, topLeft, bottomRight);
+    return r;
+}
+
+void UseControlText(CDC& dc, CWnd* wnd, COLORREF color)
+{
+    dc.SelectObject(wnd->GetFont() ? wnd->GetFont() : DefaultFont());
+    dc.SetBkMode(TRANSPARENT);
+    dc.SetTextColor(color);
+}
+
 bool CallModalHook(CWnd* modal)
 {
     AfxState& s = State();
@@ -587,22 +609,27 @@ using namespace AfxImpl;
 
 // CToolkit ------------------------------------------------------------------
 
-bool CToolkit::UseX11()
+namespace
+{
+// Once a window exists the backend stays: true only when it is this one.
+bool UseBackend(const char* name, IToolkitBackend* (*create)())
 {
     AfxState& s = State();
     if (!s.windows.empty())
-        return s.backend && std::strcmp(s.backend->Name(), "x11") == 0;
-    s.backend.reset(AfxCreateX11Backend());
+        return s.backend && std::strcmp(s.backend->Name(), name) == 0;
+    s.backend.reset(create());
     return true;
+}
+} // namespace
+
+bool CToolkit::UseX11()
+{
+    return UseBackend("x11", AfxCreateX11Backend);
 }
 
 bool CToolkit::UseHeadless()
 {
-    AfxState& s = State();
-    if (!s.windows.empty())
-        return s.backend && std::strcmp(s.backend->Name(), "headless") == 0;
-    s.backend.reset(AfxCreateHeadlessBackend());
-    return true;
+    return UseBackend("headless", AfxCreateHeadlessBackend);
 }
 
 const char* CToolkit::BackendName()

@@ -249,27 +249,14 @@ BOOL CWnd::GetUpdateRect(LPRECT rect) const
 
 void CWnd::GetClientRect(LPRECT rect) const
 {
-    if (!rect)
-        return;
-    if (!m_hWnd)
-    {
-        *rect = CRect();
-        return;
-    }
-    *rect = CRect(0, 0, m_hWnd->rect.Width(), m_hWnd->rect.Height());
+    if (rect)
+        *rect = m_hWnd ? CRect(0, 0, m_hWnd->rect.Width(), m_hWnd->rect.Height()) : CRect();
 }
 
 void CWnd::GetWindowRect(LPRECT rect) const
 {
-    if (!rect)
-        return;
-    if (!m_hWnd)
-    {
-        *rect = CRect();
-        return;
-    }
-    CPoint o = ScreenOrigin(m_hWnd);
-    *rect = CRect(o.x, o.y, o.x + m_hWnd->rect.Width(), o.y + m_hWnd->rect.Height());
+    GetClientRect(rect);
+    ClientToScreen(rect);
 }
 
 void CWnd::ClientToScreen(LPPOINT point) const
