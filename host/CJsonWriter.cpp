@@ -39,34 +39,39 @@ void CJsonWriter::key(const char* k)
         m_Text += JsonQuote(k) + ':';
 }
 
-CJsonWriter& CJsonWriter::BeginObject(const char* k)
+CJsonWriter& CJsonWriter::open(const char* k, char bracket)
 {
     key(k);
-    m_Text += '{';
+    m_Text += bracket;
     m_First.push_back(true);
     return *this;
+}
+
+CJsonWriter& CJsonWriter::close(char bracket)
+{
+    m_Text += bracket;
+    m_First.pop_back();
+    return *this;
+}
+
+CJsonWriter& CJsonWriter::BeginObject(const char* k)
+{
+    return open(k, '{');
 }
 
 CJsonWriter& CJsonWriter::EndObject()
 {
-    m_Text += '}';
-    m_First.pop_back();
-    return *this;
+    return close('}');
 }
 
 CJsonWriter& CJsonWriter::BeginArray(const char* k)
 {
-    key(k);
-    m_Text += '[';
-    m_First.push_back(true);
-    return *this;
+    return open(k, '[');
 }
 
 CJsonWriter& CJsonWriter::EndArray()
 {
-    m_Text += ']';
-    m_First.pop_back();
-    return *this;
+    return close(']');
 }
 
 CJsonWriter& CJsonWriter::String(const char* k, const std::string& value)

@@ -23,6 +23,8 @@ public:
 
 private:
     void key(const char* key);
+    CJsonWriter& open(const char* key, char bracket);
+    CJsonWriter& close(char bracket);
     std::string m_Text;
     std::vector<bool> m_First; // per open level: nothing written in it yet
 };

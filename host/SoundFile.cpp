@@ -17,79 +17,43 @@
 #include <unistd.h>
 #include <vector>
 
+namespace
+{
+struct FormatWord
+{
+    int format;
+    const char* name;
+};
+
+// clang-format off
+constexpr FormatWord kContainers[] = {
+    {SF_FORMAT_WAV, "WAV"},   {SF_FORMAT_AIFF, "AIFF"}, {SF_FORMAT_FLAC, "FLAC"}, {SF_FORMAT_OGG, "Ogg"},
+    {SF_FORMAT_CAF, "CAF"},   {SF_FORMAT_W64, "W64"},   {SF_FORMAT_RF64, "RF64"},
+};
+constexpr FormatWord kEncodings[] = {
+    {SF_FORMAT_PCM_S8, "8-bit"},  {SF_FORMAT_PCM_U8, "8-bit"},  {SF_FORMAT_PCM_16, "16-bit"},
+    {SF_FORMAT_PCM_24, "24-bit"}, {SF_FORMAT_PCM_32, "32-bit"}, {SF_FORMAT_FLOAT, "float"},
+    {SF_FORMAT_DOUBLE, "double"}, {SF_FORMAT_VORBIS, "Vorbis"}, {SF_FORMAT_OPUS, "Opus"},
+};
+// clang-format on
+
+// Our word for a container or encoding; libsndfile's own name for the rest.
+template <size_t N>
+std::string FormatWordOf(int format, const FormatWord (&words)[N], const char* unknown)
+{
+    for (const FormatWord& w : words)
+        if (w.format == format)
+            return w.name;
+    SF_FORMAT_INFO info;
+    info.format = format;
+    return sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof(info)) == 0 ? info.name : unknown;
+}
+} // namespace
+
 std::string FormatName(int format)
 {
-    std::string container;
-    switch (format & SF_FORMAT_TYPEMASK)
-    {
-    case SF_FORMAT_WAV:
-        container = "WAV";
-        break;
-    case SF_FORMAT_AIFF:
-        container = "AIFF";
-        break;
-    case SF_FORMAT_FLAC:
-        container = "FLAC";
-        break;
-    case SF_FORMAT_OGG:
-        container = "Ogg";
-        break;
-    case SF_FORMAT_CAF:
-        container = "CAF";
-        break;
-    case SF_FORMAT_W64:
-        container = "W64";
-        break;
-    case SF_FORMAT_RF64:
-        container = "RF64";
-        break;
-    default:
-    {
-        SF_FORMAT_INFO info;
-        info.format = format & SF_FORMAT_TYPEMASK;
-        container = sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof(info)) == 0
-                        ? info.name
-                        : "unknown container";
-    }
-    }
-    std::string subtype;
-    switch (format & SF_FORMAT_SUBMASK)
-    {
-    case SF_FORMAT_PCM_S8:
-    case SF_FORMAT_PCM_U8:
-        subtype = "8-bit";
-        break;
-    case SF_FORMAT_PCM_16:
-        subtype = "16-bit";
-        break;
-    case SF_FORMAT_PCM_24:
-        subtype = "24-bit";
-        break;
-    case SF_FORMAT_PCM_32:
-        subtype = "32-bit";
-        break;
-    case SF_FORMAT_FLOAT:
-        subtype = "float";
-        break;
-    case SF_FORMAT_DOUBLE:
-        subtype = "double";
-        break;
-    case SF_FORMAT_VORBIS:
-        subtype = "Vorbis";
-        break;
-    case SF_FORMAT_OPUS:
-        subtype = "Opus";
-        break;
-    default:
-    {
-        SF_FORMAT_INFO info;
-        info.format = format & SF_FORMAT_SUBMASK;
-        subtype = sf_command(nullptr, SFC_GET_FORMAT_INFO, &info, sizeof(info)) == 0
-                      ? info.name
-                      : "unknown encoding";
-    }
-    }
-    return container + " " + subtype;
+    return FormatWordOf(format & SF_FORMAT_TYPEMASK, kContainers, "unknown container") + " " +
+           FormatWordOf(format & SF_FORMAT_SUBMASK, kEncodings, "unknown encoding");
 }
 
 namespace
