@@ -10,19 +10,16 @@ void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVR
                               VRXCONTROLCALLBACK callback, void* owner)
 {
     Setup(id, rect, displayRect, parent, callback, owner);
+    SetRange(min, max, logarithmic);
     m_pTrack = track;
     m_pThird = third;
     m_pCap = cap;
-    m_fMin = min;
-    m_fMax = max;
     m_StartPoint = start;
     m_EndPoint = end;
     m_nOrientation = orientation;
-    m_bLog = logarithmic;
     m_bReverse = reversed;
     m_bHideCap = hideCap;
     m_bSnap = snapToEnds;
-    m_bDragging = false;
     m_bEnable = true;
     m_fValue = min;
     m_nTrackWidth = track ? track->Width() : 0;
@@ -38,10 +35,7 @@ void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVR
 
 void CVRXBitmapSliderDC::SetValue(float value, CDC* dc, bool notify)
 {
-    if (value < m_fMin)
-        value = m_fMin;
-    if (value > m_fMax)
-        value = m_fMax;
+    value = ClampToRange(value);
     if (value != m_fValue)
     {
         m_fValue = value;

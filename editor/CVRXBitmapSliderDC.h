@@ -20,8 +20,6 @@ public:
               int orientation, bool logarithmic, bool reversed, bool hideCap, bool snapToEnds,
               VRXCONTROLCALLBACK callback, void* owner);
 
-    void Enable(bool enable) { m_bEnable = enable; }
-    bool IsEnabled() const { return m_bEnable; }
     // Clamps; stores and calls back (when notify) only on a change; draws on
     // dc when given.
     void SetValue(float value, CDC* dc, bool notify);
@@ -42,8 +40,6 @@ private:
     bool AcceptsPress() const override { return m_bEnable; }
     void DragTo(CPoint point) override { SetValueByPoint(point); }
 
-    float m_fMin = 0.f;
-    float m_fMax = 1.f;
     CPoint m_StartPoint; // minimum end of the travel
     CPoint m_EndPoint;   // maximum end of the travel
     int m_nOrientation = 1;
@@ -52,12 +48,10 @@ private:
     CVRXBitmap* m_pThird = nullptr;
     float m_fValue = 0.f;
     bool m_bHideCap = false;
-    bool m_bLog = false;
     double m_dLogSpan = 0.0;   // log10(max) - log10(min)
     double m_dLogFactor = 0.0; // travel / m_dLogSpan
     bool m_bReverse = false;
     bool m_bSnap = false;
     int m_nTrackWidth = 0;
     int m_nTrackHeight = 0;
-    bool m_bEnable = true;
 };

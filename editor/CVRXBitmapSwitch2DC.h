@@ -18,8 +18,6 @@ public:
               CRect& displayRect, bool latched, CVRXBitmap* disableImage,
               VRXCONTROLCALLBACK callback, void* owner);
     void SetDisableBmp(CVRXBitmap* disableImage) { m_pDisableBmp = disableImage; }
-    void Enable(bool enable) { m_bEnable = enable; }
-    bool IsEnabled() const { return m_bEnable; }
     void DrawSwitch(CDC* dc);
     void Paint(CDC* dc) override { DrawSwitch(dc); }
     void SetSelect(bool select) { m_bSelect = select; }
@@ -48,5 +46,4 @@ private:
     CVRXBitmap* m_pDisableBmp = nullptr;
     int m_nValue = 0;
     bool m_bSelect = false;
-    bool m_bEnable = true;
 };

@@ -17,6 +17,9 @@ public:
     virtual void Paint(CDC* dc) = 0;
 
     unsigned GetID() const { return m_nID; }
+    // A disabled control ignores the mouse (the fader and the switch use it).
+    void Enable(bool enable) { m_bEnable = enable; }
+    bool IsEnabled() const { return m_bEnable; }
     void GetRect(CRect* rect) const { *rect = m_Rect; }
     void SetNewRect(CRect& rect, CRect& displayRect)
     {
@@ -37,4 +40,5 @@ protected:
     CWnd* m_pParent = nullptr;
     VRXCONTROLCALLBACK m_pCallback = nullptr;
     void* m_pOwner = nullptr;
+    bool m_bEnable = true;
 };

@@ -25,5 +25,23 @@ protected:
     // After the release's point was applied, before the redraw.
     virtual void OnDragEnd() {}
 
+    // The value range; a new range ends any drag.
+    void SetRange(float min, float max, bool logarithmic)
+    {
+        m_fMin = min;
+        m_fMax = max;
+        m_bLog = logarithmic;
+        m_bDragging = false;
+    }
+    float ClampToRange(float value) const
+    {
+        if (value < m_fMin)
+            value = m_fMin;
+        return value > m_fMax ? m_fMax : value;
+    }
+
     bool m_bDragging = false;
+    float m_fMin = 0.f;
+    float m_fMax = 1.f;
+    bool m_bLog = false;
 };

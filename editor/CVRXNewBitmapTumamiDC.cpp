@@ -9,14 +9,11 @@ void CVRXNewBitmapTumamiDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, 
                                  VRXCONTROLCALLBACK callback, void* owner)
 {
     Setup(id, rect, displayRect, parent, callback, owner);
+    SetRange(min, max, logarithmic);
     m_pStrip = strip;
-    m_fMin = min;
-    m_fMax = max;
     m_fStartAngle = startAngle;
     m_fEndAngle = endAngle;
     m_nOption = option;
-    m_bLog = logarithmic;
-    m_bDragging = false;
     m_fValue = 65535.f;
     m_fLastDragValue = 65535.f;
     SetValue(min + (max - min) * 0.5f, nullptr, false);
@@ -25,10 +22,7 @@ void CVRXNewBitmapTumamiDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, 
 
 void CVRXNewBitmapTumamiDC::SetValue(float value, CDC* dc, bool notify)
 {
-    if (value < m_fMin)
-        value = m_fMin;
-    if (value > m_fMax)
-        value = m_fMax;
+    value = ClampToRange(value);
     if (value == m_fValue)
         return;
     m_fValue = value;

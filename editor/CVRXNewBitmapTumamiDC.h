@@ -40,8 +40,6 @@ private:
     void OnDragEnd() override { m_fLastDragValue = -1.f; }
 
     CVRXBitmap* m_pStrip = nullptr;
-    float m_fMin = 0.f;
-    float m_fMax = 1.f;
     float m_fValue = 65535.f; // 65535: not set yet
     float m_fStartAngle = 0.f;
     float m_fEndAngle = 360.f;
@@ -51,5 +49,4 @@ private:
     // reached an end from jumping across the dead zone to the other end.
     float m_fLastDragValue = 65535.f;
     float m_fStep = 1.f; // value per frame
-    bool m_bLog = false;
 };
