@@ -135,6 +135,32 @@ static void rounded_rect(cairo_t* cr, double x, double y, double w, double h, do
     cairo_close_path(cr);
 }
 
+/* x, y, width, height and corner radius of a rounded rectangle. */
+typedef struct
+{
+    double x, y, w, h, r;
+} RoundRect;
+
+static void fill_round(cairo_t* cr, RoundRect r)
+{
+    rounded_rect(cr, r.x, r.y, r.w, r.h, r.r);
+    cairo_fill(cr);
+}
+
+/* A sunken well: a light lip of opacity `lip` where the edge catches the light, a dark rim,
+ * and the floor painted with `floorPaint` (released here). */
+static void well(cairo_t* cr, double lip, RoundRect lipRect, Rgb rim, RoundRect rimRect,
+                 cairo_pattern_t* floorPaint, RoundRect floorRect)
+{
+    cairo_set_source_rgba(cr, 1, 1, 1, lip);
+    fill_round(cr, lipRect);
+    cairo_set_source_rgb(cr, rim.r, rim.g, rim.b);
+    fill_round(cr, rimRect);
+    cairo_set_source(cr, floorPaint);
+    fill_round(cr, floorRect);
+    cairo_pattern_destroy(floorPaint);
+}
+
 static void font(cairo_t* cr, const char* family, double size, int bold)
 {
     cairo_select_font_face(cr, family, CAIRO_FONT_SLANT_NORMAL,
@@ -323,6 +349,34 @@ static cairo_pattern_t* conic(double cx, double cy, double r, double (*light)(do
     return p;
 }
 
+/* A gradient's colour stops, all grey: offset, level, opacity. */
+typedef struct
+{
+    double offset, level, alpha;
+} GreyStop;
+
+static cairo_pattern_t* grey_stops(cairo_pattern_t* p, const GreyStop* stops, int n)
+{
+    for (int i = 0; i < n; ++i)
+        cairo_pattern_add_color_stop_rgba(p, stops[i].offset, stops[i].level, stops[i].level,
+                                          stops[i].level, stops[i].alpha);
+    return p;
+}
+
+/* Paints a circle with `p` and releases it: filled, or stroked when `width` > 0. */
+static void disc(cairo_t* cr, cairo_pattern_t* p, double cx, double cy, double r, double width)
+{
+    cairo_set_source(cr, p);
+    if (width > 0)
+        cairo_set_line_width(cr, width);
+    cairo_arc(cr, cx, cy, r, 0, 2 * M_PI);
+    if (width > 0)
+        cairo_stroke(cr);
+    else
+        cairo_fill(cr);
+    cairo_pattern_destroy(p);
+}
+
 static double cap_light(double a)
 {
     /* Two soft reflections, upper left and lower right, as from a light above the panel. */
@@ -356,21 +410,14 @@ static void draw_knob(cairo_t* cr, double ox, double oy, double angle)
     }
 
     /* Drop shadow on the panel. */
-    cairo_pattern_t* sh =
-        cairo_pattern_create_radial(cx, cy + 1.4, rSkirt - 2, cx, cy + 1.4, rSkirt + 2.4);
-    cairo_pattern_add_color_stop_rgba(sh, 0, 0, 0, 0, 0.75);
-    cairo_pattern_add_color_stop_rgba(sh, 1, 0, 0, 0, 0);
-    cairo_set_source(cr, sh);
-    cairo_arc(cr, cx, cy + 1.4, rSkirt + 2.4, 0, 2 * M_PI);
-    cairo_fill(cr);
-    cairo_pattern_destroy(sh);
+    disc(cr,
+         grey_stops(
+             cairo_pattern_create_radial(cx, cy + 1.4, rSkirt - 2, cx, cy + 1.4, rSkirt + 2.4),
+             (const GreyStop[]){{0, 0, 0.75}, {1, 0, 0}}, 2),
+         cx, cy + 1.4, rSkirt + 2.4, 0);
 
     /* Skirt: dark body with a sheen, fine knurling that turns with the knob. */
-    cairo_pattern_t* body = conic(cx, cy, rSkirt + 1, skirt_light);
-    cairo_set_source(cr, body);
-    cairo_arc(cr, cx, cy, rSkirt, 0, 2 * M_PI);
-    cairo_fill(cr);
-    cairo_pattern_destroy(body);
+    disc(cr, conic(cx, cy, rSkirt + 1, skirt_light), cx, cy, rSkirt, 0);
     cairo_save(cr);
     cairo_arc(cr, cx, cy, rSkirt, 0, 2 * M_PI);
     cairo_clip(cr);
@@ -383,41 +430,24 @@ static void draw_knob(cairo_t* cr, double ox, double oy, double angle)
     }
     cairo_restore(cr);
     /* Rim light on the upper edge, dark line on the lower. */
-    cairo_pattern_t* rim = cairo_pattern_create_linear(0, cy - rSkirt, 0, cy + rSkirt);
-    cairo_pattern_add_color_stop_rgba(rim, 0, 1, 1, 1, 0.35);
-    cairo_pattern_add_color_stop_rgba(rim, 0.5, 1, 1, 1, 0.04);
-    cairo_pattern_add_color_stop_rgba(rim, 1, 0, 0, 0, 0.5);
-    cairo_set_source(cr, rim);
-    cairo_set_line_width(cr, 0.9);
-    cairo_arc(cr, cx, cy, rSkirt - 0.45, 0, 2 * M_PI);
-    cairo_stroke(cr);
-    cairo_pattern_destroy(rim);
+    disc(cr,
+         grey_stops(cairo_pattern_create_linear(0, cy - rSkirt, 0, cy + rSkirt),
+                    (const GreyStop[]){{0, 1, 0.35}, {0.5, 1, 0.04}, {1, 0, 0.5}}, 3),
+         cx, cy, rSkirt - 0.45, 0.9);
 
     /* Cap: satin metal, slightly domed, with a bevel ring. */
     cairo_set_source_rgba(cr, 0, 0, 0, 0.6);
     cairo_arc(cr, cx, cy + 0.6, rCap + 0.6, 0, 2 * M_PI);
     cairo_fill(cr);
-    cairo_pattern_t* cap = conic(cx, cy, rCap + 1, cap_light);
-    cairo_set_source(cr, cap);
-    cairo_arc(cr, cx, cy, rCap, 0, 2 * M_PI);
-    cairo_fill(cr);
-    cairo_pattern_destroy(cap);
-    cairo_pattern_t* dome = cairo_pattern_create_radial(cx - 2, cy - 3, 0, cx, cy, rCap);
-    cairo_pattern_add_color_stop_rgba(dome, 0, 1, 1, 1, 0.10);
-    cairo_pattern_add_color_stop_rgba(dome, 0.7, 1, 1, 1, 0.0);
-    cairo_pattern_add_color_stop_rgba(dome, 1, 0, 0, 0, 0.25);
-    cairo_set_source(cr, dome);
-    cairo_arc(cr, cx, cy, rCap, 0, 2 * M_PI);
-    cairo_fill(cr);
-    cairo_pattern_destroy(dome);
-    cairo_pattern_t* bevel = cairo_pattern_create_linear(0, cy - rCap, 0, cy + rCap);
-    cairo_pattern_add_color_stop_rgba(bevel, 0, 1, 1, 1, 0.45);
-    cairo_pattern_add_color_stop_rgba(bevel, 1, 1, 1, 1, 0.05);
-    cairo_set_source(cr, bevel);
-    cairo_set_line_width(cr, 0.8);
-    cairo_arc(cr, cx, cy, rCap - 0.4, 0, 2 * M_PI);
-    cairo_stroke(cr);
-    cairo_pattern_destroy(bevel);
+    disc(cr, conic(cx, cy, rCap + 1, cap_light), cx, cy, rCap, 0);
+    disc(cr,
+         grey_stops(cairo_pattern_create_radial(cx - 2, cy - 3, 0, cx, cy, rCap),
+                    (const GreyStop[]){{0, 1, 0.10}, {0.7, 1, 0.0}, {1, 0, 0.25}}, 3),
+         cx, cy, rCap, 0);
+    disc(cr,
+         grey_stops(cairo_pattern_create_linear(0, cy - rCap, 0, cy + rCap),
+                    (const GreyStop[]){{0, 1, 0.45}, {1, 1, 0.05}}, 2),
+         cx, cy, rCap - 0.4, 0.8);
 
     /* Pointer: a white line from near the centre across the skirt. */
     double dx = dir_x(angle), dy = dir_y(angle);
@@ -639,20 +669,13 @@ static cairo_surface_t* make_fader_track(void)
     cairo_surface_t* s = panel_face(FADER_W, FADER_H, &cr);
     /* Slot from the cap's lowest to highest centre with a little overrun. */
     double x = 6, w = 4, y = 2, h = FADER_H - 4;
-    cairo_set_source_rgba(cr, 1, 1, 1, 0.13);
-    rounded_rect(cr, x - 0.5, y - 0.5, w + 1, h + 1.5, 2.5);
-    cairo_fill(cr);
-    cairo_set_source_rgb(cr, 0.02, 0.02, 0.025);
-    rounded_rect(cr, x - 0.5, y - 0.5, w + 1, h + 0.5, 2.5);
-    cairo_fill(cr);
     cairo_pattern_t* g = cairo_pattern_create_linear(x, 0, x + w, 0);
     cairo_pattern_add_color_stop_rgb(g, 0, 0.0, 0.0, 0.0);
     cairo_pattern_add_color_stop_rgb(g, 0.6, 0.07, 0.07, 0.08);
     cairo_pattern_add_color_stop_rgb(g, 1, 0.11, 0.11, 0.12);
-    cairo_set_source(cr, g);
-    rounded_rect(cr, x + 0.3, y + 1, w - 0.6, h - 1.5, 1.8);
-    cairo_fill(cr);
-    cairo_pattern_destroy(g);
+    well(cr, 0.13, (RoundRect){x - 0.5, y - 0.5, w + 1, h + 1.5, 2.5}, (Rgb){0.02, 0.02, 0.025},
+         (RoundRect){x - 0.5, y - 0.5, w + 1, h + 0.5, 2.5}, g,
+         (RoundRect){x + 0.3, y + 1, w - 0.6, h - 1.5, 1.8});
     finish(cr);
     return s;
 }
@@ -811,20 +834,13 @@ static void meter_scale(cairo_t* cr, double x, int side)
 static void display_box(cairo_t* cr, PanelRect r)
 {
     double x = r.l, y = r.t, w = r.r - r.l, h = r.b - r.t;
-    cairo_set_source_rgba(cr, 1, 1, 1, 0.16);
-    rounded_rect(cr, x - 1.5, y - 1, w + 3, h + 2.5, 2);
-    cairo_fill(cr);
-    cairo_set_source_rgb(cr, 0.03, 0.03, 0.035);
-    rounded_rect(cr, x - 1.5, y - 1.5, w + 3, h + 3, 2);
-    cairo_fill(cr);
     cairo_pattern_t* g = cairo_pattern_create_linear(0, y, 0, y + h);
     cairo_pattern_add_color_stop_rgb(g, 0, kLcd.r - 0.10, kLcd.g - 0.10, kLcd.b - 0.10);
     cairo_pattern_add_color_stop_rgb(g, 0.22, kLcd.r, kLcd.g, kLcd.b);
     cairo_pattern_add_color_stop_rgb(g, 1, kLcd.r + 0.03, kLcd.g + 0.03, kLcd.b + 0.03);
-    cairo_set_source(cr, g);
-    rounded_rect(cr, x - 0.5, y - 0.5, w + 1, h + 1, 1.4);
-    cairo_fill(cr);
-    cairo_pattern_destroy(g);
+    well(cr, 0.16, (RoundRect){x - 1.5, y - 1, w + 3, h + 2.5, 2}, (Rgb){0.03, 0.03, 0.035},
+         (RoundRect){x - 1.5, y - 1.5, w + 3, h + 3, 2}, g,
+         (RoundRect){x - 0.5, y - 0.5, w + 1, h + 1, 1.4});
 }
 
 static void screw(cairo_t* cr, double cx, double cy, double slot)
@@ -1034,28 +1050,29 @@ static cairo_status_t append(void* closure, const unsigned char* data, unsigned 
     return CAIRO_STATUS_SUCCESS;
 }
 
+/* A switch's two images, on then off. */
+static void switch_pair(cairo_surface_t** img, int id, FaceFn face)
+{
+    img[0] = switch_images(id, face, 1);
+    img[1] = switch_images(id, face, 0);
+}
+
 /* Draws every image at the current scale, 5000 first. */
 static void draw_all(cairo_surface_t** img)
 {
     img[0] = make_background();
     img[1] = make_knob_strip();
-    img[2] = switch_images(107, power_face, 1);
-    img[3] = switch_images(107, power_face, 0);
-    img[4] = switch_images(106, small_face, 1);
-    img[5] = switch_images(106, small_face, 0);
-    img[6] = make_placeholder();
-    img[7] = make_placeholder();
-    img[8] = make_placeholder();
+    switch_pair(img + 2, 107, power_face);
+    switch_pair(img + 4, 106, small_face);
+    for (int i = 6; i <= 8; ++i)
+        img[i] = make_placeholder();
     img[9] = make_fader_track();
     img[10] = make_fader_cap();
     img[11] = make_level_strip();
     img[12] = make_gr_strip();
-    img[13] = switch_images(111, small_face, 1);
-    img[14] = switch_images(111, small_face, 0);
-    img[15] = switch_images(112, small_face, 1);
-    img[16] = switch_images(112, small_face, 0);
-    img[17] = switch_images(131, copy_face, 1);
-    img[18] = switch_images(131, copy_face, 0);
+    switch_pair(img + 13, 111, small_face);
+    switch_pair(img + 15, 112, small_face);
+    switch_pair(img + 17, 131, copy_face);
     img[19] = make_save_face();
     img[20] = make_lamp();
 }
