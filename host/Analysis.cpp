@@ -77,11 +77,9 @@ AnalyzeOptions parseAnalyze(const ArgList& args)
     AnalyzeOptions o;
     CArgs a(args);
     std::string item;
-    while (a.Next(item))
+    while (a.NextOption(item, o.inputs))
     {
-        if (!a.IsOption())
-            o.inputs.push_back(item);
-        else if (item == "--target")
+        if (item == "--target")
             o.target = a.NumberValue(0, 40);
         else if (item == "-j" || item == "--jobs")
             o.jobs = a.IntValue(1, 1024);

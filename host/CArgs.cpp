@@ -32,6 +32,17 @@ bool CArgs::IsOption() const
     return m_Current.size() > 1 && m_Current[0] == '-';
 }
 
+bool CArgs::NextOption(std::string& item, ArgList& positional)
+{
+    while (Next(item))
+    {
+        if (IsOption())
+            return true;
+        positional.push_back(item);
+    }
+    return false;
+}
+
 std::string CArgs::Value()
 {
     if (m_HasInline)

@@ -15,8 +15,8 @@ public:
 
     // Next item; false at the end. An option's value is fetched with Value().
     bool Next(std::string& item);
-    // True when the current item is an option (starts with "-", is not "-").
-    bool IsOption() const;
+    // Next option; the positionals before it are added to `positional`.
+    bool NextOption(std::string& item, ArgList& positional);
     std::string Value();          // throws CHostError when none follows
     int IntValue(int lo, int hi); // a whole number in lo..hi
     double NumberValue(double lo, double hi);
@@ -24,6 +24,9 @@ public:
     const std::string& Current() const { return m_Current; }
 
 private:
+    // True when the current item is an option (starts with "-", is not "-").
+    bool IsOption() const;
+
     const ArgList& m_Args;
     size_t m_Pos = 0;
     std::string m_Current, m_Pending;

@@ -207,12 +207,10 @@ SimpleCommand parseSimple(const ArgList& args, const char* command, bool outputO
     SimpleCommand c;
     CArgs a(args);
     std::string item;
-    while (a.Next(item))
+    while (a.NextOption(item, c.positional))
     {
-        if (!a.IsOption())
-            c.positional.push_back(item);
-        else if (!ParsePluginOption(a, item, c.plug) &&
-                 !(outputOptions && ParseOutputOption(a, item, c.out)))
+        if (!ParsePluginOption(a, item, c.plug) &&
+            !(outputOptions && ParseOutputOption(a, item, c.out)))
             UnknownOption(item, command);
     }
     return c;
@@ -353,11 +351,9 @@ int CmdImportLegacy(const ArgList& args)
     std::vector<std::string> positional;
     CArgs a(args);
     std::string item;
-    while (a.Next(item))
+    while (a.NextOption(item, positional))
     {
-        if (!a.IsOption())
-            positional.push_back(item);
-        else if (item == "--force")
+        if (item == "--force")
         {
             a.NoInline();
             force = true;

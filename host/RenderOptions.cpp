@@ -109,12 +109,10 @@ RenderOptions ParseRenderCommand(const ArgList& args)
     std::string item;
     bool haveProgram = false;
     std::vector<std::string> positional;
-    while (a.Next(item))
+    while (a.NextOption(item, positional))
     {
-        if (!a.IsOption())
-            positional.push_back(item);
-        else if (ParseOutputOption(a, item, o.out) || ParsePluginOption(a, item, o.plug) ||
-                 ParseRenderOption(a, item, o))
+        if (ParseOutputOption(a, item, o.out) || ParsePluginOption(a, item, o.plug) ||
+            ParseRenderOption(a, item, o))
             haveProgram = haveProgram || item == "--program";
         else
             UnknownOption(item, "render");
