@@ -5,16 +5,11 @@
 #include "AfxWndImpl.h"
 #include "CDC.h"
 
-BEGIN_MESSAGE_MAP(CComboBox, CWnd)
+BEGIN_MESSAGE_MAP(CComboBox, CAfxControl)
 ON_WM_PAINT()
 ON_WM_LBUTTONDOWN()
 ON_WM_KEYDOWN()
 END_MESSAGE_MAP()
-
-BOOL CComboBox::Create(DWORD style, const RECT& rect, CWnd* parent, UINT id)
-{
-    return CWnd::Create("COMBOBOX", "", style | WS_CHILD, rect, parent, id);
-}
 
 int CComboBox::AddString(LPCTSTR text)
 {

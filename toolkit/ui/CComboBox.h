@@ -6,15 +6,12 @@
 
 #include <vector>
 
-#include "CWnd.h"
+#include "CAfxControl.h"
 
-class CComboBox : public CWnd
+class CComboBox : public CAfxControl
 {
 public:
-    CComboBox() = default;
-
-    BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
-    using CWnd::Create;
+    CComboBox() : CAfxControl("COMBOBOX") {}
 
     int AddString(LPCTSTR text); // index of the new entry
     int GetCount() const { return (int)m_Items.size(); }

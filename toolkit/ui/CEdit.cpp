@@ -63,7 +63,7 @@ std::string EncodeUtf8(UINT cp)
 }
 } // namespace
 
-BEGIN_MESSAGE_MAP(CEdit, CWnd)
+BEGIN_MESSAGE_MAP(CEdit, CAfxControl)
 ON_WM_CREATE()
 ON_WM_PAINT()
 ON_WM_KEYDOWN()
@@ -73,11 +73,6 @@ ON_WM_SETFOCUS()
 ON_WM_KILLFOCUS()
 ON_MESSAGE(WM_SETTEXT, OnSetText)
 END_MESSAGE_MAP()
-
-BOOL CEdit::Create(DWORD style, const RECT& rect, CWnd* parent, UINT id)
-{
-    return CWnd::Create("EDIT", "", style | WS_CHILD, rect, parent, id);
-}
 
 int CEdit::OnCreate(LPCREATESTRUCT cs)
 {

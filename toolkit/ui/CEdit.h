@@ -5,15 +5,12 @@
 // the caret. Every change sends WM_COMMAND (EN_CHANGE, id) to the parent.
 #pragma once
 
-#include "CWnd.h"
+#include "CAfxControl.h"
 
-class CEdit : public CWnd
+class CEdit : public CAfxControl
 {
 public:
-    CEdit() = default;
-
-    BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
-    using CWnd::Create;
+    CEdit() : CAfxControl("EDIT") {}
 
     // Maximum number of characters; 0 means no limit.
     void SetLimitText(UINT maxChars);

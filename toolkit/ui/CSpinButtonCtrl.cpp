@@ -5,16 +5,11 @@
 
 #include "CDC.h"
 
-BEGIN_MESSAGE_MAP(CSpinButtonCtrl, CWnd)
+BEGIN_MESSAGE_MAP(CSpinButtonCtrl, CAfxControl)
 ON_WM_PAINT()
 ON_WM_LBUTTONDOWN()
 ON_WM_LBUTTONUP()
 END_MESSAGE_MAP()
-
-BOOL CSpinButtonCtrl::Create(DWORD style, const RECT& rect, CWnd* parent, UINT id)
-{
-    return CWnd::Create("msctls_updown32", "", style | WS_CHILD, rect, parent, id);
-}
 
 void CSpinButtonCtrl::SetRange32(int lower, int upper)
 {

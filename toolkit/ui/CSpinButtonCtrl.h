@@ -4,15 +4,12 @@
 // The position is read back from the buddy's text before each step.
 #pragma once
 
-#include "CWnd.h"
+#include "CAfxControl.h"
 
-class CSpinButtonCtrl : public CWnd
+class CSpinButtonCtrl : public CAfxControl
 {
 public:
-    CSpinButtonCtrl() = default;
-
-    BOOL Create(DWORD style, const RECT& rect, CWnd* parent, UINT id);
-    using CWnd::Create;
+    CSpinButtonCtrl() : CAfxControl("msctls_updown32") {}
 
     void SetRange32(int lower, int upper);
     void SetRange(short lower, short upper) { SetRange32(lower, upper); }
