@@ -4,19 +4,17 @@
 #include <cmath>
 
 void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVRXBitmap* track,
-                              CVRXBitmap* third, CVRXBitmap* cap, float min, float max,
+                              CVRXBitmap* /*third*/, CVRXBitmap* cap, float min, float max,
                               CPoint start, CPoint end, unsigned id, int orientation,
                               bool logarithmic, bool reversed, bool hideCap, bool snapToEnds,
                               VRXCONTROLCALLBACK callback, void* owner)
 {
-    Setup(id, rect, displayRect, parent, callback, owner);
-    SetRange(min, max, logarithmic);
+    Setup(id, rect, displayRect, parent, callback, owner, min, max, logarithmic);
     m_pTrack = track;
-    m_pThird = third;
     m_pCap = cap;
-    m_StartPoint = start;
-    m_EndPoint = end;
     m_nOrientation = orientation;
+    m_nTravelStart = orientation ? start.y : start.x;
+    m_nTravelEnd = orientation ? end.y : end.x;
     m_bReverse = reversed;
     m_bHideCap = hideCap;
     m_bSnap = snapToEnds;
@@ -24,13 +22,6 @@ void CVRXBitmapSliderDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVR
     m_fValue = min;
     m_nTrackWidth = track ? track->Width() : 0;
     m_nTrackHeight = track ? track->Height() : 0;
-    if (m_bLog)
-    {
-        // Kept with the fader's state; the mappings below work on 0..1 travel.
-        const int travel = orientation ? start.y - end.y : end.x - start.x;
-        m_dLogSpan = std::log10((double)max) - std::log10((double)min);
-        m_dLogFactor = m_dLogSpan != 0.0 ? travel / m_dLogSpan : 0.0;
-    }
 }
 
 void CVRXBitmapSliderDC::SetValue(float value, CDC* dc, bool notify)
@@ -42,15 +33,13 @@ void CVRXBitmapSliderDC::SetValue(float value, CDC* dc, bool notify)
         if (notify)
             Notify(m_fValue);
     }
-    if (dc)
-        DrawSlider(dc);
-    InvalidateDisplay();
+    Redraw(dc);
 }
 
 double CVRXBitmapSliderDC::GetCapCentre() const
 {
-    const double s = m_nOrientation ? m_StartPoint.y : m_StartPoint.x;
-    const double e = m_nOrientation ? m_EndPoint.y : m_EndPoint.x;
+    const double s = m_nTravelStart;
+    const double e = m_nTravelEnd;
     const double span = (double)m_fMax - m_fMin;
     double t = span != 0.0 ? (m_fValue - m_fMin) / span : 0.0;
     if (m_bLog)
@@ -86,8 +75,8 @@ void CVRXBitmapSliderDC::DrawSlider(CDC* dc)
 void CVRXBitmapSliderDC::SetValueByPoint(CPoint point)
 {
     const int pos = m_nOrientation ? point.y - m_Rect.top : point.x - m_Rect.left;
-    const int s = m_nOrientation ? m_StartPoint.y : m_StartPoint.x;
-    const int e = m_nOrientation ? m_EndPoint.y : m_EndPoint.x;
+    const int s = m_nTravelStart;
+    const int e = m_nTravelEnd;
     // Not reversed, the minimum end lies at larger coordinates (the bottom of
     // a vertical fader); the horizontal case compares x the same way.
     float value;

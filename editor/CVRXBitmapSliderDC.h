@@ -14,7 +14,7 @@ class CVRXBitmapSliderDC : public CVRXDragControl
 public:
     CVRXBitmapSliderDC() = default;
 
-    // orientation: non-zero = vertical.
+    // orientation: non-zero = vertical; `third` is not drawn.
     void Make(CRect& rect, CRect& displayRect, CWnd* parent, CVRXBitmap* track, CVRXBitmap* third,
               CVRXBitmap* cap, float min, float max, CPoint start, CPoint end, unsigned id,
               int orientation, bool logarithmic, bool reversed, bool hideCap, bool snapToEnds,
@@ -40,16 +40,13 @@ private:
     bool AcceptsPress() const override { return m_bEnable; }
     void DragTo(CPoint point) override { SetValueByPoint(point); }
 
-    CPoint m_StartPoint; // minimum end of the travel
-    CPoint m_EndPoint;   // maximum end of the travel
     int m_nOrientation = 1;
+    int m_nTravelStart = 0; // minimum end of the travel (y when vertical, else x)
+    int m_nTravelEnd = 0;   // maximum end
     CVRXBitmap* m_pTrack = nullptr;
     CVRXBitmap* m_pCap = nullptr;
-    CVRXBitmap* m_pThird = nullptr;
     float m_fValue = 0.f;
     bool m_bHideCap = false;
-    double m_dLogSpan = 0.0;   // log10(max) - log10(min)
-    double m_dLogFactor = 0.0; // travel / m_dLogSpan
     bool m_bReverse = false;
     bool m_bSnap = false;
     int m_nTrackWidth = 0;

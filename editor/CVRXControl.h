@@ -32,6 +32,12 @@ protected:
                VRXCONTROLCALLBACK callback, void* owner);
     // Invalidates the value display (with erase) when there is one.
     void InvalidateDisplay();
+    // Draws on dc (when given) and invalidates the value display.
+    void Redraw(CDC* dc)
+    {
+        Paint(dc);
+        InvalidateDisplay();
+    }
     void Notify(float value);
 
     unsigned m_nID = 0;

@@ -25,9 +25,11 @@ protected:
     // After the release's point was applied, before the redraw.
     virtual void OnDragEnd() {}
 
-    // The value range; a new range ends any drag.
-    void SetRange(float min, float max, bool logarithmic)
+    // The control's set-up with its value range; ends any drag.
+    void Setup(unsigned id, const CRect& rect, const CRect& displayRect, CWnd* parent,
+               VRXCONTROLCALLBACK callback, void* owner, float min, float max, bool logarithmic)
     {
+        CVRXControl::Setup(id, rect, displayRect, parent, callback, owner);
         m_fMin = min;
         m_fMax = max;
         m_bLog = logarithmic;

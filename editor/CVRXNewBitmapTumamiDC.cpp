@@ -5,15 +5,13 @@
 
 void CVRXNewBitmapTumamiDC::Make(CRect& rect, CRect& displayRect, CWnd* parent, CVRXBitmap* strip,
                                  float min, float max, unsigned id, int frames, float startAngle,
-                                 float endAngle, int option, bool logarithmic,
+                                 float endAngle, int /*option*/, bool logarithmic,
                                  VRXCONTROLCALLBACK callback, void* owner)
 {
-    Setup(id, rect, displayRect, parent, callback, owner);
-    SetRange(min, max, logarithmic);
+    Setup(id, rect, displayRect, parent, callback, owner, min, max, logarithmic);
     m_pStrip = strip;
     m_fStartAngle = startAngle;
     m_fEndAngle = endAngle;
-    m_nOption = option;
     m_fValue = 65535.f;
     m_fLastDragValue = 65535.f;
     SetValue(min + (max - min) * 0.5f, nullptr, false);
@@ -32,9 +30,7 @@ void CVRXNewBitmapTumamiDC::SetValue(float value, CDC* dc, bool notify)
     m_fLastDragValue = value;
     if (notify)
         Notify(m_fValue);
-    if (dc)
-        Draw(dc);
-    InvalidateDisplay();
+    Redraw(dc);
 }
 
 void CVRXNewBitmapTumamiDC::SetValue(CPoint point)

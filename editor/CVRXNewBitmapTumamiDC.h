@@ -14,6 +14,7 @@ class CVRXNewBitmapTumamiDC : public CVRXDragControl
 public:
     CVRXNewBitmapTumamiDC() = default;
 
+    // `option` has no effect.
     void Make(CRect& rect, CRect& displayRect, CWnd* parent, CVRXBitmap* strip, float min,
               float max, unsigned id, int frames, float startAngle, float endAngle, int option,
               bool logarithmic, VRXCONTROLCALLBACK callback, void* owner);
@@ -43,7 +44,6 @@ private:
     float m_fValue = 65535.f; // 65535: not set yet
     float m_fStartAngle = 0.f;
     float m_fEndAngle = 360.f;
-    int m_nOption = 0; // kept for the caller; no effect here
     double m_dAngle = 0.0;
     // Last value set or dragged to; -1 after a release. Keeps a knob that
     // reached an end from jumping across the dead zone to the other end.
