@@ -186,9 +186,12 @@ XML
         stop_background
         return 1
     fi
+    # Where the window manager has put it by now: a window found while it
+    # was still being mapped can show the screen's corner.
+    sleep 2
+    find_window "$1" 10 || true
     local x=${at#+} y=${at##*+}
     x=${x%%+*}
-    sleep 2
     xdotool mousemove $((x + 279)) $((y + 112)) click 1 # the Threshold display
     sleep 1
     xdotool key BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace BackSpace
