@@ -6,6 +6,7 @@
 
 #include <cairo.h>
 #include <dirent.h>
+#include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -16,6 +17,7 @@
 #include <X11/extensions/XTest.h>
 
 #include <algorithm>
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -56,14 +58,6 @@ pid_t StartUser(const std::function<int(Display*)>& actions)
         _exit(result);
     }
     return pid;
-}
-
-int WaitUser(pid_t pid)
-{
-    int status = 0;
-    if (pid <= 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status))
-        return -1;
-    return WEXITSTATUS(status);
 }
 
 class X11Editor : public ::testing::Test
@@ -132,13 +126,22 @@ protected:
         return XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor);
     }
 
-    // A left click at root coordinates (x, y), through XTest.
+    // A left click at root coordinates (x, y), through XTest; once this
+    // returns the server has queued the events for the editor.
     void ClickAt(int x, int y)
     {
         XTestFakeMotionEvent(display, -1, x, y, 0);
         XTestFakeButtonEvent(display, 1, True, 0);
         XTestFakeButtonEvent(display, 1, False, 0);
-        XFlush(display);
+        XSync(display, False);
+    }
+
+    Window Focus()
+    {
+        Window w = None;
+        int revert = 0;
+        XGetInputFocus(display, &w, &revert);
+        return w;
     }
 
     // A key pressed and released through XTest (to whichever window has the
@@ -194,6 +197,36 @@ protected:
         }
     }
 
+    // Idles until `done` holds or `seconds` have passed: the editor answers
+    // input and paints when the X server gets to it, on a loaded machine late.
+    bool IdleUntil(const std::function<bool()>& done, double seconds = 10.0)
+    {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
+        while (!done())
+        {
+            if (std::chrono::steady_clock::now() > end)
+                return false;
+            Idle(1);
+        }
+        return true;
+    }
+
+    // Idles until the user process has exited (at most 20 s); its exit
+    // status, or -1 when it failed or had to be stopped.
+    int IdleUntilUserDone(pid_t pid)
+    {
+        int status = 0;
+        if (pid <= 0)
+            return -1;
+        if (!IdleUntil([&] { return waitpid(pid, &status, WNOHANG) == pid; }, 20.0))
+        {
+            kill(pid, SIGKILL);
+            waitpid(pid, &status, 0);
+            return -1;
+        }
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
     // The host window as the screen shows it, as a cairo image.
     cairo_surface_t* Screenshot()
     {
@@ -232,27 +265,33 @@ protected:
         Window child;
         XTranslateCoordinates(display, hostWindow, DefaultRootWindow(display), 0, 0, &ox, &oy,
                               &child);
-        // The screen pixel whose panel pixel is (x, y) from the knob's centre.
+        auto threshold = [&] { return effect->getParameter(effect, 3); };
+        bool down = false;
+        // To the screen pixel whose panel pixel is (x, y) from the knob's
+        // centre; while the button is down, until the knob has followed.
         auto moveTo = [&](int x, int y)
         {
+            const float before = threshold();
             XTestFakeMotionEvent(display, -1, ox + (int)std::ceil((262 + 17 + x) * scale),
                                  oy + (int)std::ceil((66 + 17 + y) * scale), 0);
-            XFlush(display);
-            Idle(4);
+            XSync(display, False);
+            if (down)
+                IdleUntil([&] { return threshold() != before; });
         };
         moveTo(-10, 0); // left: 0.2
         XTestFakeButtonEvent(display, 1, True, 0);
-        XFlush(display);
-        Idle(4);
-        EXPECT_NEAR(0.2f, effect->getParameter(effect, 3), 1e-4);
+        XSync(display, False);
+        down = true;
+        IdleUntil([&] { return threshold() != 0.5f; });
+        EXPECT_NEAR(0.2f, threshold(), 1e-4);
         moveTo(0, -12); // up: 0.5
         moveTo(12, 0);  // right: 0.8
         moveTo(40, 20); // outside the knob: the capture keeps the drag
         XTestFakeButtonEvent(display, 1, False, 0);
-        XFlush(display);
+        XSync(display, False);
         Idle(4);
         // (40, 20) from the centre: atan2 clockwise from down = 296.57 deg.
-        EXPECT_NEAR((296.565 - 30.0) / 300.0, effect->getParameter(effect, 3), 1e-3);
+        EXPECT_NEAR((296.565 - 30.0) / 300.0, threshold(), 1e-3);
     }
 
     static uint32_t Pixel(cairo_surface_t* s, int x, int y)
@@ -340,6 +379,30 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
         {"1.5", "Xft.dpi:\t192\n", 1.5, 690, 315}, // the environment comes first
     };
     const Window root = DefaultRootWindow(display);
+    // The server outlives this program: its root resources go back to none
+    // however the test ends, for the programs that follow.
+    struct NoResourcesAfter
+    {
+        Display* d;
+        ~NoResourcesAfter()
+        {
+            XDeleteProperty(d, DefaultRootWindow(d), XA_RESOURCE_MANAGER);
+            XSync(d, False);
+        }
+    } restore{display};
+    // Pixels of the host's magenta background the editor leaves uncovered.
+    auto magenta = [&]
+    {
+        cairo_surface_t* shot = Screenshot();
+        if (!shot)
+            return -1;
+        int n = 0;
+        for (int y = 0; y < height; ++y)
+            for (int x = 0; x < width; ++x)
+                n += Pixel(shot, x, y) == 0xFF00FF;
+        cairo_surface_destroy(shot);
+        return n;
+    };
     for (const auto& c : cases)
     {
         SCOPED_TRACE(c.scale);
@@ -356,22 +419,13 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
         EXPECT_EQ(c.width, width);
         EXPECT_EQ(c.height, height);
         ASSERT_TRUE(OpenEditor());
-        Idle(10);
-        cairo_surface_t* shot = Screenshot();
-        ASSERT_NE(nullptr, shot);
-        int magenta = 0;
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                magenta += Pixel(shot, x, y) == 0xFF00FF;
-        EXPECT_EQ(0, magenta);
-        cairo_surface_destroy(shot);
+        IdleUntil([&] { return magenta() == 0; });
+        EXPECT_EQ(0, magenta());
         DragThreshold(c.scale);
 
         Dispatch(effEditClose);
         XDestroyWindow(display, hostWindow);
         hostWindow = 0;
-        XDeleteProperty(display, root, XA_RESOURCE_MANAGER);
-        XSync(display, False);
     }
 }
 
@@ -382,9 +436,11 @@ TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
     MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
     Idle(5);
-    // A click on the threshold display opens the entry field there.
+    // A click on the threshold display opens the entry field there, and it
+    // takes the keyboard.
+    const Window before = Focus();
     ClickAt(279, 112);
-    Idle(4);
+    IdleUntil([&] { return Focus() != before; });
     for (int i = 0; i < 8; ++i)
         Key(XK_BackSpace);
     // The digit 5 on purpose: typed characters must not arrive as the key
@@ -392,7 +448,7 @@ TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
     for (KeySym sym : {XK_minus, XK_1, XK_2, XK_period, XK_5})
         Key(sym);
     Key(XK_Return);
-    Idle(4);
+    IdleUntil([&] { return Focus() == before; });
     // -12.5 typed: -125 tenths, nudged to -12.505 dB on the -100..0 dB range.
     EXPECT_NEAR((-12.505 + 100.0) / 100.0, effect->getParameter(effect, 3), 1e-5);
     char text[64] = {0};
@@ -413,20 +469,14 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     XSelectInput(display, hostFocus, KeyPressMask | StructureNotifyMask);
     XMapWindow(display, hostFocus);
     XSync(display, False);
-    auto focus = [&]
-    {
-        Window w = None;
-        int revert = 0;
-        XGetInputFocus(display, &w, &revert);
-        return w;
-    };
+    auto idleUntilHostFocus = [&] { IdleUntil([&] { return Focus() == hostFocus; }); };
     auto openThresholdField = [&]
     {
         XSetInputFocus(display, hostFocus, RevertToPointerRoot, CurrentTime);
         XSync(display, False);
         ClickAt(279, 112);
-        Idle(4);
-        EXPECT_NE(focus(), hostFocus);
+        IdleUntil([&] { return Focus() != hostFocus; });
+        EXPECT_NE(Focus(), hostFocus);
         for (int i = 0; i < 8; ++i)
             Key(XK_BackSpace);
     };
@@ -438,24 +488,24 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     for (KeySym sym : {XK_minus, XK_1, XK_5})
         Key(sym);
     Key(XK_Return);
-    Idle(4);
+    idleUntilHostFocus();
     Dispatch(effGetParamDisplay, 3, 0, text);
     EXPECT_STREQ("-15.0", text);
-    EXPECT_EQ(focus(), hostFocus) << "after Return";
+    EXPECT_EQ(Focus(), hostFocus) << "after Return";
     EXPECT_EQ(hostKeyPresses, 0);
 
     openThresholdField();
     Key(XK_minus);
     Key(XK_2);
     Key(XK_Escape);
-    Idle(4);
-    EXPECT_EQ(focus(), hostFocus) << "after Escape";
+    idleUntilHostFocus();
+    EXPECT_EQ(Focus(), hostFocus) << "after Escape";
 
     openThresholdField();
     Key(XK_3);
     ClickAt(220, 150); // an empty part of the panel
-    Idle(4);
-    EXPECT_EQ(focus(), hostFocus) << "after a click elsewhere";
+    idleUntilHostFocus();
+    EXPECT_EQ(Focus(), hostFocus) << "after a click elsewhere";
     Dispatch(effGetParamDisplay, 3, 0, text);
     EXPECT_STREQ("-15.0", text) << "abandoned entries change nothing";
     EXPECT_EQ(hostKeyPresses, 0);
@@ -463,7 +513,7 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     openThresholdField();
     Dispatch(effEditClose);
     XSync(display, False);
-    EXPECT_EQ(focus(), hostFocus) << "after the editor closed";
+    EXPECT_EQ(Focus(), hostFocus) << "after the editor closed";
 
     // With the field closed, keys are the host's again.
     Key(XK_4);
@@ -488,16 +538,29 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
     const pid_t user = StartUser(
         [](Display* d)
         {
-            usleep(400 * 1000);
             // The menu hangs from panel point (89, 13); below the panel the
-            // root is black, so its lower edge shows in one column.
-            XImage* shot = XGetImage(d, DefaultRootWindow(d), 100, 0, 1, 800, AllPlanes, ZPixmap);
+            // root is black, so its lower edge shows in one column. Looked
+            // for until two looks agree (at most 10 s): it opens when the
+            // host's idle call gets to the click.
+            auto lowerEdge = [d]
+            {
+                XImage* shot =
+                    XGetImage(d, DefaultRootWindow(d), 100, 0, 1, 800, AllPlanes, ZPixmap);
+                int bottom = 0;
+                for (int y = 220; shot && y < 800; ++y)
+                    if (XGetPixel(shot, 0, y) & 0xFFFFFF)
+                        bottom = y + 1;
+                if (shot)
+                    XDestroyImage(shot);
+                return bottom;
+            };
             int bottom = 0;
-            for (int y = 220; shot && y < 800; ++y)
-                if (XGetPixel(shot, 0, y) & 0xFFFFFF)
-                    bottom = y + 1;
-            if (shot)
-                XDestroyImage(shot);
+            for (int look = 0, last = -1; look < 500 && !(bottom > 0 && bottom == last); ++look)
+            {
+                usleep(20 * 1000);
+                last = bottom;
+                bottom = lowerEdge();
+            }
             const int rowHeight = (bottom - 13 - 4) / 32;
             const int y = rowHeight > 0 ? 13 + 2 + 5 * rowHeight + rowHeight / 2 : 400;
             XTestFakeMotionEvent(d, -1, 120, y, 0);
@@ -507,8 +570,7 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
             return rowHeight;
         });
     ClickAt(70, 15);
-    Idle(40);
-    const int rowHeight = WaitUser(user);
+    const int rowHeight = IdleUntilUserDone(user);
     Idle(5);
     EXPECT_GT(rowHeight, 10) << "no menu seen below the panel";
     EXPECT_FLOAT_EQ(0.3125f, effect->getParameter(effect, 3));
@@ -526,10 +588,22 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
     // The dialog runs a modal loop inside the idle call that delivers the
     // click on SAVE; the "user" types from a second connection meanwhile.
     const pid_t user = StartUser(
-        [](Display* d)
+        [host = hostWindow](Display* d)
         {
-            usleep(400 * 1000);
-            // Into the name field (under the slot list), then type and confirm.
+            // Into the name field (under the slot list) once it is there: a
+            // window in a top-level window not the host's (at most 10 s).
+            const Window root = DefaultRootWindow(d);
+            auto fieldShown = [&]
+            {
+                Window top = None, field = None;
+                int x, y;
+                return XTranslateCoordinates(d, root, root, 230, 120, &x, &y, &top) &&
+                       top != None && top != host &&
+                       XTranslateCoordinates(d, root, top, 230, 120, &x, &y, &field) &&
+                       field != None;
+            };
+            for (int look = 0; look < 500 && !fieldShown(); ++look)
+                usleep(20 * 1000);
             XTestFakeMotionEvent(d, -1, 230, 120, 0);
             XTestFakeButtonEvent(d, 1, True, 0);
             XTestFakeButtonEvent(d, 1, False, 0);
@@ -551,8 +625,7 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
             return 0;
         });
     ClickAt(216, 18);
-    Idle(40);
-    EXPECT_EQ(0, WaitUser(user));
+    EXPECT_EQ(0, IdleUntilUserDone(user));
     Idle(5);
 
     char name[64] = {0};
