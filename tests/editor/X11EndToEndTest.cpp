@@ -357,6 +357,21 @@ TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
     ASSERT_TRUE(OpenEditor());
     Idle(10);
     DragThreshold(1.0);
+
+    // A move, a press and a drag that reach the editor within one idle call
+    // (a host idling slowly) keep their order: the knob follows the drag.
+    effect->setParameter(effect, 3, 0.5f);
+    Idle(2);
+    XTestFakeMotionEvent(display, -1, 279 - 10, 83, 0);
+    XTestFakeButtonEvent(display, 1, True, 0);
+    XTestFakeMotionEvent(display, -1, 279 + 40, 83 + 20, 0);
+    XSync(display, False);
+    const double end = (296.565 - 30.0) / 300.0;
+    IdleUntil([&] { return std::fabs(effect->getParameter(effect, 3) - end) < 1e-3; }, 2.0);
+    EXPECT_NEAR(end, effect->getParameter(effect, 3), 1e-3);
+    XTestFakeButtonEvent(display, 1, False, 0);
+    XSync(display, False);
+    Idle(2);
 }
 
 // The scale from the environment and from Xft.dpi in the X resource database

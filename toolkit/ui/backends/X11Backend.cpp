@@ -783,9 +783,15 @@ void X11Backend::Dispatch(XEvent& ev)
         break;
     case MotionNotify:
     {
-        // Only the latest position of a burst matters.
-        while (XCheckTypedWindowEvent(m_pDisplay, ev.xmotion.window, MotionNotify, &ev))
+        // Only the latest position of a burst matters; a burst ends at any
+        // other event (a press between two moves keeps its place).
+        while (XPending(m_pDisplay) > 0)
         {
+            XEvent next;
+            XPeekEvent(m_pDisplay, &next);
+            if (next.type != MotionNotify || next.xmotion.window != ev.xmotion.window)
+                break;
+            XNextEvent(m_pDisplay, &ev);
         }
         AfxImpl::DeliverMouse(wnd, WM_MOUSEMOVE, CPoint(ev.xmotion.x, ev.xmotion.y),
                               Modifiers(ev.xmotion.state), false);
