@@ -444,33 +444,6 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
     }
 }
 
-TEST_F(X11Editor, TypedValueThroughTheKeyboardReachesTheParameter)
-{
-    if (!HasXTest())
-        GTEST_SKIP() << "no XTest extension";
-    MakeHostWindow();
-    ASSERT_TRUE(OpenEditor());
-    Idle(5);
-    // A click on the threshold display opens the entry field there, and it
-    // takes the keyboard.
-    const Window before = Focus();
-    ClickAt(279, 112);
-    IdleUntil([&] { return Focus() != before; });
-    for (int i = 0; i < 8; ++i)
-        Key(XK_BackSpace);
-    // The digit 5 on purpose: typed characters must not arrive as the key
-    // codes that commit (35, 36) or abandon (53) an entry.
-    for (KeySym sym : {XK_minus, XK_1, XK_2, XK_period, XK_5})
-        Key(sym);
-    Key(XK_Return);
-    IdleUntil([&] { return Focus() == before; });
-    // -12.5 typed: -125 tenths, nudged to -12.505 dB on the -100..0 dB range.
-    EXPECT_NEAR((-12.505 + 100.0) / 100.0, effect->getParameter(effect, 3), 1e-5);
-    char text[64] = {0};
-    Dispatch(effGetParamDisplay, 3, 0, text);
-    EXPECT_STREQ("-12.5", text);
-}
-
 // A host that keeps the keyboard focus on a window of its own and forwards
 // no keys: the open entry field takes the focus, and gives it back when it
 // closes by Return, Escape, a click elsewhere, or the editor closing.
