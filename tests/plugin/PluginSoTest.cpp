@@ -226,19 +226,6 @@ TEST(PluginSoProperties, AnsweredPerHost)
     }
 }
 
-TEST_F(PluginSo, MainsSwitchDrivesOnOff)
-{
-    AEffect* e = host.effect;
-    host.Dispatch(effOpen);
-    EXPECT_EQ(e->getParameter(e, 0), 1.f);
-    host.Dispatch(effMainsChanged, 0, 0);
-    EXPECT_EQ(e->getParameter(e, 0), 0.f);
-    EXPECT_EQ(host.String(effGetParamDisplay, 0), "OFF");
-    host.Dispatch(effMainsChanged, 0, 1);
-    EXPECT_EQ(e->getParameter(e, 0), 1.f);
-    EXPECT_EQ(host.String(effGetParamDisplay, 0), "ON");
-}
-
 TEST_F(PluginSo, ProgramsAndOutOfRangeSelection)
 {
     host.Dispatch(effOpen);
@@ -264,17 +251,13 @@ TEST_F(PluginSo, ProgramsAndOutOfRangeSelection)
     EXPECT_EQ(host.String(effGetProgramName), std::string(longName, 23));
 }
 
-TEST_F(PluginSo, PassesAudioAndBypassIsExact)
+TEST_F(PluginSo, BypassIsExactInBothPrecisions)
 {
     AEffect* e = host.effect;
     host.Dispatch(effOpen);
     host.Dispatch(effSetSampleRate, 0, 0, nullptr, 44100.f);
     host.Dispatch(effSetBlockSize, 0, 256);
     host.Dispatch(effMainsChanged, 0, 1);
-    // Ratio 1, unity gains: the compressor's gain is exactly 1.
-    e->setParameter(e, 4, 0.f);
-    e->setParameter(e, 1, 0.0999100f);
-    e->setParameter(e, 2, 1.f);
     const int n = 256;
     std::vector<float> l(n), r(n), ol(n), orr(n);
     for (int i = 0; i < n; ++i)
@@ -285,18 +268,9 @@ TEST_F(PluginSo, PassesAudioAndBypassIsExact)
     std::vector<float> l0 = l, r0 = r;
     float* in[2] = {l.data(), r.data()};
     float* out[2] = {ol.data(), orr.data()};
-    e->processReplacing(e, in, out, n);
-    for (int i = 0; i < n; ++i)
-    {
-        EXPECT_NEAR(ol[i], l0[i], 1e-5f);
-        EXPECT_NEAR(orr[i], r0[i], 1e-5f);
-    }
-
     // Bypass: output is exactly the input times the normalised input value.
     e->setParameter(e, 0, 0.f);
     e->setParameter(e, 2, 0.5f);
-    l = l0;
-    r = r0;
     e->processReplacing(e, in, out, n);
     for (int i = 0; i < n; ++i)
     {
