@@ -3,7 +3,6 @@
 #include "HostHarness.h"
 #include "TestFiles.h"
 
-#include <cmath>
 #include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
@@ -251,34 +250,18 @@ TEST_F(PluginSo, ProgramsAndOutOfRangeSelection)
     EXPECT_EQ(host.String(effGetProgramName), std::string(longName, 23));
 }
 
-TEST_F(PluginSo, BypassIsExactInBothPrecisions)
+// Double precision through the same path (the float bypass is the effect
+// tests'): bypassed, the output is the input times the normalised input value.
+TEST_F(PluginSo, DoublePrecisionBypassIsExact)
 {
     AEffect* e = host.effect;
     host.Dispatch(effOpen);
     host.Dispatch(effSetSampleRate, 0, 0, nullptr, 44100.f);
     host.Dispatch(effSetBlockSize, 0, 256);
     host.Dispatch(effMainsChanged, 0, 1);
-    const int n = 256;
-    std::vector<float> l(n), r(n), ol(n), orr(n);
-    for (int i = 0; i < n; ++i)
-    {
-        l[i] = 0.5f * std::sin(0.05f * i);
-        r[i] = 0.3f * std::sin(0.31f * i);
-    }
-    std::vector<float> l0 = l, r0 = r;
-    float* in[2] = {l.data(), r.data()};
-    float* out[2] = {ol.data(), orr.data()};
-    // Bypass: output is exactly the input times the normalised input value.
     e->setParameter(e, 0, 0.f);
     e->setParameter(e, 2, 0.5f);
-    e->processReplacing(e, in, out, n);
-    for (int i = 0; i < n; ++i)
-    {
-        EXPECT_EQ(ol[i], l0[i] * 0.5f);
-        EXPECT_EQ(orr[i], r0[i] * 0.5f);
-    }
-
-    // Double precision goes through the same path.
+    const int n = 256;
     std::vector<double> dl(n, 0.5), dr(n, -0.25), dol(n), dor(n);
     double* din[2] = {dl.data(), dr.data()};
     double* dout[2] = {dol.data(), dor.data()};
