@@ -1,6 +1,6 @@
 // Shelving/peaking biquad: coefficients against an independent float routine,
 // the direct-form recursion against a literal reference, sine responses
-// against the analytic magnitude, and counts below two.
+// against the analytic magnitude, and an empty call.
 #include "CBiquadFilter.h"
 #include "DspTestUtil.h"
 
@@ -127,31 +127,21 @@ TEST(BiquadFilter, RecursionMatchesLiteralDirectFormIInAnyChunks)
     }
 }
 
-TEST(BiquadFilter, CountsBelowTwoAndNonFiniteState)
+// (Counts of one and two are the chunked recursion test's.)
+TEST(BiquadFilter, CountZeroAndNonFiniteState)
 {
     CBiquadFilter f;
     f.CalcCoefficients(44100.f, 3000.f, -12.f, 1.f, 0);
     float in[2] = {0.5f, -0.25f}, out[2];
-    f.OperateFilter(in, out, 2); // state: in[1], in[0], out[1], out[0]
-    EXPECT_EQ(std::vector<float>({f.x1, f.x2, f.y1, f.y2}),
-              std::vector<float>({in[1], in[0], out[1], out[0]}));
+    f.OperateFilter(in, out, 2);
 
     // Count 0: nothing read or written, state kept.
     const CBiquadFilter before = f;
     float guard = 7.f;
     f.OperateFilter(nullptr, &guard, 0);
     EXPECT_EQ(guard, 7.f);
-    EXPECT_EQ(f.y1, before.y1);
-
-    // Count 1 continues the recursion from the state and writes one sample.
-    float one = 0.125f, y[2] = {0.f, 99.f};
-    f.OperateFilter(&one, y, 1);
-    const float want = before.b0 * one + before.b1 * before.x1 + before.b2 * before.x2 -
-                       before.a1 * before.y1 - before.a2 * before.y2;
-    EXPECT_EQ(y[0], want);
-    EXPECT_EQ(y[1], 99.f);
     EXPECT_EQ(std::vector<float>({f.x1, f.x2, f.y1, f.y2}),
-              std::vector<float>({one, before.x1, want, before.y1}));
+              std::vector<float>({before.x1, before.x2, before.y1, before.y2}));
 
     // A NaN sample makes the state bad; Reset makes it usable again.
     std::vector<float> noise = Noise(64, 1.f), o(64);
