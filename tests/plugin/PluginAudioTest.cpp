@@ -10,7 +10,6 @@
 
 namespace
 {
-using namespace testsignal;
 constexpr float kRate = 44100.f;
 
 // Normalised values of display settings (gains: 6 dB per doubling).

@@ -62,11 +62,6 @@ bool Vocal::InBurst(double t)
     return std::fmod(t, 0.4) < 0.08;
 }
 
-bool Vocal::VoiceOnly(double t)
-{
-    return std::fmod(t, 0.4) >= 0.2;
-}
-
 std::vector<bool> Vocal::Mask(bool (*pick)(double)) const
 {
     std::vector<bool> m(left.size());
@@ -84,46 +79,4 @@ std::vector<float> Vocal::Interleaved(int channels) const
     return s;
 }
 
-double Biquad::Run(double x)
-{
-    const double y = b0 * x + b1 * x1 + b2 * x2 - a1 * y1 - a2 * y2;
-    x2 = x1;
-    x1 = x;
-    y2 = y1;
-    y1 = y;
-    return y;
-}
-
-Biquad Butterworth(double cutoff, double rate, bool lowPass)
-{
-    const double w = 2 * kPi * cutoff / rate, k = 2 * std::sqrt(2.0) * w, d = k + 4 + w * w;
-    Biquad f{};
-    f.a1 = -(8 - 2 * w * w) / d;
-    f.a2 = (4 - k + w * w) / d;
-    if (lowPass)
-        f.b0 = w * w / d, f.b1 = 2 * w * w / d, f.b2 = w * w / d;
-    else
-        f.b0 = 4 / d, f.b1 = -8 / d, f.b2 = 4 / d;
-    return f;
-}
-
-std::vector<double> Band(const std::vector<float>& x, double lo, double hi, double rate)
-{
-    Biquad a = lo > 0 ? Butterworth(lo, rate, false) : Butterworth(hi, rate, true);
-    Biquad b = Butterworth(hi, rate, true);
-    std::vector<double> y(x.size());
-    for (size_t i = 0; i < x.size(); ++i)
-        y[i] = b.Run(a.Run(x[i]));
-    return y;
-}
-
-double RmsDb(const std::vector<double>& x, const std::vector<bool>& mask)
-{
-    double sum = 0;
-    size_t count = 0;
-    for (size_t i = 0; i < x.size(); ++i)
-        if (mask[i])
-            sum += x[i] * x[i], ++count;
-    return 10 * std::log10(sum / (double)(count ? count : 1) + 1e-30);
-}
 } // namespace testsignal

@@ -1,6 +1,5 @@
-// The test-signal kit: deterministic noise and sines, the vocal-like signal
-// with sibilant bursts that tests and benchmarks run through the effect, and
-// reference filters in double precision to measure bands of the result.
+// The test-signal kit: deterministic noise and sines, and the vocal-like
+// signal with sibilant bursts that tests and benchmarks run through the effect.
 #pragma once
 
 #include <cstdint>
@@ -23,8 +22,6 @@ struct Vocal
     explicit Vocal(int frames, double rate = 44100.0);
 
     static bool InBurst(double seconds);
-    // The voice alone, at least 120 ms after a burst ended.
-    static bool VoiceOnly(double seconds);
     // Samples where `pick(time)` holds.
     std::vector<bool> Mask(bool (*pick)(double)) const;
     // `channels` interleaved: left, right, then left at 1 - 0.25 c.
@@ -33,21 +30,4 @@ struct Vocal
     double rate;
     std::vector<float> left, right;
 };
-
-// Second-order section in double, direct form I.
-struct Biquad
-{
-    double b0, b1, b2, a1, a2, x1 = 0, x2 = 0, y1 = 0, y2 = 0;
-    double Run(double x);
-};
-
-// Butterworth by the bilinear transform without pre-warping.
-Biquad Butterworth(double cutoff, double rate, bool lowPass);
-
-// x through a high-pass at `lo` then a low-pass at `hi` (two low-passes at
-// `hi` when lo is 0).
-std::vector<double> Band(const std::vector<float>& x, double lo, double hi, double rate);
-
-// RMS level in dB of the samples where mask holds.
-double RmsDb(const std::vector<double>& x, const std::vector<bool>& mask);
 } // namespace testsignal
