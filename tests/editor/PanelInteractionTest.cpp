@@ -134,26 +134,6 @@ TEST_F(PanelTest, TypedValuesAreNudgedAndClampedBeforeReachingTheParameter)
     EXPECT_FLOAT_EQ(effect->getParameter(kParamOutput), Panel()->Fader(105).GetValue());
 }
 
-TEST_F(PanelTest, KeyboardEntryCommitsOnReturnAndAbandonsOnEscape)
-{
-    const float ratio = effect->GetInternalValue(kParamRatio);
-    OpenDisplay(kParamRatio);
-    CHeadless::Type("9");
-    CHeadless::Key(VK_ESCAPE_KEY);
-    Pump();
-    EXPECT_FALSE(Panel()->EntryField().IsWindowVisible());
-    EXPECT_EQ(ratio, effect->GetInternalValue(kParamRatio));
-
-    OpenDisplay(kParamRelease);
-    for (int i = 0; i < 8; ++i)
-        CHeadless::Char(8); // backspace the shown value away
-    CHeadless::Type("1.23");
-    CHeadless::Key(VK_RETURN_KEY);
-    Pump();
-    EXPECT_FLOAT_EQ(1.2305f, effect->GetInternalValue(kParamRelease));
-    EXPECT_FALSE(Panel()->EntryField().IsWindowVisible());
-}
-
 TEST_F(PanelTest, SecondDisplayPressDiscardsTheFirstEntryAndStrayReturnsOnlyRepaint)
 {
     const float threshold = effect->GetInternalValue(kParamThreshold);
