@@ -137,22 +137,6 @@ TEST_F(SaveDialogTest, OpensAtTheCurrentProgram)
     EXPECT_EQ(m_Effect->getProgram(), 5); // the dialog changes nothing
 }
 
-TEST_F(SaveDialogTest, LongAsciiNameKeepsTwentyThreeBytes)
-{
-    CPresetSaveDlg dlg(&m_Panel, m_Effect);
-    const char* typed = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123"; // 30 characters
-    INT_PTR result = Run(dlg,
-                         [&](CPresetSaveDlg& d)
-                         {
-                             TypeName(d, typed);
-                             EXPECT_EQ(ItemText(d, IDC_PRESETNAME), typed);
-                             Press(d, IDOK);
-                         });
-    EXPECT_EQ(result, IDOK);
-    EXPECT_EQ(dlg.m_nSelect, 5);
-    EXPECT_EQ(std::string(dlg.m_strName.GetString()), std::string(typed, 23));
-}
-
 TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
 {
     ASSERT_EQ(Sjis(kTwelveKanji).size(), 24u);
