@@ -111,29 +111,6 @@ TEST(LPF, TransformMatchesReferenceInAnyChunksWithoutAllocating)
     }
 }
 
-TEST(LPF, OutputLevelActsTwiceAndButterworthShape)
-{
-    const double rate = 44100.0;
-    auto gainDb = [&](CVRXLPF& p, double freq)
-    {
-        return MeasureGainDb(
-            [&](const float* in, float* out, int n)
-            {
-                std::vector<float> l(in, in + n), r(in, in + n), outR((size_t)n);
-                float* ins[2] = {l.data(), r.data()};
-                float* outs[2] = {out, outR.data()};
-                int c = 0;
-                p.Transform(ins, n, outs, &c);
-            },
-            freq, rate);
-    };
-    Lpf lp(true, 5000), quiet(true, 5000), hp(false);
-    EXPECT_NEAR(gainDb(lp, rate / kPi * std::atan(kPi * 5000.0 / rate)), -3.0103, 0.05);
-    quiet.set_OutputLevel(-393216); // -6 dB, applied twice
-    EXPECT_NEAR(gainDb(quiet, 200.0), -12.0, 0.05);
-    EXPECT_NEAR(gainDb(hp, 1000.0), 0.0, 0.01); // default 20 Hz high-pass
-}
-
 TEST(LPF, MeteringInactiveAndOverLevel)
 {
     Lpf p(true);
