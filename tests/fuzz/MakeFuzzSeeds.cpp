@@ -3,6 +3,7 @@
 #include "ADeEsserProgram.h"
 #include "BankFile.h"
 #include "ParamTable.h"
+#include "TestFiles.h"
 
 #include <cstdio>
 #include <cstring>
@@ -15,11 +16,6 @@ static void Seed(const std::string& dir, const std::string& name, const std::str
     std::filesystem::create_directories(dir);
     std::ofstream(dir + "/" + name, std::ios::binary)
         .write(bytes.data(), (std::streamsize)bytes.size());
-}
-
-static std::string BE32(unsigned v)
-{
-    return std::string{(char)(v >> 24), (char)(v >> 16), (char)(v >> 8), (char)v};
 }
 
 int main(int argc, char** argv)
@@ -46,12 +42,10 @@ int main(int argc, char** argv)
     Seed(root + "/setchunk", "short", std::string(1, '\x02') + image.substr(0, 30));
 
     // Bank files: a real one, a truncated one, a foreign one, no chunk.
-    const std::string header = std::string("CcnK") + BE32(0) + "FBCh" + BE32(1) + "IDeE" + BE32(1) +
-                               BE32(32) + std::string(128, '\0');
-    Seed(root + "/bankfile", "good", header + BE32(2304) + image);
-    Seed(root + "/bankfile", "truncated", header + BE32(2304) + image.substr(0, 500));
-    Seed(root + "/bankfile", "huge", header + BE32(0xFFFFFFF0u) + image.substr(0, 80));
-    Seed(root + "/bankfile", "fxbk", std::string("CcnK") + BE32(0) + "FxBk" + image);
+    Seed(root + "/bankfile", "good", BankFileBytes(image));
+    Seed(root + "/bankfile", "truncated", BankFileBytes(image).substr(0, 160 + 500));
+    Seed(root + "/bankfile", "huge", BankFileBytes(image.substr(0, 80), 0x49446545u, 0xFFFFFFF0u));
+    Seed(root + "/bankfile", "fxbk", BankFileBytes(image, 0x49446545u, 2304, "FxBk"));
 
     // Legacy: list \x01 A.PGM \x01 B.PGM.
     Seed(root + "/legacy", "two",
