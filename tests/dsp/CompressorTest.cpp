@@ -85,18 +85,10 @@ void RunBlocks(CVRXComp& c, Signal& s, std::vector<float>& ol, std::vector<float
 }
 } // namespace
 
-TEST(Compressor, CoefficientsAndConstructionState)
+// (The envelope coefficients and the dB conversions are pinned by the
+// reference-matching tests below.)
+TEST(Compressor, ConstructionState)
 {
-    EnvelopeDetector d(5.0, 44100.0);
-    EXPECT_NEAR(d.getCoef(), 0.9968555462715044, 1e-16);
-    d.setTc(0.0);
-    EXPECT_EQ(d.getCoef(), 0.0); // jumps to the target
-    d.setTc(10.0);
-    d.setSampleRate(96000.0);
-    EXPECT_EQ(d.getCoef(), Coef(10.0, 96000.0));
-    EXPECT_NEAR(lin2dB(10.0), 20.0, 1e-12);
-    EXPECT_NEAR(dB2lin(-20.0), 0.1, 1e-15);
-
     CompProbe c; // attack 0, release 10 ms at 44.1 kHz, silent envelope
     EXPECT_EQ(c.ReleaseCoef(), Coef(10.0, 44100.0));
     EXPECT_EQ(c.Envelope(), 1e-25);
