@@ -51,6 +51,8 @@ pid_t StartUser(const std::function<int(Display*)>& actions)
     const pid_t pid = fork();
     if (pid == 0)
     {
+        // Windows may go while the user looks at them: errors are no failure.
+        XSetErrorHandler([](Display*, XErrorEvent*) { return 0; });
         Display* d = XOpenDisplay(nullptr);
         const int result = d ? actions(d) : 255;
         if (d)
@@ -173,6 +175,20 @@ protected:
         do
             XNextEvent(display, &ev);
         while (ev.type != MapNotify);
+    }
+
+    // A window of the host's that holds the keyboard focus and forwards no
+    // keys (key presses there count in hostKeyPresses).
+    Window MakeHostFocusWindow()
+    {
+        const Window w =
+            XCreateSimpleWindow(display, DefaultRootWindow(display), 600, 600, 20, 20, 0, 0, 0);
+        XSelectInput(display, w, KeyPressMask | StructureNotifyMask);
+        XMapWindow(display, w);
+        XSync(display, False);
+        XSetInputFocus(display, w, RevertToPointerRoot, CurrentTime);
+        XSync(display, False);
+        return w;
     }
 
     bool OpenEditor()
@@ -452,11 +468,7 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     if (!HasXTest())
         GTEST_SKIP() << "no XTest extension";
     MakeHostWindow();
-    Window hostFocus =
-        XCreateSimpleWindow(display, DefaultRootWindow(display), 600, 600, 20, 20, 0, 0, 0);
-    XSelectInput(display, hostFocus, KeyPressMask | StructureNotifyMask);
-    XMapWindow(display, hostFocus);
-    XSync(display, False);
+    const Window hostFocus = MakeHostFocusWindow();
     auto idleUntilHostFocus = [&] { IdleUntil([&] { return Focus() == hostFocus; }); };
     auto openThresholdField = [&]
     {
@@ -564,11 +576,15 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
     EXPECT_FLOAT_EQ(0.3125f, effect->getParameter(effect, 3));
 }
 
-TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
+// The same host that forwards no keys: the save dialog holds the keyboard
+// while it is open (the name typed into it is stored), and the focus is the
+// host's again once the dialog, and then the COPY menu, have closed.
+TEST_F(X11Editor, SaveDialogAndCopyMenuTakeTheKeyboardAndGiveItBack)
 {
     if (!HasXTest())
         GTEST_SKIP() << "no XTest extension";
     MakeHostWindow();
+    const Window hostFocus = MakeHostFocusWindow();
     ASSERT_TRUE(OpenEditor());
     Idle(5);
     effect->setParameter(effect, 3, 0.625f);
@@ -576,27 +592,40 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
     // The dialog runs a modal loop inside the idle call that delivers the
     // click on SAVE; the "user" types from a second connection meanwhile.
     const pid_t user = StartUser(
-        [host = hostWindow](Display* d)
+        [host = hostWindow, hostFocus](Display* d)
         {
-            // Into the name field (under the slot list) once it is there: a
-            // window in a top-level window not the host's (at most 10 s).
+            // Into the name field (under the slot list) once it is there, in
+            // a top-level window not the host's, and the dialog has the
+            // keyboard (at most 10 s); else the dialog is closed unused.
             const Window root = DefaultRootWindow(d);
-            auto fieldShown = [&]
+            Window top = None;
+            auto ready = [&]
             {
-                Window top = None, field = None;
-                int x, y;
+                Window field = None, focus = None;
+                int x, y, revert;
+                XGetInputFocus(d, &focus, &revert);
                 return XTranslateCoordinates(d, root, root, 230, 120, &x, &y, &top) &&
                        top != None && top != host &&
                        XTranslateCoordinates(d, root, top, 230, 120, &x, &y, &field) &&
-                       field != None;
+                       field != None && focus != hostFocus;
             };
-            for (int look = 0; look < 500 && !fieldShown(); ++look)
+            for (int look = 0; look < 500 && !ready(); ++look)
                 usleep(20 * 1000);
+            if (!ready())
+            {
+                XEvent close{};
+                close.xclient.type = ClientMessage;
+                close.xclient.window = top;
+                close.xclient.message_type = XInternAtom(d, "WM_PROTOCOLS", False);
+                close.xclient.format = 32;
+                close.xclient.data.l[0] = (long)XInternAtom(d, "WM_DELETE_WINDOW", False);
+                XSendEvent(d, top, False, NoEventMask, &close);
+                XSync(d, False);
+                return 1;
+            }
             XTestFakeMotionEvent(d, -1, 230, 120, 0);
             XTestFakeButtonEvent(d, 1, True, 0);
             XTestFakeButtonEvent(d, 1, False, 0);
-            XSync(d, False);
-            usleep(50 * 1000);
             const KeyCode shift = XKeysymToKeycode(d, XK_Shift_L);
             for (KeySym sym : {XK_V, XK_o, XK_x, XK_Return})
             {
@@ -607,19 +636,52 @@ TEST_F(X11Editor, SaveDialogStoresTheProgramUnderATypedName)
                 XTestFakeKeyEvent(d, code, False, 0);
                 if (sym == XK_V)
                     XTestFakeKeyEvent(d, shift, False, 0);
-                XSync(d, False);
-                usleep(50 * 1000);
             }
+            XSync(d, False);
             return 0;
         });
     ClickAt(216, 18);
-    EXPECT_EQ(0, IdleUntilUserDone(user));
-    Idle(5);
-
+    EXPECT_EQ(0, IdleUntilUserDone(user)) << "the dialog did not take the keyboard";
+    EXPECT_EQ(Focus(), hostFocus) << "after the dialog closed";
     char name[64] = {0};
     Dispatch(effGetProgramNameIndexed, 0, 0, name);
     EXPECT_NE(nullptr, std::strstr(name, "Vox")) << name;
     EXPECT_EQ(0, access((UseScratchSettings() / "DeEsserDef.fxb").c_str(), F_OK));
+
+    // The menu takes keys through its grab: Escape closes it once it is up
+    // (an override-redirect window on the root, at most 10 s).
+    const pid_t escape = StartUser(
+        [](Display* d)
+        {
+            auto menuShown = [d]
+            {
+                Window root, parent, *children = nullptr;
+                unsigned n = 0;
+                bool shown = false;
+                XQueryTree(d, DefaultRootWindow(d), &root, &parent, &children, &n);
+                for (unsigned i = 0; i < n && !shown; ++i)
+                {
+                    XWindowAttributes a;
+                    shown = XGetWindowAttributes(d, children[i], &a) && a.override_redirect &&
+                            a.map_state == IsViewable;
+                }
+                if (children)
+                    XFree(children);
+                return shown;
+            };
+            for (int look = 0; look < 500 && !menuShown(); ++look)
+                usleep(20 * 1000);
+            const KeyCode code = XKeysymToKeycode(d, XK_Escape);
+            XTestFakeKeyEvent(d, code, True, 0);
+            XTestFakeKeyEvent(d, code, False, 0);
+            XSync(d, False);
+            return 0;
+        });
+    ClickAt(70, 15);
+    EXPECT_EQ(0, IdleUntilUserDone(escape));
+    EXPECT_EQ(Focus(), hostFocus) << "after the menu closed";
+    EXPECT_EQ(hostKeyPresses, 0);
+    XDestroyWindow(display, hostFocus);
 }
 
 TEST_F(X11Editor, OpenCloseCyclesLeaveNoConnectionBehind)

@@ -187,6 +187,10 @@ INT_PTR CDialog::DoModal()
                 CRect(x, y, x + t->width, y + t->height), m_pParentWnd, 0))
         return -1;
     SetWindowText(t->caption ? t->caption : "");
+    // Hosts may forward no keys to a plug-in's windows: the dialog holds the
+    // keyboard while it is open (keys go to its focused control); destroying
+    // it gives the keyboard back.
+    HoldKeyboard(true);
     CWnd* oldFocus = CWnd::GetFocus();
     OnInitDialog();
     CreateTemplateControls();

@@ -253,11 +253,13 @@ void X11Window::SetFocus()
     XGuard guard;
     // Inside a host's view the keyboard stays with the host unless a window
     // holds it (HoldKeyboard): the toolkit routes keys to its own focus.
+    // Pop-ups take keys through their grab; focused, they would leave the
+    // focus on the root window when they close.
     HWND top = m_hWnd;
     while (top && top->parent)
         top = top->parent;
     XWindowAttributes a;
-    if ((!top || top->kind != AFX_KIND_HOST) &&
+    if (m_Kind != AFX_KIND_POPUP && (!top || top->kind != AFX_KIND_HOST) &&
         XGetWindowAttributes(m_pBackend->Dpy(), m_Window, &a) && a.map_state == IsViewable)
         XSetInputFocus(m_pBackend->Dpy(), m_Window, RevertToParent, CurrentTime);
     if (m_Ic)
