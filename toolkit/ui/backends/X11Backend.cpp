@@ -880,6 +880,12 @@ void X11Backend::Dispatch(XEvent& ev)
         if (w->m_Kind == AFX_KIND_HOST && ev.xconfigure.window == w->m_Window)
             AfxImpl::DeliverHostResize(wnd, CSize(ev.xconfigure.width, ev.xconfigure.height));
         break;
+    case MapNotify:
+        // A window manager maps a top-level window after it asked for the
+        // keyboard (the focus cannot go to an unmapped window): now it can.
+        if (w == m_pKeyboard && ev.xmap.window == w->m_Window)
+            XSetInputFocus(m_pDisplay, w->m_Window, RevertToParent, CurrentTime);
+        break;
     case MappingNotify:
         XRefreshKeyboardMapping(&ev.xmapping);
         break;
