@@ -11,7 +11,10 @@
 # X display (Xvfb, openbox, xdotool), types -15 into the Threshold display of
 # the plug-in's own editor, saves with Ctrl+S, and passes when the saved
 # session holds -15.0 dB: Ardour forwards no keys to the editor, so this shows
-# that the editor takes the keyboard itself.
+# that the editor takes the keyboard itself. Before saving, a program is saved
+# under a typed name from the SAVE button's dialog, by keyboard alone; passes
+# when the user bank holds the name and the plug-in's window has the keyboard
+# focus again once the dialog has closed.
 #
 #   bash scripts/check-ardour.sh [--gui]    # KEEP=1 keeps the scratch folder
 #   DEESSER_SO=other/DeEsser.so bash scripts/check-ardour.sh   # another build
@@ -63,10 +66,38 @@ for _, i in ipairs({3, 4, 7}) do
                         ARDOUR.LuaAPI.get_processor_param(plugin, i)))
 end'
 
+# The SAVE button's dialog in Ardour's window: Tab from the slot list to the
+# name field, the name typed over the old one, Return.
+saved=0
+save_program() { # x y of the panel
+    local focus bank=$XDG_CONFIG_HOME/DeEsserDef.fxb program="Sung take 3"
+    focus=$(xdotool getwindowfocus)
+    xdotool mousemove $(($1 + 216)) $(($2 + 18)) click 1
+    if ! find_window '/"Save Program"/ { print $NF; exit }' 20; then
+        echo "  FAIL: no save dialog after a click on SAVE"
+        return
+    fi
+    xdotool key Tab End && xdotool key --repeat 24 BackSpace
+    xdotool type --delay 50 "$program"
+    xdotool key Return
+    for _ in $(seq 1 20); do
+        grep -qs "$program" "$bank" && ! xwininfo -root -tree | grep -q '"Save Program"' && break
+        sleep 0.5
+    done
+    if ! grep -qs "$program" "$bank"; then
+        echo "  FAIL: after typing \"$program\" into the save dialog the user bank does not hold it"
+    elif [ "$(xdotool getwindowfocus)" != "$focus" ]; then
+        echo "  FAIL: the keyboard focus is not back in the plug-in's window after the save dialog"
+    else
+        echo "  saved from the plug-in's dialog by keyboard: the user bank holds \"$program\", the focus is back"
+        saved=1
+    fi
+}
+
 # The saved session in Ardour's window: -15 typed into the Threshold display of
-# the plug-in's own editor (the 460 x 210 window), then Ctrl+S.
+# the plug-in's own editor (the 460 x 210 window), a program saved, then Ctrl+S.
 gui_check() {
-    ardour_type_threshold '/ 460x210\+/ { print $NF; exit }' ardour-typed.png || return 1
+    ardour_type_threshold '/ 460x210\+/ { print $NF; exit }' ardour-typed.png save_program || return 1
     local value
     value=$(grep -o '<Controllable name="Threshold"[^>]*value="[^"]*"' "$session/$name.ardour" | sed 's/.*value="\([^"]*\)"/\1/')
     if awk -v v="$value" 'BEGIN { d = -100 + 100 * v; exit !(d > -15.05 && d <= -14.95) }'; then
@@ -75,6 +106,7 @@ gui_check() {
         echo "  FAIL: after typing -15 in Ardour's plug-in window the saved Threshold is '$value' (picture: $work/ardour-typed.png)"
         return 1
     fi
+    [ "$saved" = 1 ]
 }
 
 failed=0

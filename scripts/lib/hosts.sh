@@ -153,9 +153,10 @@ EOF
 # The saved session in Ardour's window on a virtual display with the plug-in's
 # own editor shown: -15 typed into its Threshold display, then Ctrl+S. The
 # panel (at its own size: the clicks are in its pixels) is the window the awk
-# program picks; its picture is kept as $work/picture. Returns 1 when the
-# editor does not open.
-ardour_type_threshold() { # awk-program picture
+# program picks; its picture is kept as $work/picture. A command given runs
+# with the panel's screen position before Ctrl+S. Returns 1 when the editor
+# does not open.
+ardour_type_threshold() { # awk-program picture [command]
     local config=$XDG_CONFIG_HOME/ardour7 file=$session/$name.ardour
     mkdir -p "$config"
     touch "$config/.a7" # no first-run wizard
@@ -199,6 +200,7 @@ XML
     xdotool key Return
     sleep 1
     import -window root -crop "460x210+$x+$y" "$work/$2" 2>/dev/null || true
+    [ -z "${3:-}" ] || "$3" "$x" "$y"
     local before
     before=$(stat -c %Y "$file")
     xdotool search --name "$name - Ardour" windowactivate --sync key ctrl+s >/dev/null 2>&1 || true
