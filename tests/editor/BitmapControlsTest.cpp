@@ -36,12 +36,17 @@ struct KnobRig
     }
     // A point at offset (dx, dy) from the knob's centre (17, 17).
     CPoint At(int dx, int dy) const { return CPoint(rect.left + 17 + dx, rect.top + 17 + dy); }
-    // Sets the value from a point, starting from `from` (away from the end stops).
+    // The value after a move to offset (dx, dy); Point starts from `from`
+    // (away from the end stops).
+    float Move(int dx, int dy)
+    {
+        knob.SetValue(At(dx, dy));
+        return knob.GetValue();
+    }
     float Point(int dx, int dy, float from = 0.5f)
     {
         knob.SetValue(from, nullptr, false);
-        knob.SetValue(At(dx, dy));
-        return knob.GetValue();
+        return Move(dx, dy);
     }
 };
 
@@ -97,25 +102,19 @@ TEST(Knob, MapsPointsToAnglesClockwiseFromDownWithDeadZoneAndEndStops)
     // At the minimum, moving across the bottom into the right half keeps the
     // minimum; at the maximum, the left half keeps the maximum.
     rig.Point(-2, 15);
-    rig.knob.SetValue(rig.At(3, 15));
-    EXPECT_FLOAT_EQ(0.f, rig.knob.GetValue());
-    rig.knob.SetValue(rig.At(10, -2));
-    EXPECT_FLOAT_EQ(0.f, rig.knob.GetValue());
-    rig.knob.SetValue(rig.At(-10, 0)); // the left half works again
-    EXPECT_NEAR(0.2, rig.knob.GetValue(), 1e-6);
+    EXPECT_FLOAT_EQ(0.f, rig.Move(3, 15));
+    EXPECT_FLOAT_EQ(0.f, rig.Move(10, -2));
+    EXPECT_NEAR(0.2, rig.Move(-10, 0), 1e-6); // the left half works again
     rig.knob.SetValue(rig.At(2, 15));
-    rig.knob.SetValue(rig.At(-3, 15));
-    EXPECT_FLOAT_EQ(1.f, rig.knob.GetValue());
-    rig.knob.SetValue(rig.At(0, 15));
-    EXPECT_FLOAT_EQ(1.f, rig.knob.GetValue());
+    EXPECT_FLOAT_EQ(1.f, rig.Move(-3, 15));
+    EXPECT_FLOAT_EQ(1.f, rig.Move(0, 15));
 
     // The centre and the guard point (dy = half width, dx > half height)
     // change nothing and call nobody.
     rig.knob.SetValue(0.5f, nullptr, false);
     rig.cb.calls.clear();
     rig.knob.SetValue(rig.At(0, 0));
-    rig.knob.SetValue(rig.At(18, 17));
-    EXPECT_FLOAT_EQ(0.5f, rig.knob.GetValue());
+    EXPECT_FLOAT_EQ(0.5f, rig.Move(18, 17));
     EXPECT_TRUE(rig.cb.calls.empty());
 }
 

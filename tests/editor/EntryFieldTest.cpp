@@ -26,10 +26,9 @@ public:
     LRESULT OnInputReturn(WPARAM, LPARAM)
     {
         received.push_back(WM_INPUTVAL_RETURN);
-        fieldVisibleAtReturn = field && field->IsWindowVisible();
+        fieldVisibleAtReturn = field->IsWindowVisible();
         CString text;
-        if (field)
-            field->GetText(text);
+        field->GetText(text);
         textAtReturn = text.GetString();
         return 0;
     }

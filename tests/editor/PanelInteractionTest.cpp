@@ -455,13 +455,11 @@ TEST(PanelAtScale2, InputIsHalvedAndEveryWindowIsDrawnAtTwiceItsSize)
     // A drag on the Threshold knob, 10 panel pixels left of its centre: 0.2
     // (from the middle: a knob resting at an end keeps to it).
     effect.setParameter(kParamThreshold, 0.5f);
-    CHeadless::MouseDown(panel, device(279 - 10, 83));
-    CHeadless::MouseUp(panel, device(279 - 10, 83));
+    CHeadless::Click(panel, device(279 - 10, 83));
     EXPECT_NEAR(0.2f, effect.getParameter(kParamThreshold), 1e-4);
 
     // The threshold display opens the entry field over it; typing works.
-    CHeadless::MouseDown(panel, device(279, 112));
-    CHeadless::MouseUp(panel, device(279, 112));
+    CHeadless::Click(panel, device(279, 112));
     CVRXFloatEditWnd& field = panel->EntryField();
     ASSERT_TRUE(field.IsWindowVisible());
     CRect at;
@@ -483,10 +481,8 @@ TEST(PanelAtScale2, InputIsHalvedAndEveryWindowIsDrawnAtTwiceItsSize)
             EXPECT_TRUE(drawnAtTwice(modal));
             modal->SendMessage(WM_CLOSE);
         });
-    CHeadless::MouseDown(panel, device(70, 15)); // COPY
-    CHeadless::MouseUp(panel, device(70, 15));
-    CHeadless::MouseDown(panel, device(216, 18)); // SAVE
-    CHeadless::MouseUp(panel, device(216, 18));
+    CHeadless::Click(panel, device(70, 15));  // COPY
+    CHeadless::Click(panel, device(216, 18)); // SAVE
     EXPECT_TRUE(static_cast<CDeEsserEditor*>(effect.getEditor())->ShowMessage("Saved."));
     EXPECT_EQ(3, modals);
     CHeadless::SetModalHook({});

@@ -42,29 +42,24 @@ protected:
         for (int i = 0; i < n; ++i)
             P()->idle();
     }
-    // Level strip i (0..3) shows rows from `litFrom` down lit, the rest unlit.
+    // The strip `image` at (x, y), w x h, shows its rows above `lit` from
+    // column litX and the rest from column unlitX (an empty block matches).
+    ::testing::AssertionResult StripShows(int x, int y, int image, int litX, int unlitX, int w,
+                                          int h, int lit)
+    {
+        const CVRXBitmap& strip = P()->Image(image);
+        auto r = PanelBlockMatches(P(), x, y, strip, litX, 0, w, lit);
+        return r ? PanelBlockMatches(P(), x, y + lit, strip, unlitX, lit, w, h - lit) : r;
+    }
+    // Level strip i (0..3) lit from row `litFrom` down; reduction lit rows.
     ::testing::AssertionResult VUShows(int i, int litFrom)
     {
         const int xs[4] = {29, 38, 422, 431};
-        const CVRXBitmap& strip = P()->Image(5011);
-        if (litFrom > 0)
-        {
-            auto r = PanelBlockMatches(P(), xs[i], 45, strip, 0, 0, 7, litFrom);
-            if (!r)
-                return r;
-        }
-        return PanelBlockMatches(P(), xs[i], 45 + litFrom, strip, 7, litFrom, 7, 134 - litFrom);
+        return StripShows(xs[i], 45, 5011, 0, 7, 7, 134, litFrom);
     }
-    ::testing::AssertionResult ReductionShows(int litRows)
+    ::testing::AssertionResult ReductionShows(int lit)
     {
-        const CVRXBitmap& strip = P()->Image(5012);
-        if (litRows > 0)
-        {
-            auto r = PanelBlockMatches(P(), 198, 55, strip, 8, 0, 8, litRows);
-            if (!r)
-                return r;
-        }
-        return PanelBlockMatches(P(), 198, 55 + litRows, strip, 0, litRows, 8, 120 - litRows);
+        return StripShows(198, 55, 5012, 8, 0, 8, 120, lit);
     }
     int phase = 0;
 };

@@ -43,6 +43,14 @@ int OpenFdCount()
     return n;
 }
 
+// A left click at root coordinates (x, y) through XTest on connection d.
+void FakeClick(Display* d, int x, int y)
+{
+    XTestFakeMotionEvent(d, -1, x, y, 0);
+    XTestFakeButtonEvent(d, 1, True, 0);
+    XTestFakeButtonEvent(d, 1, False, 0);
+}
+
 // Runs `actions` in a child process with its own connection, as a user acts
 // while the plug-in sits in a modal loop inside an idle call. The child's
 // exit status is what `actions` returned (0-255).
@@ -127,14 +135,15 @@ protected:
         int eventBase, errorBase, major, minor;
         return XTestQueryExtension(display, &eventBase, &errorBase, &major, &minor);
     }
+#define REQUIRE_XTEST()                                                                            \
+    if (!HasXTest())                                                                               \
+    GTEST_SKIP() << "no XTest extension"
 
     // A left click at root coordinates (x, y), through XTest; once this
     // returns the server has queued the events for the editor.
     void ClickAt(int x, int y)
     {
-        XTestFakeMotionEvent(display, -1, x, y, 0);
-        XTestFakeButtonEvent(display, 1, True, 0);
-        XTestFakeButtonEvent(display, 1, False, 0);
+        FakeClick(display, x, y);
         XSync(display, False);
     }
 
@@ -367,8 +376,7 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
 
 TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
 {
-    if (!HasXTest())
-        GTEST_SKIP() << "no XTest extension";
+    REQUIRE_XTEST();
     MakeHostWindow();
     ASSERT_TRUE(OpenEditor());
     Idle(10);
@@ -396,8 +404,7 @@ TEST_F(X11Editor, XTestDragOnTheThresholdKnobChangesParameter3)
 // knob exactly as at 1x (the panel sees the pointer divided by the scale).
 TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
 {
-    if (!HasXTest())
-        GTEST_SKIP() << "no XTest extension";
+    REQUIRE_XTEST();
     const struct
     {
         const char* environment; // DEESSER_UI_SCALE
@@ -465,8 +472,7 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
 // closes by Return, Escape, a click elsewhere, or the editor closing.
 TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
 {
-    if (!HasXTest())
-        GTEST_SKIP() << "no XTest extension";
+    REQUIRE_XTEST();
     MakeHostWindow();
     const Window hostFocus = MakeHostFocusWindow();
     auto idleUntilHostFocus = [&] { IdleUntil([&] { return Focus() == hostFocus; }); };
@@ -523,8 +529,7 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
 
 TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
 {
-    if (!HasXTest())
-        GTEST_SKIP() << "no XTest extension";
+    REQUIRE_XTEST();
     Dispatch(effSetProgram, 0, 5);
     effect->setParameter(effect, 3, 0.3125f);
     Dispatch(effSetProgram, 0, 0);
@@ -564,9 +569,7 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
             }
             const int rowHeight = (bottom - 13 - 4) / 32;
             const int y = rowHeight > 0 ? 13 + 2 + 5 * rowHeight + rowHeight / 2 : 400;
-            XTestFakeMotionEvent(d, -1, 120, y, 0);
-            XTestFakeButtonEvent(d, 1, True, 0);
-            XTestFakeButtonEvent(d, 1, False, 0);
+            FakeClick(d, 120, y);
             XSync(d, False);
             return rowHeight;
         });
@@ -584,8 +587,7 @@ TEST_F(X11Editor, CopyMenuPopsUpAndCopiesTheChosenProgram)
 // host's again once it has closed.
 TEST_F(X11Editor, SaveDialogHoldsTheKeyboardWhileOpen)
 {
-    if (!HasXTest())
-        GTEST_SKIP() << "no XTest extension";
+    REQUIRE_XTEST();
     MakeHostWindow();
     const Window hostFocus = MakeHostFocusWindow();
     ASSERT_TRUE(OpenEditor());
@@ -626,9 +628,7 @@ TEST_F(X11Editor, SaveDialogHoldsTheKeyboardWhileOpen)
                 XSync(d, False);
                 return 1;
             }
-            XTestFakeMotionEvent(d, -1, 230, 120, 0);
-            XTestFakeButtonEvent(d, 1, True, 0);
-            XTestFakeButtonEvent(d, 1, False, 0);
+            FakeClick(d, 230, 120);
             const KeyCode shift = XKeysymToKeycode(d, XK_Shift_L);
             for (KeySym sym : {XK_V, XK_o, XK_x, XK_Return})
             {
