@@ -8,6 +8,7 @@
 #include <cairo.h>
 
 #include <cmath>
+#include <tuple>
 
 #include "CInDeEsser.h"
 #include "EditorScale.h"
@@ -52,10 +53,7 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelOfTheBackgroundsSizeAndCloseRemovesIt)
     ERect* rect = nullptr;
     EXPECT_EQ(1, effect->dispatcher(effEditGetRect, 0, 0, &rect, 0.f));
     ASSERT_NE(nullptr, rect);
-    EXPECT_EQ(0, rect->top);
-    EXPECT_EQ(0, rect->left);
-    EXPECT_EQ(210, rect->bottom);
-    EXPECT_EQ(460, rect->right);
+    EXPECT_EQ(CRect(0, 0, 460, 210), CRect(rect->left, rect->top, rect->right, rect->bottom));
 
     // Idle and draw before open do nothing.
     effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
@@ -247,9 +245,8 @@ TEST(EditorBridge, HostScaleSizesTheEditorAndResizesItWhileOpen)
     effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 3.f);
     EXPECT_EQ(CSize(1380, 630), rect());
     ASSERT_EQ(1u, HostCalls().size());
-    EXPECT_EQ(audioMasterSizeWindow, HostCalls()[0].opcode);
-    EXPECT_EQ(1380, HostCalls()[0].index);
-    EXPECT_EQ(630, HostCalls()[0].value);
+    EXPECT_EQ(std::make_tuple((VstInt32)audioMasterSizeWindow, 1380, (VstIntPtr)630),
+              std::make_tuple(HostCalls()[0].opcode, HostCalls()[0].index, HostCalls()[0].value));
     back.Attach(CHeadless::Snapshot(panel));
     EXPECT_EQ(1380, cairo_image_surface_get_width(back.GetHandle()));
     // The images drawn for the scale, not enlarged.

@@ -52,8 +52,6 @@ protected:
     CUIWindow* Panel() const;
     // Runs the toolkit's event pump (posted messages, timers, paints).
     void Pump() const { CHeadless::Pump(); }
-    // Sends a full paint to the panel and returns its back buffer pixel.
-    COLORREF PanelPixel(int x, int y) const { return CHeadless::GetPixel((CWnd*)Panel(), x, y); }
     void PaintNow() const { Panel()->SendMessage(WM_PAINT); }
 
     std::unique_ptr<ADeEsser> effect;

@@ -22,6 +22,10 @@ CPoint Centre(const CRect& r)
     return CPoint(r.left + r.Width() / 2, r.top + r.Height() / 2);
 }
 
+// Every knob: id, parameter, top-left corner.
+const int kKnobs[][4] = {{100, kParamThreshold, 262, 66}, {101, kParamAttack, 262, 141},
+                         {102, kParamRelease, 333, 66},   {103, kParamRatio, 333, 141},
+                         {108, kParamLowFreq, 99, 54},    {109, kParamHiFreq, 99, 139}};
 const int kDisplayedParams[] = {kParamThreshold, kParamAttack, kParamRelease, kParamRatio,
                                 kParamInput,     kParamOutput, kParamLowFreq, kParamHiFreq};
 
@@ -39,7 +43,6 @@ protected:
         Panel()->EntryField().SendMessage(WM_INPUTVAL_RETURN);
     }
     void OpenDisplay(int param) { Click(Centre(CUIWindow::DisplayRect(param))); }
-    CUIWindow* Panel() const { return EditorFixture::Panel(); }
 };
 } // namespace
 
@@ -81,8 +84,8 @@ TEST_F(PanelTest, PressOnEachDisplayOpensTheEntryAtItsValueAndRange)
         CRect wr, pr;
         field.GetWindowRect(&wr);
         Panel()->GetWindowRect(&pr);
-        EXPECT_EQ(rect.left + 1, wr.left - pr.left) << param;
-        EXPECT_EQ(rect.top, wr.top - pr.top) << param;
+        EXPECT_EQ(CPoint(rect.left + 1, rect.top), CPoint(wr.left - pr.left, wr.top - pr.top))
+            << param;
     }
     // A press anywhere else closes the field unused.
     Click(CPoint(240, 30));
@@ -152,7 +155,7 @@ TEST_F(PanelTest, SecondDisplayPressDiscardsTheFirstEntryAndStrayReturnsOnlyRepa
         dc.FillSolidRect(0, 0, 10, 10, RGB(255, 0, 255));
     }
     Panel()->SendMessage(WM_INPUTVAL_RETURN);
-    EXPECT_EQ(ImagePixel(Editor()->GetBackground(), 5, 5), PanelPixel(5, 5)); // repainted
+    EXPECT_EQ(ImagePixel(Editor()->GetBackground(), 5, 5), CHeadless::GetPixel(Panel(), 5, 5));
     EXPECT_TRUE(HostCalls().empty());
     EXPECT_EQ(threshold, effect->GetInternalValue(kParamThreshold));
 }
@@ -182,13 +185,8 @@ TEST_F(PanelTest, KnobDragFollowsThePointerAndTellsTheHost)
     CHeadless::MouseMove(Panel(), CPoint(c.x - 10, c.y));
     EXPECT_NEAR(0.8f, effect->getParameter(kParamThreshold), 1e-6);
 
-    // Every knob drives its own parameter: id, parameter, top-left corner.
-    const int knobs[][4] = {{101, kParamAttack, 262, 141},
-                            {102, kParamRelease, 333, 66},
-                            {103, kParamRatio, 333, 141},
-                            {108, kParamLowFreq, 99, 54},
-                            {109, kParamHiFreq, 99, 139}};
-    for (auto& k : knobs)
+    // Every knob drives its own parameter.
+    for (auto& k : kKnobs)
     {
         effect->setParameter(k[1], 0.5f);
         Click(CPoint(k[2] + 17 + 10, k[3] + 17));
@@ -276,12 +274,10 @@ TEST_F(PanelTest, ShiftAndControlOnPowerResetToFactory)
 
 TEST_F(PanelTest, HostChangesMoveTheControls)
 {
-    const int knobs[][2] = {{kParamThreshold, 100}, {kParamAttack, 101},  {kParamRelease, 102},
-                            {kParamRatio, 103},     {kParamLowFreq, 108}, {kParamHiFreq, 109}};
-    for (auto& k : knobs)
+    for (auto& k : kKnobs)
     {
-        effect->setParameter(k[0], 0.375f);
-        EXPECT_FLOAT_EQ(0.375f, Panel()->Knob(k[1]).GetValue()) << k[0];
+        effect->setParameter(k[1], 0.375f);
+        EXPECT_FLOAT_EQ(0.375f, Panel()->Knob(k[0]).GetValue()) << k[1];
     }
     effect->setParameter(kParamThreshold, 0.25f); // drawn at once: frame 15
     EXPECT_TRUE(PanelBlockMatches(Panel(), 262, 66, Panel()->Image(5001), 0, 15 * 34, 34, 34));

@@ -115,25 +115,24 @@ protected:
 TEST_F(SaveDialogTest, OpensAtTheCurrentProgram)
 {
     CPresetSaveDlg dlg(&m_Panel, m_Effect);
-    INT_PTR result =
-        Run(dlg,
-            [](CPresetSaveDlg& d)
-            {
-                ASSERT_EQ(d.m_PGMCombo.GetCount(), 32);
-                EXPECT_EQ(d.m_PGMCombo.GetCurSel(), 5);
-                CString line;
-                d.m_PGMCombo.GetLBText(5, line);
-                EXPECT_STREQ(line, "6:Vocal S");
-                d.m_PGMCombo.GetLBText(9, line);
-                EXPECT_EQ(std::string(line.GetString()), std::string("10:") + kVocalUtf8);
-                d.m_PGMCombo.GetLBText(0, line);
-                EXPECT_EQ(std::string(line.GetString()).substr(0, 2), "1:");
-                d.m_PGMCombo.GetLBText(31, line);
-                EXPECT_EQ(std::string(line.GetString()).substr(0, 3), "32:");
-                EXPECT_EQ(ItemText(d, IDC_PRESETNAME), "Vocal S");
-                Press(d, IDCANCEL);
-            });
-    EXPECT_EQ(result, IDCANCEL);
+    EXPECT_EQ(IDCANCEL, Run(dlg,
+                            [](CPresetSaveDlg& d)
+                            {
+                                ASSERT_EQ(d.m_PGMCombo.GetCount(), 32);
+                                EXPECT_EQ(d.m_PGMCombo.GetCurSel(), 5);
+                                CString line;
+                                d.m_PGMCombo.GetLBText(5, line);
+                                EXPECT_STREQ(line, "6:Vocal S");
+                                d.m_PGMCombo.GetLBText(9, line);
+                                EXPECT_EQ(std::string(line.GetString()),
+                                          std::string("10:") + kVocalUtf8);
+                                d.m_PGMCombo.GetLBText(0, line);
+                                EXPECT_EQ(std::string(line.GetString()).substr(0, 2), "1:");
+                                d.m_PGMCombo.GetLBText(31, line);
+                                EXPECT_EQ(std::string(line.GetString()).substr(0, 3), "32:");
+                                EXPECT_EQ(ItemText(d, IDC_PRESETNAME), "Vocal S");
+                                Press(d, IDCANCEL);
+                            }));
     EXPECT_EQ(m_Effect->getProgram(), 5); // the dialog changes nothing
 }
 
@@ -141,13 +140,12 @@ TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
 {
     ASSERT_EQ(Sjis(kTwelveKanji).size(), 24u);
     CPresetSaveDlg dlg(&m_Panel, m_Effect);
-    INT_PTR result = Run(dlg,
-                         [](CPresetSaveDlg& d)
-                         {
-                             TypeName(d, kTwelveKanji);
-                             Press(d, IDOK);
-                         });
-    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(IDOK, Run(dlg,
+                        [](CPresetSaveDlg& d)
+                        {
+                            TypeName(d, kTwelveKanji);
+                            Press(d, IDOK);
+                        }));
     // Byte 22 is the lead byte of the twelfth character: eleven remain.
     EXPECT_EQ(std::string(dlg.m_strName.GetString()), Sjis(kTwelveKanji).substr(0, 22));
     CString back;
@@ -165,15 +163,14 @@ TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
 TEST_F(SaveDialogTest, ChoosingASlotReplacesTheTypedName)
 {
     CPresetSaveDlg dlg(&m_Panel, m_Effect);
-    INT_PTR result = Run(dlg,
-                         [](CPresetSaveDlg& d)
-                         {
-                             TypeName(d, "typed over");
-                             d.m_PGMCombo.SelectByUser(9);
-                             EXPECT_EQ(ItemText(d, IDC_PRESETNAME), kVocalUtf8);
-                             Press(d, IDOK);
-                         });
-    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(IDOK, Run(dlg,
+                        [](CPresetSaveDlg& d)
+                        {
+                            TypeName(d, "typed over");
+                            d.m_PGMCombo.SelectByUser(9);
+                            EXPECT_EQ(ItemText(d, IDC_PRESETNAME), kVocalUtf8);
+                            Press(d, IDOK);
+                        }));
     EXPECT_EQ(dlg.m_nSelect, 9);
     EXPECT_EQ(std::string(dlg.m_strName.GetString()), Sjis(kVocalUtf8));
 }
@@ -189,15 +186,14 @@ TEST_F(SaveDialogTest, NameFillingTheWholeFieldIsReadSafely)
     bank[0].bankCurProgram = 3;
     m_Effect->setChunk(bank, (VstInt32)sizeof(bank), false);
     CPresetSaveDlg dlg(&m_Panel, m_Effect);
-    INT_PTR result = Run(dlg,
-                         [](CPresetSaveDlg& d)
-                         {
-                             std::string shown = ItemText(d, IDC_PRESETNAME);
-                             EXPECT_LE(shown.size(), 24u);
-                             EXPECT_EQ(shown.find_first_not_of('N'), std::string::npos);
-                             Press(d, IDOK);
-                         });
-    EXPECT_EQ(result, IDOK);
+    EXPECT_EQ(IDOK, Run(dlg,
+                        [](CPresetSaveDlg& d)
+                        {
+                            std::string shown = ItemText(d, IDC_PRESETNAME);
+                            EXPECT_LE(shown.size(), 24u);
+                            EXPECT_EQ(shown.find_first_not_of('N'), std::string::npos);
+                            Press(d, IDOK);
+                        }));
     EXPECT_LE(dlg.m_strName.GetLength(), 23);
 }
 } // namespace

@@ -121,15 +121,6 @@ protected:
         return host->Dispatch(opcode, index, value, ptr, opt);
     }
 
-    // One block through the effect, as the host's audio thread would.
-    void Process(std::vector<float>& l, std::vector<float>& r)
-    {
-        std::vector<float> ol(l.size()), orr(r.size());
-        float* in[2] = {l.data(), r.data()};
-        float* out[2] = {ol.data(), orr.data()};
-        effect->processReplacing(effect, in, out, (VstInt32)l.size());
-    }
-
     bool HasXTest()
     {
         int eventBase, errorBase, major, minor;
@@ -319,14 +310,6 @@ protected:
         EXPECT_NEAR((296.565 - 30.0) / 300.0, threshold(), 1e-3);
     }
 
-    static uint32_t Pixel(cairo_surface_t* s, int x, int y)
-    {
-        const unsigned char* data = cairo_image_surface_get_data(s);
-        return *reinterpret_cast<const uint32_t*>(data + y * cairo_image_surface_get_stride(s) +
-                                                  x * 4) &
-               0xFFFFFF;
-    }
-
     Display* display = nullptr; // the host's own connection
     std::unique_ptr<HostHarness> host;
     AEffect* effect = nullptr;
@@ -344,8 +327,7 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
 {
     // The size is known before the editor was ever opened.
     MakeHostWindow();
-    EXPECT_EQ(460, width);
-    EXPECT_EQ(210, height);
+    EXPECT_EQ(std::make_pair(460, 210), std::make_pair(width, height));
     // The host's X error handler is its own again after every editor call.
     const XErrorHandler hostHandler = [](Display*, XErrorEvent*) { return 0; };
     XSetErrorHandler(hostHandler);
@@ -353,7 +335,9 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
     Idle(5);
     // A vowel-like tone with a sibilant 6 kHz component, the same every run:
     // the level meters and the reduction meter both move.
-    std::vector<float> l(256), r(256);
+    std::vector<float> l(256), r(256), ol(256), orr(256);
+    float* ins[2] = {l.data(), r.data()};
+    float* outs[2] = {ol.data(), orr.data()};
     for (int block = 0; block < 40; ++block)
     {
         for (int n = 0; n < 256; ++n)
@@ -363,7 +347,7 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
                 (float)(0.3 * std::sin(2 * M_PI * 220 * t) + 0.2 * std::sin(2 * M_PI * 6000 * t));
             r[n] = 0.8f * l[n];
         }
-        Process(l, r);
+        effect->processReplacing(effect, ins, outs, 256);
         Idle(1, 1);
     }
     EXPECT_EQ(hostHandler, XSetErrorHandler(nullptr));
@@ -435,9 +419,12 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
         if (!shot)
             return -1;
         int n = 0;
+        const unsigned char* data = cairo_image_surface_get_data(shot);
         for (int y = 0; y < height; ++y)
             for (int x = 0; x < width; ++x)
-                n += Pixel(shot, x, y) == 0xFF00FF;
+                n += (*reinterpret_cast<const uint32_t*>(
+                          data + y * cairo_image_surface_get_stride(shot) + x * 4) &
+                      0xFFFFFF) == 0xFF00FF;
         cairo_surface_destroy(shot);
         return n;
     };
@@ -454,8 +441,7 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
         XSync(display, False);
 
         MakeHostWindow();
-        EXPECT_EQ(c.width, width);
-        EXPECT_EQ(c.height, height);
+        EXPECT_EQ(std::make_pair(c.width, c.height), std::make_pair(width, height));
         ASSERT_TRUE(OpenEditor());
         IdleUntil([&] { return magenta() == 0; });
         EXPECT_EQ(0, magenta());
@@ -696,9 +682,7 @@ TEST_F(X11Editor, HostDestroyingItsWindowBeforeCloseIsSurvived)
 
 TEST(X11EditorNoDisplay, OpenWithoutAnXServerFailsCleanly)
 {
-    const char* saved = getenv("DISPLAY");
-    const std::string display = saved ? saved : "";
-    setenv("DISPLAY", ":9999", 1); // no server there
+    ScopedEnv noServer("DISPLAY", ":9999");
     UseScratchSettings();
     HostHarness host;
     AEffect* effect = host.Create();
@@ -707,12 +691,7 @@ TEST(X11EditorNoDisplay, OpenWithoutAnXServerFailsCleanly)
     ERect* rect = nullptr;
     EXPECT_EQ(1, effect->dispatcher(effect, effEditGetRect, 0, 0, &rect, 0.f));
     EXPECT_EQ(0, effect->dispatcher(effect, effEditOpen, 0, 0, (void*)(uintptr_t)0x400001, 0.f));
-    effect->dispatcher(effect, effEditIdle, 0, 0, nullptr, 0.f);
-    effect->dispatcher(effect, effEditDraw, 0, 0, nullptr, 0.f);
-    effect->dispatcher(effect, effEditClose, 0, 0, nullptr, 0.f);
+    for (VstInt32 opcode : {effEditIdle, effEditDraw, effEditClose})
+        effect->dispatcher(effect, opcode, 0, 0, nullptr, 0.f);
     host.Close();
-    if (saved)
-        setenv("DISPLAY", display.c_str(), 1);
-    else
-        unsetenv("DISPLAY");
 }
