@@ -150,14 +150,12 @@ TEST(HostRender, BadInputsAreClearErrors)
     }
 
     // Files that are not VST 2.4 plug-ins.
-    expectOneLineError(RunDeEsser({"render", good, dir / "o6.wav", "--plugin", FakePlugin(0)}),
-                       "no VSTPluginMain");
-    expectOneLineError(RunDeEsser({"render", good, dir / "o7.wav", "--plugin", FakePlugin(1)}),
-                       "returned null");
-    expectOneLineError(RunDeEsser({"render", good, dir / "o8.wav", "--plugin", FakePlugin(2)}),
-                       "bad magic");
-    expectOneLineError(RunDeEsser({"render", good, dir / "o9.wav", "--plugin", text}),
-                       "not a loadable plug-in");
+    const std::pair<std::string, const char*> plugins[] = {{FakePlugin(0), "no VSTPluginMain"},
+                                                           {FakePlugin(1), "returned null"},
+                                                           {FakePlugin(2), "bad magic"},
+                                                           {text, "not a loadable plug-in"}};
+    for (const auto& [plugin, needle] : plugins)
+        expectOneLineError(RunDeEsser({"render", good, dir / "o.wav", "--plugin", plugin}), needle);
     expectOneLineError(RunDeEsser({"info", "--plugin", dir / "nothing.so"}), "not found");
 
     // Parameters of a foreign plug-in: names without regard to case, values 0..1
@@ -237,13 +235,9 @@ TEST(HostRender, InterruptedRenderLeavesNoOutput)
 
         // Wait until the temporary output exists, i.e. the render is under way.
         bool started = false;
-        for (int i = 0; i < 500 && !started; ++i)
-        {
+        for (int i = 0; i < 500 && !started; ++i, usleep(10000))
             for (const std::string& name : Names(dir))
                 started = started || name.rfind(".out.wav.", 0) == 0;
-            if (!started)
-                usleep(10000);
-        }
         EXPECT_TRUE(started);
         usleep(50000);
         kill(pid, sig);

@@ -84,13 +84,24 @@ protected:
         return effect;
     }
     std::string UserFile() const { return config / "DeEsserDef.fxb"; }
+    // A bank file in the plug-in folder, which the host then names.
+    void PluginFolderBank(const std::string& chunk)
+    {
+        WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(chunk));
+        g_HostDirectory = m_SoPath.c_str();
+    }
+    std::unique_ptr<ADeEsser> OpenWithUserBank(int current)
+    {
+        WriteBytes(UserFile(), BankFileBytes(NamedBank(current)));
+        return OpenEffect();
+    }
 
     TempDir config, plugins, cwd;
     ADeEsserProgram defaults;
 
 private:
     ScopedEnv m_Config;
-    std::string m_OldCwd;
+    std::string m_OldCwd, m_SoPath = plugins / "DeEsser.so";
 };
 
 TEST_F(Persistence, ChunkRoundTrips)
@@ -232,11 +243,9 @@ TEST_F(Persistence, DamagedStateNeverAmplifies)
                 effect->setChunk(&bytes[0], (VstInt32)size, isPreset);
                 check(*effect, "chunk of " + std::to_string(size) + (isPreset ? " (program)" : ""));
             }
-    std::string soPath = plugins / "DeEsser.so";
     for (int seed = 0; seed < 12; ++seed)
     {
-        WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(randomBytes(kBankChunkSize)));
-        g_HostDirectory = soPath.c_str();
+        PluginFolderBank(randomBytes(kBankChunkSize));
         check(*OpenEffect(), "plug-in folder bank");
         WriteBytes(UserFile(), BankFileBytes(randomBytes(kBankChunkSize)));
         check(*OpenEffect(), "user bank");
@@ -284,9 +293,7 @@ TEST_F(Persistence, LoadOrderUserThenPluginFolderThenDefaults)
         EXPECT_STREQ(effect->GetPluginFolder(), module);
     }
     // Only the plug-in folder's file: it is the live bank and the factory bank.
-    WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(NamedBank(6)));
-    std::string soPath = plugins / "DeEsser.so";
-    g_HostDirectory = soPath.c_str();
+    PluginFolderBank(NamedBank(6));
     {
         auto effect = OpenEffect();
         EXPECT_EQ(std::string(effect->GetPluginFolder()), plugins.path() + "/");
@@ -316,9 +323,7 @@ TEST_F(Persistence, LoadOrderUserThenPluginFolderThenDefaults)
 
 TEST_F(Persistence, ForeignFilesAreHarmless)
 {
-    WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(NamedBank(6)));
-    std::string soPath = plugins / "DeEsser.so";
-    g_HostDirectory = soPath.c_str();
+    PluginFolderBank(NamedBank(6));
     WriteBytes(cwd / "DeEsserDef.fxb", BankFileBytes(NamedBank(3)));
     auto allDefaults = [this](ADeEsser& e)
     {
@@ -350,8 +355,7 @@ TEST_F(Persistence, ForeignFilesAreHarmless)
 
 TEST_F(Persistence, ChangedTestAndRevertAfterLoad)
 {
-    WriteBytes(UserFile(), BankFileBytes(NamedBank(3)));
-    auto effect = OpenEffect();
+    auto effect = OpenWithUserBank(3);
     ASSERT_EQ(effect->getProgram(), 3);
     EXPECT_FALSE(effect->IsProgramChanged());
     float loaded = effect->getParameter(kParamThreshold);
@@ -365,8 +369,7 @@ TEST_F(Persistence, ChangedTestAndRevertAfterLoad)
 
 TEST_F(Persistence, SaveToAnotherSlot)
 {
-    WriteBytes(UserFile(), BankFileBytes(NamedBank(2)));
-    auto effect = OpenEffect();
+    auto effect = OpenWithUserBank(2);
     ADeEsserProgram saved2 = effect->GetProgram(2);
     effect->setParameter(kParamRatio, 0.75f);
     EXPECT_TRUE(effect->IsProgramChanged());
@@ -398,9 +401,8 @@ TEST_F(Persistence, SaveToAnotherSlot)
 
 TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
 {
-    WriteBytes(UserFile(), BankFileBytes(NamedBank(0)));
+    auto effect = OpenWithUserBank(0);
     std::string previous = ReadBytes(UserFile());
-    auto effect = OpenEffect();
     FakeEditor* editor = FakeEditorOf(effect.get());
     ASSERT_NE(editor, nullptr);
     editor->open(nullptr);

@@ -230,10 +230,7 @@ TEST(BankFile, WrittenBytesExactly)
     EXPECT_EQ(bytes.substr(0, 160), header);
     EXPECT_EQ(bytes.substr(160), chunk);
     // Only the file itself is left in the folder: no temporary name remains.
-    int entries = 0;
-    for (auto& entry : std::filesystem::directory_iterator(dir.path()))
-        entries += entry.is_regular_file();
-    EXPECT_EQ(entries, 1);
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir.path()), {}), 1);
 
     std::vector<unsigned char> read;
     ASSERT_EQ(ReadBankFile(CFile::PathToFileURL(path.c_str()).c_str(), kID, 2304, &read),
