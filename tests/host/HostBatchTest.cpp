@@ -13,14 +13,6 @@
 
 namespace
 {
-size_t count(const std::string& text, const std::string& what)
-{
-    size_t n = 0;
-    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
-        ++n;
-    return n;
-}
-
 // RMS in dB of channel c of an interleaved signal over the frames where pick holds.
 double channelDb(const std::vector<float>& s, int channels, int c, const std::vector<bool>& pick)
 {
@@ -68,7 +60,7 @@ TEST(HostBatch, FailuresDoNotStopTheOthers)
                                            "2",         "--plugin",  FakePlugin(3)};
     RunResult r = RunDeEsser(base);
     EXPECT_EQ(r.status, 2);
-    EXPECT_EQ(count(r.out, ": done"), 3u) << r.out;
+    EXPECT_EQ(Count(r.out, ": done"), 3u) << r.out;
     EXPECT_NE(r.out.find("4 files: 3 done, 1 failed"), std::string::npos) << r.out;
     EXPECT_NE(r.err.find("bad.wav: unsupported or damaged"), std::string::npos) << r.err;
     std::vector<std::string> written;
@@ -82,7 +74,7 @@ TEST(HostBatch, FailuresDoNotStopTheOthers)
     json.insert(json.end(), {"--force", "--json", "--format", "flac"});
     json[4] = dir / "flac";
     r = RunDeEsser(json);
-    EXPECT_EQ(count(r.out, "\n{\"input\":"), 3u) << r.out; // four objects, one a line
+    EXPECT_EQ(Count(r.out, "\n{\"input\":"), 3u) << r.out; // four objects, one a line
     EXPECT_NE(r.out.find("bad.wav\",\"output\":\"" + (dir / "flac/bad.flac") + "\",\"error\":"),
               std::string::npos);
     EXPECT_EQ(r.out.rfind("{\"input\":", 0), 0u);
@@ -117,7 +109,7 @@ TEST(HostStreams, StandardInputAndOutput)
     // Standard output redirected to a file, standard input from one.
     r = RunShell("\"$DEESSER\" render - -" + plugin + " < " + in + " > " + (dir / "direct.wav"));
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(ReadSound(dir / "direct.wav", &info).size(), 88200u);
+    EXPECT_EQ(ReadSound(dir / "direct.wav").size(), 88200u);
 }
 
 // Five channels through the polarity switch of the stand-in: pairs and the
@@ -140,8 +132,7 @@ TEST(HostChannels, PairsAndPickedPair)
         args.insert(args.end(), extra.begin(), extra.end());
         RunResult r = RunDeEsser(args);
         ASSERT_EQ(r.status, 0) << r.err;
-        SF_INFO info;
-        std::vector<float> y = ReadSound(dir / "out.wav", &info);
+        std::vector<float> y = ReadSound(dir / "out.wav");
         ASSERT_EQ(y.size(), x.size());
         for (int c = 0; c < 5; ++c)
             EXPECT_EQ(y[100 * 5 + c], inverted[c] ? -x[100 * 5 + c] : x[100 * 5 + c])
@@ -180,8 +171,7 @@ TEST(HostChannels, DualMonoDetectsEachChannelOnItsOwn)
             args.push_back("--dual-mono");
         RunResult r = RunDeEsser(args);
         ASSERT_EQ(r.status, 0) << r.err;
-        SF_INFO info;
-        change[dual] = channelDb(ReadSound(dir / "out.wav", &info), 2, 1, bursts) - rightIn;
+        change[dual] = channelDb(ReadSound(dir / "out.wav"), 2, 1, bursts) - rightIn;
     }
     EXPECT_LT(change[0], -2.0);
     EXPECT_NEAR(change[1], 0.0, 0.2);
@@ -206,7 +196,7 @@ TEST(HostDeEsser, UserBankWarningFactoryAndPrograms)
     r = RunDeEsser({"programs", "split male", "--factory"});
     EXPECT_NE(r.out.find("\"Split Male\""), std::string::npos) << r.out;
     r = RunDeEsser({"programs", "--factory", "--json"});
-    EXPECT_EQ(count(r.out, "{\"number\":"), 32u);
+    EXPECT_EQ(Count(r.out, "{\"number\":"), 32u);
 
     TempDir dir;
     std::string in = dir / "in.wav";

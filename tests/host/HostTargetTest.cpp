@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <sstream>
 
 namespace
 {
@@ -32,13 +33,9 @@ double jsonNumber(const std::string& json, const std::vector<std::string>& keys,
 std::vector<std::string> lines(const std::string& text)
 {
     std::vector<std::string> out;
-    for (size_t at = 0, end; at < text.size(); at = end + 1)
-    {
-        end = text.find('\n', at);
-        if (end == std::string::npos)
-            end = text.size();
-        out.push_back(text.substr(at, end - at));
-    }
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);)
+        out.push_back(line);
     return out;
 }
 
@@ -260,10 +257,7 @@ TEST(HostAnalyze, JsonShapeAndAgreementWithRender)
               "\"key_peak_dbfs\":", "\"fixed\":{\"sibilance_change_db\":", "\"warnings\":[]"})
             EXPECT_NE(o.find(key), std::string::npos) << key << " in " << o;
         EXPECT_EQ(o.find("\"reached\""), std::string::npos);
-        size_t programs = 0;
-        for (size_t at = 0; (at = o.find("\"number\":", at)) != std::string::npos; ++at)
-            ++programs;
-        EXPECT_EQ(programs, 17u); // the factory programs with names
+        EXPECT_EQ(Count(o, "\"number\":"), 17u); // the factory programs with names
     }
     EXPECT_EQ(objects[0].substr(objects[0].find("\"levels\"")),
               objects[1].substr(objects[1].find("\"levels\""))); // stdin: the same file

@@ -119,6 +119,8 @@ void WriteSound(const std::string& path, int format, int channels, int sampleRat
 
 std::vector<float> ReadSound(const std::string& path, SF_INFO* info)
 {
+    SF_INFO own;
+    info = info ? info : &own;
     std::memset(info, 0, sizeof(*info));
     SNDFILE* f = sf_open(path.c_str(), SFM_READ, info);
     if (!f)

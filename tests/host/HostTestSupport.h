@@ -35,8 +35,17 @@ std::vector<float> TestSignal(int channels, int sampleRate, long long frames);
 void WriteSound(const std::string& path, int format, int channels, int sampleRate,
                 const std::vector<float>& samples);
 
-// Reads a whole file as interleaved floats; info receives the file's layout.
-std::vector<float> ReadSound(const std::string& path, SF_INFO* info);
+// Reads a whole file as interleaved floats; info, if given, receives the file's layout.
+std::vector<float> ReadSound(const std::string& path, SF_INFO* info = nullptr);
+
+// How often what occurs in text.
+inline size_t Count(const std::string& text, const std::string& what)
+{
+    size_t n = 0;
+    for (size_t at = text.find(what); at != std::string::npos; at = text.find(what, at + 1))
+        ++n;
+    return n;
+}
 
 // Names in a folder, sorted.
 std::vector<std::string> Names(const TempDir& dir);
