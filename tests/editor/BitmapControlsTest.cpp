@@ -136,9 +136,8 @@ TEST(Knob, CallbacksOnlyOnChangeForValuesButOnEveryDragMove)
     rig.cb.calls.clear();
     ASSERT_TRUE(rig.knob.PtInTumami(rig.At(-10, 0)));
     EXPECT_TRUE(rig.knob.IsDragging());
-    rig.knob.OnMouseMove(rig.At(-10, 0), nullptr);
-    rig.knob.OnMouseMove(rig.At(-10, 0), nullptr);
-    rig.knob.OnMouseMove(rig.At(0, -10), nullptr);
+    for (CPoint p : {rig.At(-10, 0), rig.At(-10, 0), rig.At(0, -10)})
+        rig.knob.OnMouseMove(p, nullptr);
     ASSERT_EQ(3u, rig.cb.calls.size());
     EXPECT_NEAR(0.2f, rig.cb.calls[1].second, 1e-6);
     EXPECT_NEAR(0.5f, rig.cb.calls[2].second, 1e-6);

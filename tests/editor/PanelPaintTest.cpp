@@ -143,10 +143,8 @@ TEST_F(PanelPaint, ReductionMeterFillsDownwardAndReturnsOneDecibelPerIdle)
     PaintNow();
     EXPECT_TRUE(ReductionShows(0));
     // Everything set for the deepest reduction of a loud sibilant.
-    effect->setParameter(kParamThreshold, 0.f);
-    effect->setParameter(kParamRatio, 1.f);
-    effect->setParameter(kParamAttack, 0.f);
-    effect->setParameter(kParamAutoThreshold, 0.f);
+    for (int param : {kParamThreshold, kParamRatio, kParamAttack, kParamAutoThreshold})
+        effect->setParameter(param, param == kParamRatio ? 1.f : 0.f);
     for (int i = 0; i < 40; ++i)
         Process(0.9f);
     Idle(1);

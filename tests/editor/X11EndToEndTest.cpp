@@ -477,9 +477,8 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     char text[64] = {0};
 
     openThresholdField();
-    for (KeySym sym : {XK_minus, XK_1, XK_5})
+    for (KeySym sym : {XK_minus, XK_1, XK_5, XK_Return})
         Key(sym);
-    Key(XK_Return);
     idleUntilHostFocus();
     Dispatch(effGetParamDisplay, 3, 0, text);
     EXPECT_STREQ("-15.0", text);
@@ -487,9 +486,8 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     EXPECT_EQ(hostKeyPresses, 0);
 
     openThresholdField();
-    Key(XK_minus);
-    Key(XK_2);
-    Key(XK_Escape);
+    for (KeySym sym : {XK_minus, XK_2, XK_Escape})
+        Key(sym);
     idleUntilHostFocus();
     EXPECT_EQ(Focus(), hostFocus) << "after Escape";
 
