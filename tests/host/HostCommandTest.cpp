@@ -68,9 +68,8 @@ TEST(HostRender, FormatsAndLayoutsRoundTrip)
             SCOPED_TRACE(std::string(f.name) + (channels == 1 ? " mono" : " stereo"));
             int rate = rates[n % 4];
             long long frames = rate / 2 + 123; // not a whole number of blocks
-            std::string in = dir / (std::string(f.name) + std::to_string(channels) + "." + f.ext);
-            std::string out =
-                dir / (std::string(f.name) + std::to_string(channels) + "-out." + f.ext);
+            const std::string base = dir / (f.name + std::to_string(channels));
+            const std::string in = base + "." + f.ext, out = base + "-out." + f.ext;
             WriteSound(in, f.format, channels, rate, TestSignal(channels, rate, frames));
             bool invert = n % 2 == 1;
             RunResult r =
