@@ -161,8 +161,15 @@ TEST_F(EntryFieldTest, CreatedHiddenAndSizedFromTheFontAndMetrics)
     EXPECT_EQ(spin, CRect(46, 0, 61, 18));
 }
 
-TEST_F(EntryFieldTest, CharacterRules)
+TEST_F(EntryFieldTest, CharacterRulesAndSpinSteps)
 {
+    // The spin steps the scaled value up to the maximum.
+    Open(50, 0, 51, false, 4);
+    m_Field.GetSpin().Step(1);
+    EXPECT_EQ(EditText(), "51");
+    m_Field.GetSpin().Step(1);
+    EXPECT_EQ(Image(), "51");
+
     Open(15, 0, 1000, false, 6);
     EXPECT_EQ(EditText(), "15");
     EXPECT_EQ(Image(), "15"); // the text the owner gave is already scaled
@@ -281,15 +288,6 @@ TEST_F(EntryFieldTest, ReturnTellsTheOwnerThenHidesAndEscapeOnlyHides)
     EXPECT_EQ(m_Owner.received, std::vector<UINT>{WM_INPUTVAL_ESCAPE});
     EXPECT_FALSE(m_Field.IsWindowVisible());
     EXPECT_EQ(CWnd::GetFocus(), &m_Owner); // focus back to the parent
-}
-
-TEST_F(EntryFieldTest, SpinStepsTheScaledValueUpToTheMaximum)
-{
-    Open(50, 0, 51, false, 4);
-    m_Field.GetSpin().Step(1);
-    EXPECT_EQ(EditText(), "51");
-    m_Field.GetSpin().Step(1);
-    EXPECT_EQ(Image(), "51");
 }
 
 TEST(EntryFieldNoWindow, CallsBeforeCreationAreHarmless)
