@@ -7,7 +7,6 @@
 #include <algorithm>
 #include <cmath>
 #include <csignal>
-#include <cstring>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -104,7 +103,6 @@ TEST(HostRender, FormatsAndLayoutsRoundTrip)
         }
 }
 
-// The summary's lines.
 TEST(HostRender, SummaryIsPrinted)
 {
     TempDir dir;

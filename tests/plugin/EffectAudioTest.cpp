@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <vector>
 
 namespace
 {

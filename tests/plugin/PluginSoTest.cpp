@@ -3,7 +3,6 @@
 #include "HostHarness.h"
 #include "TestFiles.h"
 
-#include <cstdlib>
 #include <cstring>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
