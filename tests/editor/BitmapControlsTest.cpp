@@ -174,7 +174,7 @@ TEST(Knob, FramesIndexValuesLogarithmicMappingAndDrawing)
     EXPECT_NEAR((std::sqrt(10.0) - 1.0) / 9.0, log.Point(0, -8), 1e-6);
 }
 
-TEST(Fader, PointMappingsEndsAndCallbacks)
+TEST(Fader, PointMappingsEndsCallbacksAndDisabling)
 {
     FaderRig rig;
     EXPECT_EQ(127, rig.s);
@@ -200,28 +200,26 @@ TEST(Fader, PointMappingsEndsAndCallbacks)
     FaderRig snap(false, false, true); // snaps to the nearer end
     EXPECT_FLOAT_EQ(0.f, snap.AtY(70));
     EXPECT_FLOAT_EQ(1.f, snap.AtY(60));
-}
 
-TEST(Fader, DisabledIgnoresPressesAndValuesClampSilently)
-{
-    FaderRig rig;
-    rig.fader.Enable(false);
-    EXPECT_FALSE(rig.fader.PtInSwitch(CPoint(53, 105)));
-    EXPECT_FALSE(rig.fader.IsDragging());
-    rig.fader.OnMouseMove(CPoint(53, 65), nullptr);
-    EXPECT_FLOAT_EQ(0.f, rig.fader.GetValue());
-    rig.fader.Enable(true);
-    EXPECT_TRUE(rig.fader.PtInSwitch(CPoint(53, 105)));
-    EXPECT_FALSE(rig.fader.PtInSwitch(CPoint(rig.rect.right, 60)));
+    // Disabled, presses are ignored; values clamp silently.
+    FaderRig off;
+    off.fader.Enable(false);
+    EXPECT_FALSE(off.fader.PtInSwitch(CPoint(53, 105)));
+    EXPECT_FALSE(off.fader.IsDragging());
+    off.fader.OnMouseMove(CPoint(53, 65), nullptr);
+    EXPECT_FLOAT_EQ(0.f, off.fader.GetValue());
+    off.fader.Enable(true);
+    EXPECT_TRUE(off.fader.PtInSwitch(CPoint(53, 105)));
+    EXPECT_FALSE(off.fader.PtInSwitch(CPoint(off.rect.right, 60)));
 
-    rig.fader.SetValue(0.5f, nullptr, true);
-    rig.fader.SetValue(0.5f, nullptr, true);
-    rig.fader.SetValue(3.f, nullptr, true); // clamps to 1
-    rig.fader.SetValue(0.2f, nullptr, false);
-    ASSERT_EQ(2u, rig.cb.calls.size());
-    EXPECT_FLOAT_EQ(0.5f, rig.cb.calls[0].second);
-    EXPECT_FLOAT_EQ(1.f, rig.cb.calls[1].second);
-    EXPECT_FLOAT_EQ(0.2f, rig.fader.GetValue());
+    off.fader.SetValue(0.5f, nullptr, true);
+    off.fader.SetValue(0.5f, nullptr, true);
+    off.fader.SetValue(3.f, nullptr, true); // clamps to 1
+    off.fader.SetValue(0.2f, nullptr, false);
+    ASSERT_EQ(2u, off.cb.calls.size());
+    EXPECT_FLOAT_EQ(0.5f, off.cb.calls[0].second);
+    EXPECT_FLOAT_EQ(1.f, off.cb.calls[1].second);
+    EXPECT_FLOAT_EQ(0.2f, off.fader.GetValue());
 }
 
 TEST(Fader, DrawsTrackWithCapCentredOnTheTravelPoint)

@@ -108,7 +108,9 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelOfTheBackgroundsSizeAndCloseRemovesIt)
     EXPECT_EQ(windows, CToolkit::WindowCount());
 }
 
-TEST(EditorBridge, OtherThreadsGetTheMailboxNotThePanel)
+// Other threads get a mailbox, not the panel; messages show only while open;
+// the control callback needs a panel.
+TEST(EditorBridge, OtherThreadsMessagesAndControlCallbacks)
 {
     auto effect = MakeEffect();
     CDeEsserEditor* editor = EditorOf(effect.get());
@@ -132,12 +134,7 @@ TEST(EditorBridge, OtherThreadsGetTheMailboxNotThePanel)
     Close(effect.get());
     ask();
     EXPECT_EQ(nullptr, seen);
-}
 
-TEST(EditorBridge, MessagesShowOnlyWhileOpenAndCallbacksNeedAPanel)
-{
-    auto effect = MakeEffect();
-    CDeEsserEditor* editor = EditorOf(effect.get());
     EXPECT_FALSE(editor->ShowMessage("closed"));
     ASSERT_EQ(1, Open(effect.get()));
     int boxes = 0;

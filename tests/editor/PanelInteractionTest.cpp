@@ -214,7 +214,7 @@ TEST_F(PanelTest, FaderClickJumpsAndDragsLogarithmically)
     EXPECT_TRUE(PanelBlockMatches(Panel(), 403, 45 + 121, Panel()->Image(5010), 0, 0, 16, 12));
 }
 
-TEST_F(PanelTest, SwitchClicksToggleTheirParametersAndListen)
+TEST_F(PanelTest, SwitchClicksToggleTheirParametersListenAndResetToFactory)
 {
     const struct
     {
@@ -241,10 +241,8 @@ TEST_F(PanelTest, SwitchClicksToggleTheirParametersAndListen)
     Click(CPoint(175, 74));
     EXPECT_FALSE(effect->GetListen());
     EXPECT_TRUE(PanelBlockMatches(Panel(), 168, 68, Panel()->Image(5014), 0, 0, 14, 12));
-}
 
-TEST_F(PanelTest, ShiftAndControlOnPowerResetToFactory)
-{
+    // Shift on the power resets the program to its factory values.
     const int cur = effect->getProgram();
     effect->setParameter(kParamThreshold, 0.123f);
     effect->setParameter(kParamRatio, 0.456f);
