@@ -47,18 +47,6 @@ std::vector<float> Coefs(const CBiquadFilter& f)
     return {f.a0, f.a1, f.a2, f.b0, f.b1, f.b2};
 }
 
-// Direct form I from a zero state exactly as written: in[i-1], in[i-2],
-// out[i-1], out[i-2] re-read from the buffers.
-std::vector<float> LiteralDF1(const CBiquadFilter& f, const std::vector<float>& in)
-{
-    std::vector<float> out(in.size());
-    for (size_t i = 0; i < in.size(); ++i)
-        out[i] = f.b0 * in[i] + f.b1 * (i > 0 ? in[i - 1] : 0.f) +
-                 f.b2 * (i > 1 ? in[i - 2] : 0.f) - f.a1 * (i > 0 ? out[i - 1] : 0.f) -
-                 f.a2 * (i > 1 ? out[i - 2] : 0.f);
-    return out;
-}
-
 double GainDbAt(const CBiquadFilter& proto, double freq, double rate)
 {
     CBiquadFilter f = proto;
@@ -112,22 +100,21 @@ TEST(BiquadFilter, RecursionMatchesLiteralDirectFormIInAnyChunks)
     {
         CBiquadFilter proto;
         proto.CalcCoefficients(44100.f, 3000.f, -12.f, 1.f, type);
-        const std::vector<float> want = LiteralDF1(proto, in);
+        const std::vector<float> want =
+            LiteralDF1(proto.b0, proto.b1, proto.b2, proto.a1, proto.a2, in);
         for (int chunk : {1000, 1, 2, 31, 255})
         {
             CBiquadFilter f = proto;
             std::vector<float> out(in.size());
-            for (size_t done = 0; done < in.size(); done += (size_t)chunk)
-                f.OperateFilter(in.data() + done, out.data() + done,
-                                (int)std::min((size_t)chunk, in.size() - done));
+            ForChunks(in.size(), chunk,
+                      [&](size_t done, int count)
+                      { f.OperateFilter(in.data() + done, out.data() + done, count); });
             EXPECT_EQ(out, want) << "type " << type << " chunk " << chunk;
-            EXPECT_EQ(std::vector<float>({f.x1, f.x2, f.y1, f.y2}),
-                      std::vector<float>({in[999], in[998], want[999], want[998]}));
+            EXPECT_EQ(State(f), std::vector<float>({in[999], in[998], want[999], want[998]}));
         }
     }
 }
 
-// (Counts of one and two are the chunked recursion test's.)
 TEST(BiquadFilter, CountZeroAndNonFiniteState)
 {
     CBiquadFilter f;
@@ -140,8 +127,7 @@ TEST(BiquadFilter, CountZeroAndNonFiniteState)
     float guard = 7.f;
     f.OperateFilter(nullptr, &guard, 0);
     EXPECT_EQ(guard, 7.f);
-    EXPECT_EQ(std::vector<float>({f.x1, f.x2, f.y1, f.y2}),
-              std::vector<float>({before.x1, before.x2, before.y1, before.y2}));
+    EXPECT_EQ(State(f), State(before));
 
     // A NaN sample makes the state bad; Reset makes it usable again.
     std::vector<float> noise = Noise(64, 1.f), o(64);
@@ -188,19 +174,19 @@ TEST(BiquadFilter, SideBySideEqualsSeparateCalls)
                 apart[k] = together[k];
                 ptrs[k] = &together[k];
             }
-            for (int done = 0; done < 700; done += chunk)
-            {
-                const int c = std::min(chunk, 700 - done);
-                const float* ins[5];
-                float* outs[5];
-                for (int k = 0; k < n; ++k)
-                {
-                    ins[k] = (k % 2 ? b.data() : a.data()) + done; // inputs may be shared
-                    outs[k] = got[(size_t)k].data() + done;
-                    apart[k].OperateFilter(ins[k], want[(size_t)k].data() + done, c);
-                }
-                CBiquadFilter::OperateFilters(ptrs, ins, outs, n, c);
-            }
+            ForChunks(700, chunk,
+                      [&](size_t done, int c)
+                      {
+                          const float* ins[5];
+                          float* outs[5];
+                          for (int k = 0; k < n; ++k)
+                          {
+                              ins[k] = (k % 2 ? b.data() : a.data()) + done; // may be shared
+                              outs[k] = got[(size_t)k].data() + done;
+                              apart[k].OperateFilter(ins[k], want[(size_t)k].data() + done, c);
+                          }
+                          CBiquadFilter::OperateFilters(ptrs, ins, outs, n, c);
+                      });
             for (int k = 0; k < n; ++k)
             {
                 EXPECT_EQ(got[(size_t)k], want[(size_t)k]) << n << " " << k << " " << chunk;

@@ -16,21 +16,45 @@ using testsignal::kPi;
 using testsignal::Noise;
 using testsignal::Sine;
 
-// process(in, out, offset, count) over the stereo pair l, r into ol, orr, in
-// pieces of `chunk` samples (the last one shorter).
+// fn(done, count) over n samples in pieces of `chunk` (the last one shorter).
+template <class Fn> void ForChunks(size_t n, int chunk, Fn fn)
+{
+    for (size_t done = 0; done < n; done += (size_t)chunk)
+        fn(done, (int)std::min((size_t)chunk, n - done));
+}
+
+// process(in, out, offset, count) over the stereo pair l, r into ol, orr in chunks.
 template <class Process>
 void RunStereo(std::vector<float>& l, std::vector<float>& r, std::vector<float>& ol,
                std::vector<float>& orr, int chunk, Process process)
 {
-    const size_t n = l.size();
-    ol.assign(n, 0.f);
-    orr.assign(n, 0.f);
-    for (size_t done = 0; done < n; done += (size_t)chunk)
-    {
-        float* in[2] = {l.data() + done, r.data() + done};
-        float* out[2] = {ol.data() + done, orr.data() + done};
-        process(in, out, done, (int)std::min((size_t)chunk, n - done));
-    }
+    ol.assign(l.size(), 0.f);
+    orr.assign(l.size(), 0.f);
+    ForChunks(l.size(), chunk,
+              [&](size_t done, int count)
+              {
+                  float* in[2] = {l.data() + done, r.data() + done};
+                  float* out[2] = {ol.data() + done, orr.data() + done};
+                  process(in, out, done, count);
+              });
+}
+
+// Direct form I from a zero state exactly as written, earlier samples re-read
+// from the buffers: b0 x[i] + b1 x[i-1] + b2 x[i-2] - a1 y[i-1] - a2 y[i-2].
+inline std::vector<float> LiteralDF1(float b0, float b1, float b2, float a1, float a2,
+                                     const std::vector<float>& in)
+{
+    std::vector<float> out(in.size());
+    for (size_t i = 0; i < in.size(); ++i)
+        out[i] = b0 * in[i] + b1 * (i > 0 ? in[i - 1] : 0.f) + b2 * (i > 1 ? in[i - 2] : 0.f) -
+                 a1 * (i > 0 ? out[i - 1] : 0.f) - a2 * (i > 1 ? out[i - 2] : 0.f);
+    return out;
+}
+
+// The last two inputs and outputs a second-order filter keeps.
+template <class Filter> std::vector<float> State(const Filter& f)
+{
+    return {f.x1, f.x2, f.y1, f.y2};
 }
 
 // Gain in dB of a block filter at one frequency: a sine runs through it and

@@ -61,21 +61,18 @@ TEST(IIRFilter, RecursionMatchesLiteralReferenceInAnyChunks)
     const std::vector<float> x = Noise(2000, 1.f, 99u);
     CIIRFilter p;
     p.SetParams(1.f / 48000.f, 5000.f, false);
-    std::vector<float> want(x.size());
-    for (size_t i = 0; i < x.size(); ++i)
-        want[i] = p.b0 * x[i] + p.b1 * (i > 0 ? x[i - 1] : 0.f) + p.b2 * (i > 1 ? x[i - 2] : 0.f) +
-                  p.fb1 * (i > 0 ? want[i - 1] : 0.f) + p.fb2 * (i > 1 ? want[i - 2] : 0.f);
+    // The feedback terms are stored negated.
+    const std::vector<float> want = LiteralDF1(p.b0, p.b1, p.b2, -p.fb1, -p.fb2, x);
     for (int chunk : {2000, 1, 2, 31, 255})
     {
         CIIRFilter f;
         f.SetParams(1.f / 48000.f, 5000.f, false);
         std::vector<float> out(x.size());
-        for (size_t done = 0; done < x.size(); done += (size_t)chunk)
-            f.OperateEqualizer(x.data() + done, out.data() + done,
-                               (int)std::min((size_t)chunk, x.size() - done));
+        ForChunks(x.size(), chunk,
+                  [&](size_t done, int count)
+                  { f.OperateEqualizer(x.data() + done, out.data() + done, count); });
         EXPECT_EQ(out, want) << "chunk " << chunk;
-        EXPECT_EQ(std::vector<float>({f.x1, f.x2, f.y1, f.y2}),
-                  std::vector<float>({x[1999], x[1998], want[1999], want[1998]}));
+        EXPECT_EQ(State(f), std::vector<float>({x[1999], x[1998], want[1999], want[1998]}));
     }
     // Count 0 touches nothing; a non-finite state is detected and reset.
     float guard = 9.f;
@@ -86,7 +83,7 @@ TEST(IIRFilter, RecursionMatchesLiteralReferenceInAnyChunks)
     EXPECT_TRUE(p.IsStateBad());
     p.Reset();
     EXPECT_FALSE(p.IsStateBad());
-    EXPECT_EQ(std::vector<float>({p.x1, p.x2, p.y1, p.y2}), std::vector<float>(4, 0.f));
+    EXPECT_EQ(State(p), std::vector<float>(4, 0.f));
 }
 
 TEST(IIRFilter, ButterworthMinus3dBAtWarpedCutoff)

@@ -248,21 +248,17 @@ TEST(LPF, ChainEqualsTwoTransforms)
             }
             // got: mid l, mid r, out l, out r; want: the same from two calls.
             std::vector<std::vector<float>> got(4, std::vector<float>(1500, 7.f)), want = got;
-            for (int done = 0; done < 1500; done += chunk)
-            {
-                const int n = std::min(chunk, 1500 - done);
-                float* in[2] = {s.l.data() + done, s.r.data() + done};
-                float *g[4], *w[4];
-                for (int k = 0; k < 4; ++k)
-                {
-                    g[k] = got[(size_t)k].data() + done;
-                    w[k] = want[(size_t)k].data() + done;
-                }
-                ASSERT_TRUE(CVRXLPF::TransformChain(a1, a2, in, n, g, g + 2));
-                int c = 0;
-                b1.Transform(in, n, w, &c);
-                b2.Transform(w, n, w + 2, &c);
-            }
+            RunStereo(s.l, s.r, got[0], got[1], chunk,
+                      [&](float** in, float** mid, size_t done, int n)
+                      {
+                          float* out[2] = {got[2].data() + done, got[3].data() + done};
+                          float* w[4] = {want[0].data() + done, want[1].data() + done,
+                                         want[2].data() + done, want[3].data() + done};
+                          ASSERT_TRUE(CVRXLPF::TransformChain(a1, a2, in, n, mid, out));
+                          int c = 0;
+                          b1.Transform(in, n, w, &c);
+                          b2.Transform(w, n, w + 2, &c);
+                      });
             EXPECT_EQ(got, want) << secondActive << " " << chunk;
             for (auto [a, b] : {std::make_pair(&a1, &b1), std::make_pair(&a2, &b2)})
             {

@@ -143,12 +143,9 @@ TEST_F(ToolkitWindowState, LaterChildrenAreOnTopAndDestructionGoesParentFirst)
     MakeChild(under, "under", CRect(0, 0, 100, 100));
     MakeChild(over, "over", CRect(50, 0, 100, 50));
     g_Events.clear();
-    CHeadless::MouseDown(&m_Top, CPoint(60, 10)); // both contain it: the later one wins
-    CHeadless::MouseUp(&m_Top, CPoint(60, 10));
-    CHeadless::MouseDown(&m_Top, CPoint(20, 10));
-    CHeadless::MouseUp(&m_Top, CPoint(20, 10));
-    CHeadless::MouseDown(&m_Top, CPoint(150, 10)); // the top window itself
-    CHeadless::MouseUp(&m_Top, CPoint(150, 10));
+    CHeadless::Click(&m_Top, CPoint(60, 10)); // both contain it: the later one wins
+    CHeadless::Click(&m_Top, CPoint(20, 10));
+    CHeadless::Click(&m_Top, CPoint(150, 10)); // the top window itself
     EXPECT_EQ(g_Events,
               (std::vector<std::string>{"over:down 10,10", "over:up 10,10", "under:down 20,10",
                                         "under:up 20,10", "top:down 150,10", "top:up 150,10"}));
@@ -186,8 +183,7 @@ TEST_F(ToolkitWindowState, CaptureRoutesMovesAndReleaseToTheCapturingWindow)
     CHeadless::MouseDown(&m_Top, CPoint(15, 25));
     knob.EnableWindow(TRUE);
     knob.ShowWindow(SW_HIDE);
-    CHeadless::MouseDown(&m_Top, CPoint(15, 25));
-    CHeadless::MouseUp(&m_Top, CPoint(15, 25));
+    CHeadless::Click(&m_Top, CPoint(15, 25));
     EXPECT_EQ(g_Events, (std::vector<std::string>{"top:down 15,25", "top:up 15,25"}));
 }
 
