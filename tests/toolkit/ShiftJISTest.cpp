@@ -32,40 +32,35 @@ TEST(ShiftJIS, RoundTripsAsciiKanaAndKanji)
     }
 }
 
+// Bad bytes become U+FFFD, text without a Shift-JIS form "?", the rest survives.
 TEST(ShiftJIS, InvalidInputGivesMarkedTextAndFalse)
 {
-    CString out("unchanged");
-    // A lead byte at the end has no trail byte.
-    EXPECT_FALSE(CheckSJISAndToUFT8("AB\x82", out));
-    EXPECT_STREQ(out, "AB\xEF\xBF\xBD");
-    // 0xFF is no Shift-JIS byte at all; the text after it survives.
-    EXPECT_FALSE(CheckSJISAndToUFT8("a\xFF"
-                                    "b",
-                                    out));
-    EXPECT_STREQ(out, "a\xEF\xBF\xBD"
-                      "b");
-    EXPECT_FALSE(CheckSJISAndToUFT8(nullptr, out));
-    EXPECT_STREQ(out, "");
-
-    // Broken UTF-8 and characters without a Shift-JIS form become "?".
-    EXPECT_FALSE(UTF8ToSJSINS("x\xC3(y", out));
-    EXPECT_STREQ(out, "x?(y");
-    EXPECT_FALSE(UTF8ToSJSINS("\xF0\x9F\x98\x80!", out)); // an emoji
-    EXPECT_STREQ(out, "?!");
-    EXPECT_FALSE(UTF8ToSJSINS(nullptr, out));
-    EXPECT_STREQ(out, "");
+    const struct
+    {
+        bool (*convert)(const char*, CString&);
+        const char *in, *out;
+    } cases[] = {
+        {CheckSJISAndToUFT8, "AB\x82", "AB\xEF\xBF\xBD"},       // lead byte without its trail byte
+        {CheckSJISAndToUFT8, "a\xFF\x62", "a\xEF\xBF\xBD\x62"}, // 0xFF is no Shift-JIS byte
+        {CheckSJISAndToUFT8, nullptr, ""},
+        {UTF8ToSJSINS, "x\xC3(y", "x?(y"},         // broken UTF-8
+        {UTF8ToSJSINS, "\xF0\x9F\x98\x80!", "?!"}, // an emoji
+        {UTF8ToSJSINS, nullptr, ""},
+    };
+    for (const auto& c : cases)
+    {
+        CString out("unchanged");
+        EXPECT_FALSE(c.convert(c.in, out)) << c.out;
+        EXPECT_STREQ(out, c.out);
+    }
 }
 
 TEST(ShiftJIS, LeadBytes)
 {
-    int leads = 0;
     for (int b = 0; b < 256; ++b)
-    {
-        bool expected = (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC);
-        EXPECT_EQ(IsDBCSLeadByte((unsigned char)b), expected) << b;
-        leads += IsDBCSLeadByte((unsigned char)b) ? 1 : 0;
-    }
-    EXPECT_EQ(leads, 31 + 29);
+        EXPECT_EQ(IsDBCSLeadByte((unsigned char)b),
+                  (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC))
+            << b;
 }
 
 TEST(KeyState, ReadsRecordedModifiers)
