@@ -39,17 +39,11 @@ protected:
         EXPECT_EQ(CToolkit::WindowCount(), 0);
         EXPECT_EQ(CToolkit::GetModalWindow(), nullptr);
     }
-    void BuildMenu(CMenu& menu, int current)
+    static CString Text(CWnd& w)
     {
-        ASSERT_TRUE(menu.CreatePopupMenu());
-        for (int i = 0; i < 4; ++i)
-        {
-            UINT flags = MF_STRING;
-            if (i == current)
-                flags |= MF_CHECKED | MF_DISABLED;
-            std::string label = std::to_string(i + 1) + ": program";
-            ASSERT_TRUE(menu.AppendMenu(flags, 1010 + i, label.c_str()));
-        }
+        CString text;
+        w.GetWindowText(text);
+        return text;
     }
     COwnerWnd m_Owner;
 };
@@ -58,7 +52,10 @@ protected:
 TEST_F(ToolkitControls, MenuChoiceArrivesAsCommand)
 {
     CMenu menu;
-    BuildMenu(menu, 2);
+    ASSERT_TRUE(menu.CreatePopupMenu());
+    for (int i = 0; i < 4; ++i) // the third one is the current program
+        ASSERT_TRUE(menu.AppendMenu(i == 2 ? MF_STRING | MF_CHECKED | MF_DISABLED : MF_STRING,
+                                    1010 + i, (std::to_string(i + 1) + ": program").c_str()));
     CPoint at(89, 13);
     m_Owner.ClientToScreen(&at);
 
@@ -273,21 +270,17 @@ TEST_F(ToolkitControls, EditTextLimitSelectionAndKeys)
     EXPECT_EQ(std::make_pair(a, b), std::make_pair(3, 3));
     edit.SetFocus();
     CHeadless::Type("2.50");
-    CString text;
-    edit.GetWindowText(text);
-    EXPECT_STREQ(text, "-152.5"); // limited to 6 characters
+    EXPECT_STREQ(Text(edit), "-152.5"); // limited to 6 characters
     CHeadless::Key(VK_LEFT);
     CHeadless::Key(VK_LEFT);
     CHeadless::Char(8);
     CHeadless::Key(VK_DELETE_KEY);
-    edit.GetWindowText(text);
-    EXPECT_STREQ(text, "-155");
+    EXPECT_STREQ(Text(edit), "-155");
     CHeadless::Char(13); // Return and Escape are not text
     CHeadless::Char(27);
     CHeadless::Key(VK_HOME_KEY);
     CHeadless::Type("\xC3\xA9"); // é, one character
-    edit.GetWindowText(text);
-    EXPECT_STREQ(text, "\xC3\xA9-155");
+    EXPECT_STREQ(Text(edit), "\xC3\xA9-155");
     edit.SetSel(0, -1);
     edit.ReplaceSel("7");
     EXPECT_EQ(edit.GetWindowTextLength(), 1);
@@ -308,14 +301,11 @@ TEST_F(ToolkitControls, SpinButtonStepsItsBuddy)
     spin.SetBuddy(&buddy);
     spin.SetRange32(-50, 50);
     spin.SetPos32(49);
-    CString text;
-    buddy.GetWindowText(text);
-    EXPECT_STREQ(text, "49");
+    EXPECT_STREQ(Text(buddy), "49");
     CHeadless::Click(&spin, CPoint(7, 2)); // upper half
     CHeadless::Click(&spin, CPoint(7, 2));
     EXPECT_EQ(spin.GetPos32(), 50); // clamped at the top
-    buddy.GetWindowText(text);
-    EXPECT_STREQ(text, "50");
+    EXPECT_STREQ(Text(buddy), "50");
     buddy.SetWindowText("-50"); // typed into the buddy, then a step down
     CHeadless::Click(&spin, CPoint(7, 15));
     EXPECT_EQ(spin.GetPos32(), -50);
