@@ -85,8 +85,6 @@ void RunBlocks(CVRXComp& c, Signal& s, std::vector<float>& ol, std::vector<float
 }
 } // namespace
 
-// (The envelope coefficients and the dB conversions are pinned by the
-// reference-matching tests below.)
 TEST(Compressor, ConstructionState)
 {
     CompProbe c; // attack 0, release 10 ms at 44.1 kHz, silent envelope
@@ -143,10 +141,7 @@ TEST(Compressor, BlockMatchesReferenceBitForBitInAnyChunks)
             ASSERT_EQ(orr[i], (float)((double)k.outLevel * r)) << "thr " << k.thr << " i " << i;
         }
         EXPECT_EQ(c.get_GainReductionLevel(nullptr), (float)g);
-        if (k.ratio > 1.0)
-        {
-            EXPECT_GT(reduced, 1000) << "the signal must exercise the compressor";
-        }
+        EXPECT_TRUE(k.ratio == 1.0 || reduced > 1000) << "the signal must exercise it";
     }
 }
 
@@ -211,10 +206,7 @@ TEST(Compressor, GainComputerEdgeCases)
         double l = 0.8, r = -0.1;
         c.process(l, r, key, external);
         EXPECT_EQ(l < 0.5, reduces) << key << " " << external;
-        if (!reduces)
-        {
-            EXPECT_EQ(l, 0.8);
-        }
+        EXPECT_EQ(l == 0.8, !reduces);
     }
     // AutoThreshold (keys 1 dB and 20.5 dB over): while the envelope lies below
     // the level over threshold the target is a fixed 20 dB, so with attack 0 a
