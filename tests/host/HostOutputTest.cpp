@@ -124,25 +124,18 @@ TEST(HostOutput, TagsAndBroadcastExtensionAreCarriedOver)
 {
     TempDir dir;
     std::string in = dir / "in.wav";
-    {
-        SF_INFO info{};
-        info.channels = 2;
-        info.samplerate = 48000;
-        info.format = SF_FORMAT_WAV | SF_FORMAT_PCM_24;
-        SNDFILE* f = sf_open(in.c_str(), SFM_WRITE, &info);
-        ASSERT_NE(f, nullptr);
-        SF_BROADCAST_INFO_VAR(256) bext{};
-        std::strcpy(bext.description, "Interview take 3");
-        std::strcpy(bext.originator, "Field recorder");
-        bext.time_reference_low = 172800000; // one hour at 48 kHz
-        std::strcpy(bext.coding_history, "A=PCM,F=48000,W=24,M=stereo\r\n");
-        bext.coding_history_size = (uint32_t)std::strlen(bext.coding_history);
-        ASSERT_EQ(sf_command(f, SFC_SET_BROADCAST_INFO, &bext, sizeof(bext)), SF_TRUE);
-        sf_set_string(f, SF_STR_TITLE, "Sibilant speech");
-        std::vector<float> s = TestSignal(2, 48000, 4800);
-        sf_writef_float(f, s.data(), 4800);
-        sf_close(f);
-    }
+    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 2, 48000, TestSignal(2, 48000, 4800),
+               [](SNDFILE* f)
+               {
+                   SF_BROADCAST_INFO_VAR(256) bext{};
+                   std::strcpy(bext.description, "Interview take 3");
+                   std::strcpy(bext.originator, "Field recorder");
+                   bext.time_reference_low = 172800000; // one hour at 48 kHz
+                   std::strcpy(bext.coding_history, "A=PCM,F=48000,W=24,M=stereo\r\n");
+                   bext.coding_history_size = (uint32_t)std::strlen(bext.coding_history);
+                   ASSERT_EQ(sf_command(f, SFC_SET_BROADCAST_INFO, &bext, sizeof(bext)), SF_TRUE);
+                   sf_set_string(f, SF_STR_TITLE, "Sibilant speech");
+               });
     for (const char* out : {"out.wav", "out.flac"})
     {
         SCOPED_TRACE(out);
@@ -176,18 +169,13 @@ TEST(HostOutput, ChannelMapIsCarriedOver)
     TempDir dir;
     const int map[4] = {SF_CHANNEL_MAP_LEFT, SF_CHANNEL_MAP_RIGHT, SF_CHANNEL_MAP_REAR_LEFT,
                         SF_CHANNEL_MAP_REAR_RIGHT};
-    SF_INFO info{};
-    info.channels = 4;
-    info.samplerate = 48000;
-    info.format = SF_FORMAT_WAVEX | SF_FORMAT_PCM_24;
-    SNDFILE* f = sf_open((dir / "in.wav").c_str(), SFM_WRITE, &info);
-    ASSERT_NE(f, nullptr);
-    ASSERT_EQ(sf_command(f, SFC_SET_CHANNEL_MAP_INFO, (void*)map, sizeof(map)), SF_TRUE);
-    std::vector<float> s = TestSignal(4, 48000, 4800);
-    sf_writef_float(f, s.data(), 4800);
-    sf_close(f);
+    WriteSound(
+        dir / "in.wav", SF_FORMAT_WAVEX | SF_FORMAT_PCM_24, 4, 48000, TestSignal(4, 48000, 4800),
+        [&map](SNDFILE* f)
+        { ASSERT_EQ(sf_command(f, SFC_SET_CHANNEL_MAP_INFO, (void*)map, sizeof(map)), SF_TRUE); });
     ASSERT_EQ(RunDeEsser(renderArgs(dir / "in.wav", dir / "out.wav")).status, 0);
-    f = sf_open((dir / "out.wav").c_str(), SFM_READ, &info);
+    SF_INFO info{};
+    SNDFILE* f = sf_open((dir / "out.wav").c_str(), SFM_READ, &info);
     ASSERT_NE(f, nullptr);
     int got[4] = {};
     EXPECT_EQ(sf_command(f, SFC_GET_CHANNEL_MAP_INFO, got, sizeof(got)), SF_TRUE);

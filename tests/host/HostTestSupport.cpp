@@ -104,7 +104,7 @@ std::vector<float> TestSignal(int channels, int sampleRate, long long frames)
 }
 
 void WriteSound(const std::string& path, int format, int channels, int sampleRate,
-                const std::vector<float>& samples)
+                const std::vector<float>& samples, const std::function<void(SNDFILE*)>& tag)
 {
     SF_INFO info{};
     info.channels = channels;
@@ -112,6 +112,8 @@ void WriteSound(const std::string& path, int format, int channels, int sampleRat
     info.format = format;
     SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
     ASSERT_NE(f, nullptr) << sf_strerror(nullptr);
+    if (tag)
+        tag(f);
     sf_writef_float(f, samples.data(), (sf_count_t)(samples.size() / channels));
     sf_close(f);
 }

@@ -8,6 +8,7 @@
 #include <sndfile.h>
 
 #include <filesystem>
+#include <functional>
 #include <sys/types.h>
 #include <string>
 #include <vector>
@@ -31,9 +32,11 @@ pid_t SpawnDeEsser(const std::vector<std::string>& args, const std::string& out,
 // The kit's vocal signal with sibilant bursts, interleaved.
 std::vector<float> TestSignal(int channels, int sampleRate, long long frames);
 
-// Writes interleaved samples in the given libsndfile format.
+// Writes interleaved samples in the given libsndfile format; tag, if given,
+// adds metadata to the open file before the samples.
 void WriteSound(const std::string& path, int format, int channels, int sampleRate,
-                const std::vector<float>& samples);
+                const std::vector<float>& samples,
+                const std::function<void(SNDFILE*)>& tag = nullptr);
 
 // Reads a whole file as interleaved floats; info, if given, receives the file's layout.
 std::vector<float> ReadSound(const std::string& path, SF_INFO* info = nullptr);
