@@ -103,12 +103,25 @@ TEST_F(PanelPaint, ValueDisplaysAreCentredClippedAndInTheTextColour)
     }
 }
 
-TEST_F(PanelPaint, LevelMetersLightFromTheirRowAndFallAQuarterDecibelPerIdle)
+TEST_F(PanelPaint, LevelMetersLightFromTheirRowFallAQuarterDecibelPerIdleAndRedrawOnChange)
 {
     // Before any audio: all unlit but the bottom row (-38 dB is row 133).
     PaintNow();
     for (int i = 0; i < 4; ++i)
         EXPECT_TRUE(VUShows(i, 133)) << i;
+    // Idle redraws only what changed: a marker painted over both meters
+    // stays while nothing new arrives.
+    {
+        CClientDC dc(P());
+        dc.FillSolidRect(29, 45, 7, 134, RGB(255, 0, 255));
+        dc.FillSolidRect(198, 55, 8, 120, RGB(255, 0, 255));
+    }
+    Idle(1); // levels at -38 stay, reduction at 0 stays
+    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 30, 50));
+    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 200, 60));
+    Process(1.f, 11025.0); // peak exactly 1: 0 dB, row 19
+    Idle(1);
+    EXPECT_TRUE(VUShows(0, 19));
 
     Process(4.f); // 12 dB over full scale: clamped to +6
     Idle(1);
@@ -170,23 +183,6 @@ TEST_F(PanelPaint, ReductionMeterFillsDownwardAndReturnsOneDecibelPerIdle)
     Process(0.9f);
     Idle(1);
     EXPECT_FLOAT_EQ(0.f, P()->GetReductionDb());
-}
-
-TEST_F(PanelPaint, IdleRedrawsOnlyWhatChanged)
-{
-    PaintNow();
-    // Paint a marker over both meters; an idle with nothing new keeps it.
-    {
-        CClientDC dc(P());
-        dc.FillSolidRect(29, 45, 7, 134, RGB(255, 0, 255));
-        dc.FillSolidRect(198, 55, 8, 120, RGB(255, 0, 255));
-    }
-    Idle(1); // levels at -38 stay, reduction at 0 stays
-    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 30, 50));
-    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 200, 60));
-    Process(1.f, 11025.0); // peak exactly 1: 0 dB, row 19
-    Idle(1);
-    EXPECT_TRUE(VUShows(0, 19));
 }
 
 // The whole panel painted off-screen while a vocal runs, at 1x and at 2x,

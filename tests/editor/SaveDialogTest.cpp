@@ -112,7 +112,7 @@ protected:
     CWnd m_Panel;
 };
 
-TEST_F(SaveDialogTest, OpensAtTheCurrentProgram)
+TEST_F(SaveDialogTest, OpensAtTheCurrentProgramAndAChosenSlotReplacesTheName)
 {
     CPresetSaveDlg dlg(&m_Panel, m_Effect);
     EXPECT_EQ(IDCANCEL, Run(dlg,
@@ -134,6 +134,19 @@ TEST_F(SaveDialogTest, OpensAtTheCurrentProgram)
                                 Press(d, IDCANCEL);
                             }));
     EXPECT_EQ(m_Effect->getProgram(), 5); // the dialog changes nothing
+
+    // Choosing a slot replaces the typed name.
+    CPresetSaveDlg chosen(&m_Panel, m_Effect);
+    EXPECT_EQ(IDOK, Run(chosen,
+                        [](CPresetSaveDlg& d)
+                        {
+                            TypeName(d, "typed over");
+                            d.m_PGMCombo.SelectByUser(9);
+                            EXPECT_EQ(ItemText(d, IDC_PRESETNAME), kVocalUtf8);
+                            Press(d, IDOK);
+                        }));
+    EXPECT_EQ(chosen.m_nSelect, 9);
+    EXPECT_EQ(std::string(chosen.m_strName.GetString()), Sjis(kVocalUtf8));
 }
 
 TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
@@ -158,21 +171,6 @@ TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
               Sjis(mixed.c_str()).substr(0, 23));
     EXPECT_STREQ(CPresetSaveDlg::MakeProgramName(""), "");
     EXPECT_STREQ(CPresetSaveDlg::MakeProgramName("Short"), "Short");
-}
-
-TEST_F(SaveDialogTest, ChoosingASlotReplacesTheTypedName)
-{
-    CPresetSaveDlg dlg(&m_Panel, m_Effect);
-    EXPECT_EQ(IDOK, Run(dlg,
-                        [](CPresetSaveDlg& d)
-                        {
-                            TypeName(d, "typed over");
-                            d.m_PGMCombo.SelectByUser(9);
-                            EXPECT_EQ(ItemText(d, IDC_PRESETNAME), kVocalUtf8);
-                            Press(d, IDOK);
-                        }));
-    EXPECT_EQ(dlg.m_nSelect, 9);
-    EXPECT_EQ(std::string(dlg.m_strName.GetString()), Sjis(kVocalUtf8));
 }
 
 TEST_F(SaveDialogTest, NameFillingTheWholeFieldIsReadSafely)
