@@ -29,7 +29,6 @@ float NormHz(double hz)
 struct Stereo
 {
     std::vector<float> l, r;
-    explicit Stereo(size_t n = 0) : l(n), r(n) {}
     size_t size() const { return l.size(); }
 };
 
@@ -37,10 +36,7 @@ struct Stereo
 Stereo VocalStereo(double seconds)
 {
     testsignal::Vocal v((int)(seconds * kRate), kRate);
-    Stereo s;
-    s.l = v.left;
-    s.r = v.right;
-    return s;
+    return {v.left, v.right};
 }
 
 class PluginAudio : public ::testing::Test
@@ -62,7 +58,7 @@ protected:
 
     Stereo Process(Stereo in, int block = 256)
     {
-        Stereo out(in.size());
+        Stereo out{std::vector<float>(in.size()), std::vector<float>(in.size())};
         for (size_t done = 0; done < in.size(); done += block)
         {
             int n = (int)std::min<size_t>(block, in.size() - done);
@@ -124,9 +120,5 @@ TEST_F(PluginAudio, NonFiniteInputDoesNotSilenceTheOutputForGood)
     }
     // And a host that sends more frames than it announced is served in full.
     Stereo longer = VocalStereo(0.05);
-    Stereo result(longer.size());
-    float* i2[2] = {longer.l.data(), longer.r.data()};
-    float* o2[2] = {result.l.data(), result.r.data()};
-    host.effect->processReplacing(host.effect, i2, o2, (VstInt32)longer.size());
-    EXPECT_NE(result.l.back(), 0.f);
+    EXPECT_NE(Process(longer, (int)longer.size()).l.back(), 0.f);
 }
