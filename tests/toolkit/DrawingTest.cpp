@@ -77,14 +77,10 @@ TEST(ToolkitDrawing, BitBltCopyAndXorOnKnownPixels)
                             : rop == SRCAND ? RGB(0x30, 0x0F, 0x00)
                                             : RGB(0xCC, 0xF0, 0xFF);
         for (int y = 0; y < 8; ++y)
-        {
             for (int x = 0; x < 8; ++x)
-            {
-                bool inside = x >= 2 && x <= 4 && y >= 2 && y <= 4;
-                EXPECT_EQ(dstDC.GetPixel(x, y), inside ? expected : dstColor)
+                EXPECT_EQ(dstDC.GetPixel(x, y),
+                          x >= 2 && x <= 4 && y >= 2 && y <= 4 ? expected : dstColor)
                     << "rop " << std::hex << rop << " at " << std::dec << x << "," << y;
-            }
-        }
     }
 }
 

@@ -3,10 +3,8 @@
 // display is exercised through the real editor in editor_x11_tests.)
 #include <gtest/gtest.h>
 
-#include <cstdlib>
-#include <string>
-
 #include "AfxWin.h"
+#include "TestFiles.h"
 #include "backends/X11Backend.h"
 
 namespace
@@ -32,9 +30,7 @@ END_MESSAGE_MAP()
 TEST(ToolkitX11, WithoutADisplayWindowsLiveOffScreenAndModalLoopsEnd)
 {
     // An unreachable display: windows still work as records, nothing hangs.
-    const char* saved = std::getenv("DISPLAY");
-    std::string keep = saved ? saved : "";
-    setenv("DISPLAY", ":4095", 1);
+    ScopedEnv display("DISPLAY", ":4095");
     ASSERT_TRUE(CToolkit::UseX11());
     {
         CFrameWnd frame;
@@ -55,9 +51,5 @@ TEST(ToolkitX11, WithoutADisplayWindowsLiveOffScreenAndModalLoopsEnd)
         frame.SetNativeView(nullptr);
     }
     EXPECT_FALSE(AfxX11ErrorHandlerInstalled());
-    if (saved)
-        setenv("DISPLAY", keep.c_str(), 1);
-    else
-        unsetenv("DISPLAY");
     CToolkit::UseHeadless();
 }
