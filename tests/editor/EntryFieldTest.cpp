@@ -125,7 +125,7 @@ protected:
     CFont m_Font;
 };
 
-TEST_F(EntryFieldTest, CreatedHiddenAndSizedFromTheFontAndMetrics)
+TEST_F(EntryFieldTest, CreatedHiddenAndSizedFromTheFontAndMetricsCallsBeforeAreHarmless)
 {
     EXPECT_FALSE(m_Field.IsWindowVisible());
     EXPECT_EQ(m_Field.GetSpin().GetBuddy(), &m_Field.GetEdit());
@@ -159,6 +159,18 @@ TEST_F(EntryFieldTest, CreatedHiddenAndSizedFromTheFontAndMetrics)
     m_Field.ScreenToClient(&spin);
     EXPECT_EQ(edit, CRect(0, 0, 46, 18));
     EXPECT_EQ(spin, CRect(46, 0, 61, 18));
+
+    // Calls before the window is made are harmless.
+    CVRXFloatEditWnd field; // never made
+    field.SetNewValue(1, 0, 2);
+    field.SetSingnFlag(true);
+    field.ChangeSize(4, true);
+    EXPECT_EQ(field.GetMaxChars(), 5);
+    CString none;
+    field.GetText(none);
+    EXPECT_TRUE(none.IsEmpty());
+    char title[] = "";
+    EXPECT_FALSE(field.MakeWindow(nullptr, nullptr, title, nullptr, 6, nullptr, false));
 }
 
 TEST_F(EntryFieldTest, CharacterRulesAndSpinSteps)
@@ -288,19 +300,5 @@ TEST_F(EntryFieldTest, ReturnTellsTheOwnerThenHidesAndEscapeOnlyHides)
     EXPECT_EQ(m_Owner.received, std::vector<UINT>{WM_INPUTVAL_ESCAPE});
     EXPECT_FALSE(m_Field.IsWindowVisible());
     EXPECT_EQ(CWnd::GetFocus(), &m_Owner); // focus back to the parent
-}
-
-TEST(EntryFieldNoWindow, CallsBeforeCreationAreHarmless)
-{
-    CVRXFloatEditWnd field;
-    field.SetNewValue(1, 0, 2);
-    field.SetSingnFlag(true);
-    field.ChangeSize(4, true);
-    EXPECT_EQ(field.GetMaxChars(), 5);
-    CString text;
-    field.GetText(text);
-    EXPECT_TRUE(text.IsEmpty());
-    char title[] = "";
-    EXPECT_FALSE(field.MakeWindow(nullptr, nullptr, title, nullptr, 6, nullptr, false));
 }
 } // namespace

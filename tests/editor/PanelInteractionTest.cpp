@@ -160,7 +160,7 @@ TEST_F(PanelTest, SecondDisplayPressDiscardsTheFirstEntryAndStrayReturnsOnlyRepa
     EXPECT_EQ(threshold, effect->GetInternalValue(kParamThreshold));
 }
 
-TEST_F(PanelTest, KnobDragFollowsThePointerAndTellsTheHost)
+TEST_F(PanelTest, KnobAndFaderDragsFollowThePointerAndTellTheHost)
 {
     effect->setParameter(kParamThreshold, 0.5f); // away from both end stops
     HostCalls().clear();
@@ -193,10 +193,8 @@ TEST_F(PanelTest, KnobDragFollowsThePointerAndTellsTheHost)
         EXPECT_NEAR(0.8f, effect->getParameter(k[1]), 1e-6) << k[0];
         EXPECT_NEAR(0.8f, Panel()->Knob(k[0]).GetValue(), 1e-6) << k[0];
     }
-}
 
-TEST_F(PanelTest, FaderClickJumpsAndDragsLogarithmically)
-{
+    // A fader click jumps, and its drag maps logarithmically.
     HostCalls().clear();
     Press(CPoint(52, 45 + 66)); // input fader, 66 px down its track
     const double t = (66.0 - 127.0) / (6.0 - 127.0);
