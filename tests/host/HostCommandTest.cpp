@@ -176,7 +176,7 @@ TEST(HostRender, BadInputsAreClearErrors)
     std::vector<std::string> expected = {"good.wav", "text.wav"};
     if (geteuid() != 0)
         expected.insert(expected.begin() + 1, "locked.wav");
-    EXPECT_EQ(Names(dir), expected);
+    EXPECT_EQ(Names(dir.path()), expected);
 }
 
 // The output must not exist (unless --force) and must never be the input,
@@ -232,7 +232,7 @@ TEST(HostRender, InterruptedRenderLeavesNoOutput)
         // Wait until the temporary output exists, i.e. the render is under way.
         bool started = false;
         for (int i = 0; i < 500 && !started; ++i, usleep(10000))
-            for (const std::string& name : Names(dir))
+            for (const std::string& name : Names(dir.path()))
                 started = started || name.rfind(".out.wav.", 0) == 0;
         EXPECT_TRUE(started);
         usleep(50000);
@@ -240,7 +240,7 @@ TEST(HostRender, InterruptedRenderLeavesNoOutput)
         int status = 0;
         waitpid(pid, &status, 0);
         EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == sig) << status;
-        EXPECT_EQ(Names(dir), std::vector<std::string>{"long.wav"});
+        EXPECT_EQ(Names(dir.path()), std::vector<std::string>{"long.wav"});
     }
 }
 

@@ -36,10 +36,10 @@ const ::testing::Environment* const g_Config =
     ::testing::AddGlobalTestEnvironment(new ConfigEnvironment);
 } // namespace
 
-std::vector<std::string> Names(const TempDir& dir)
+std::vector<std::string> Names(const std::string& folder)
 {
     std::vector<std::string> names;
-    for (const auto& entry : std::filesystem::directory_iterator(dir.path()))
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
         names.push_back(entry.path().filename().string());
     std::sort(names.begin(), names.end());
     return names;

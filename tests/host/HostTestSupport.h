@@ -51,7 +51,7 @@ inline size_t Count(const std::string& text, const std::string& what)
 }
 
 // Names in a folder, sorted.
-std::vector<std::string> Names(const TempDir& dir);
+std::vector<std::string> Names(const std::string& folder);
 
 inline bool Exists(const std::string& path)
 {
