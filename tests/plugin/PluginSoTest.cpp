@@ -6,6 +6,7 @@
 #include <cstring>
 #include <dlfcn.h>
 #include <gtest/gtest.h>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -162,13 +163,8 @@ TEST(PluginSoProperties, AnsweredPerHost)
     const char* labels[] = {"", "dB", "dB", "dB", "", "ms", "sec", "Hz", "Hz", "", "", ""};
     const int ranges[12][2] = {{0, 1}, {0, 10},       {0, 1},        {-100, 0}, {1, 64}, {0, 20},
                                {0, 4}, {2000, 20000}, {2000, 20000}, {0, 1},    {0, 1},  {0, 0}};
-    const struct
-    {
-        const char* product;
-        const char* vendor;
-        VstIntPtr result;
-        bool misreads;
-    } hosts[] = {
+    // Product and vendor answered, the answer's result, and whether the host misreads.
+    const std::tuple<const char*, const char*, VstIntPtr, bool> hosts[] = {
         {"Ardour", "Linux Audio Systems", 0, true}, // fills the names, answers 0
         {"Mixbus", "Linux Audio Systems", 0, true},
         {"Carla", "falkTX", 1, true},
@@ -183,14 +179,14 @@ TEST(PluginSoProperties, AnsweredPerHost)
         {"JUCE Plugin Host", "Raw Material Software", 1, false},
         {"Ardou", "Linux Audio", 1, false},
     };
-    for (const auto& h : hosts)
+    for (const auto& [product, vendor, result, misreads] : hosts)
     {
         HostHarness host;
-        HostHarness::productAnswer = h.product;
-        HostHarness::vendorAnswer = h.vendor;
-        HostHarness::nameResult = h.result;
+        HostHarness::productAnswer = product;
+        HostHarness::vendorAnswer = vendor;
+        HostHarness::nameResult = result;
         ASSERT_NE(host.Create(), nullptr);
-        const std::string who = h.product ? h.product : "(nothing)";
+        const std::string who = product ? product : "(nothing)";
         for (int pass = 0; pass < 2; ++pass)
             for (int i = 0; i < 12; ++i)
             {
@@ -198,7 +194,7 @@ TEST(PluginSoProperties, AnsweredPerHost)
                 std::memset(&p, 0xAB, sizeof(p));
                 std::memset(&expected, 0, sizeof(expected));
                 VstIntPtr answer = host.Dispatch(effGetParameterProperties, i, 0, &p);
-                if (h.misreads)
+                if (misreads)
                 {
                     EXPECT_EQ(answer, 0) << who << " " << i;
                     EXPECT_EQ(p.flags, 0) << who << " " << i;

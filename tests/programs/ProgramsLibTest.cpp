@@ -13,6 +13,7 @@
 
 #include <cstring>
 #include <memory>
+#include <tuple>
 
 namespace
 {
@@ -43,28 +44,23 @@ TEST(DWordFile, BigEndianWordsOnAnyMachine)
 TEST(StrTerminateTab, FieldsNextStartsAndBounds)
 {
     char field[kTabFieldWorkSize];
-    // a TAB b, then x, empty, 196608, empty: four fields from three TABs.
-    struct Step
+    // Line, start, field, next start. a TAB b, then x, empty, 196608, empty:
+    // four fields from three TABs.
+    const std::tuple<const char*, int, const char*, int> steps[] = {
+        {"a\tb", 0, "a", 2},
+        {"a\tb", 2, "b", -1},
+        {"x\t\t196608\t", 0, "x", 2},
+        {"x\t\t196608\t", 2, "", 3},
+        {"x\t\t196608\t", 3, "196608", 10},
+        {"x\t\t196608\t", 10, "", -1},
+        {"a\tb", -1, "", -1},
+        {"a\tb", 40, "", -1}}; // past the end
+    for (const auto& [text, start, want, next] : steps)
     {
-        const char* line;
-        int start;
-        const char* field;
-        int next;
-    };
-    const Step steps[] = {{"a\tb", 0, "a", 2},
-                          {"a\tb", 2, "b", -1},
-                          {"x\t\t196608\t", 0, "x", 2},
-                          {"x\t\t196608\t", 2, "", 3},
-                          {"x\t\t196608\t", 3, "196608", 10},
-                          {"x\t\t196608\t", 10, "", -1},
-                          {"a\tb", -1, "", -1},
-                          {"a\tb", 40, "", -1}}; // past the end
-    for (const Step& st : steps)
-    {
-        std::string line = st.line;
+        std::string line = text;
         std::strcpy(field, "stale");
-        EXPECT_EQ(StrTerminateTab(&line[0], st.start, field), st.next) << st.line << st.start;
-        EXPECT_STREQ(field, st.field) << st.line << st.start;
+        EXPECT_EQ(StrTerminateTab(&line[0], start, field), next) << text << start;
+        EXPECT_STREQ(field, want) << text << start;
     }
 
     // A line longer than the work buffer, and a small field buffer, on the
