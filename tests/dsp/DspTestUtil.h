@@ -4,6 +4,8 @@
 
 #include "TestSignal.h"
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cmath>
 #include <complex>
@@ -55,6 +57,23 @@ inline std::vector<float> LiteralDF1(float b0, float b1, float b2, float a1, flo
 template <class Filter> std::vector<float> State(const Filter& f)
 {
     return {f.x1, f.x2, f.y1, f.y2};
+}
+
+// run(in, out, count) with count 0 touches neither output nor state; a
+// non-finite input (`bad`) makes the state bad until Reset zeroes it.
+template <class Filter, class Run>
+void ExpectEmptyCallAndBadStateReset(Filter& f, float bad, Run run)
+{
+    const std::vector<float> before = State(f);
+    float guard = 7.f, in[2] = {bad, 0.f}, out[2];
+    run(nullptr, &guard, 0);
+    EXPECT_EQ(guard, 7.f);
+    EXPECT_EQ(State(f), before);
+    run(in, out, 2);
+    EXPECT_TRUE(f.IsStateBad());
+    f.Reset();
+    EXPECT_FALSE(f.IsStateBad());
+    EXPECT_EQ(State(f), std::vector<float>(4, 0.f));
 }
 
 // Gain in dB of a block filter at one frequency: a sine runs through it and

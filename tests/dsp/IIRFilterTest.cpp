@@ -74,16 +74,8 @@ TEST(IIRFilter, RecursionMatchesLiteralReferenceInAnyChunks)
         EXPECT_EQ(out, want) << "chunk " << chunk;
         EXPECT_EQ(State(f), std::vector<float>({x[1999], x[1998], want[1999], want[1998]}));
     }
-    // Count 0 touches nothing; a non-finite state is detected and reset.
-    float guard = 9.f;
-    p.OperateEqualizer(x.data(), &guard, 0);
-    EXPECT_EQ(guard, 9.f);
-    float bad[2] = {INFINITY, 0.f}, out[2];
-    p.OperateEqualizer(bad, out, 2);
-    EXPECT_TRUE(p.IsStateBad());
-    p.Reset();
-    EXPECT_FALSE(p.IsStateBad());
-    EXPECT_EQ(State(p), std::vector<float>(4, 0.f));
+    ExpectEmptyCallAndBadStateReset(
+        p, INFINITY, [&](const float* in, float* out, int n) { p.OperateEqualizer(in, out, n); });
 }
 
 TEST(IIRFilter, ButterworthMinus3dBAtWarpedCutoff)
