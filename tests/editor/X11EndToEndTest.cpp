@@ -165,8 +165,7 @@ protected:
         ASSERT_NE(nullptr, rect);
         width = rect->right - rect->left;
         height = rect->bottom - rect->top;
-        ASSERT_GT(width, 0);
-        ASSERT_GT(height, 0);
+        ASSERT_TRUE(width > 0 && height > 0) << width << " x " << height;
         hostWindow = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, width, height,
                                          0, 0, 0x00FF00FF);
         XSelectInput(display, hostWindow, StructureNotifyMask | ExposureMask);
