@@ -8,19 +8,12 @@
 #include <cmath>
 #include <csignal>
 #include <sys/stat.h>
+#include <tuple>
 #include <sys/wait.h>
 #include <unistd.h>
 
 namespace
 {
-struct Format
-{
-    const char* name;
-    int format;
-    const char* ext;
-    double tolerance; // largest allowed sample difference after a unity round trip
-};
-
 // One line on stderr, starting with "deesser: ".
 void expectOneLineError(const RunResult& r, const std::string& needle)
 {
@@ -48,7 +41,9 @@ double maxDifference(const std::vector<float>& a, const std::vector<float>& b)
 // through the plug-in, mono included.
 TEST(HostRender, FormatsAndLayoutsRoundTrip)
 {
-    const Format formats[] = {
+    // Name, format, extension, and the largest sample difference after a unity
+    // round trip (-1: lossy).
+    const std::tuple<const char*, int, const char*, double> formats[] = {
         {"wav16", SF_FORMAT_WAV | SF_FORMAT_PCM_16, "wav", 2.0 / 32768},
         {"wav24", SF_FORMAT_WAV | SF_FORMAT_PCM_24, "wav", 2.0 / 8388608},
         {"wavfloat", SF_FORMAT_WAV | SF_FORMAT_FLOAT, "wav", 0.0},
@@ -61,15 +56,15 @@ TEST(HostRender, FormatsAndLayoutsRoundTrip)
     const int rates[] = {44100, 48000, 22050, 96000};
     TempDir dir;
     int n = 0;
-    for (const Format& f : formats)
+    for (const auto& [name, format, ext, tolerance] : formats)
         for (int channels = 1; channels <= 2; ++channels, ++n)
         {
-            SCOPED_TRACE(std::string(f.name) + (channels == 1 ? " mono" : " stereo"));
+            SCOPED_TRACE(std::string(name) + (channels == 1 ? " mono" : " stereo"));
             int rate = rates[n % 4];
             long long frames = rate / 2 + 123; // not a whole number of blocks
-            const std::string base = dir / (f.name + std::to_string(channels));
-            const std::string in = base + "." + f.ext, out = base + "-out." + f.ext;
-            WriteSound(in, f.format, channels, rate, TestSignal(channels, rate, frames));
+            const std::string base = dir / (name + std::to_string(channels));
+            const std::string in = base + "." + ext, out = base + "-out." + ext;
+            WriteSound(in, format, channels, rate, TestSignal(channels, rate, frames));
             bool invert = n % 2 == 1;
             RunResult r =
                 RunDeEsser({"render", in, out, "--plugin", FakePlugin(3), "--set", "Gain=0.5",
@@ -86,8 +81,8 @@ TEST(HostRender, FormatsAndLayoutsRoundTrip)
             if (invert)
                 for (float& v : x)
                     v = -v;
-            if (f.tolerance >= 0)
-                EXPECT_LE(maxDifference(x, y), f.tolerance);
+            if (tolerance >= 0)
+                EXPECT_LE(maxDifference(x, y), tolerance);
             else
             {
                 // Lossy: the decoded output still follows the input (the noise

@@ -12,6 +12,7 @@
 
 #include <cmath>
 #include <sstream>
+#include <tuple>
 
 namespace
 {
@@ -272,22 +273,16 @@ TEST(HostAnalyze, JsonShapeAndAgreementWithRender)
     // The ratio changes only where needed: a target below the split-band dip
     // needs none, a program at Ratio 1 cannot compress, and beyond what any
     // setting does the deepest one is used and said to fall short.
-    const struct
-    {
-        const char* program;
-        const char* set;
-        const char* target;
-        const char* note;
-    } notes[] = {
+    const std::tuple<const char*, const char*, const char*, const char*> notes[] = {
         {"Split Male", "ON/OFF=ON", "2", "nothing is compressed (Ratio 1)"},
         {"Female Vocal", "Ratio=1", "6", "the program's Ratio 1.0 cannot reach the target"},
         {"Split Male", "ON/OFF=ON", "30", "out of reach: at most"},
     };
-    for (const auto& n : notes)
+    for (const auto& [program, set, target, note] : notes)
     {
-        r = RunDeEsser({"analyze", a, "--factory", "--program-name", n.program, "--set", n.set,
-                        "--target", n.target});
+        r = RunDeEsser({"analyze", a, "--factory", "--program-name", program, "--set", set,
+                        "--target", target});
         ASSERT_EQ(r.status, 0) << r.err;
-        EXPECT_NE(r.out.find(n.note), std::string::npos) << r.out;
+        EXPECT_NE(r.out.find(note), std::string::npos) << r.out;
     }
 }

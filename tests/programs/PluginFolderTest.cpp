@@ -48,11 +48,8 @@ TEST(PluginFolder, BuiltPluginFindsItsFactoryBank)
     TempDir empty;
     const std::string so = plugins / "DeEsser.so", folder = plugins.path(),
                       slash = plugins.path() + "/", elsewhere = empty.path();
-    const struct
-    {
-        const char* answer;
-        std::string first;
-    } cases[] = {
+    // The host's answer, and the first program's name.
+    const std::pair<const char*, std::string> cases[] = {
         {nullptr, table[0].name},             // no answer
         {"", table[0].name},                  // an empty answer
         {so.c_str(), "From Host Folder"},     // the .so's own path
@@ -60,8 +57,8 @@ TEST(PluginFolder, BuiltPluginFindsItsFactoryBank)
         {slash.c_str(), "From Host Folder"},  // the folder with one
         {elsewhere.c_str(), table[0].name},   // a folder without a bank
     };
-    for (const auto& c : cases)
-        EXPECT_EQ(ProgramNameAfterOpen(0, c.answer), c.first) << (c.answer ? c.answer : "(null)");
+    for (const auto& [answer, first] : cases)
+        EXPECT_EQ(ProgramNameAfterOpen(0, answer), first) << (answer ? answer : "(null)");
     EXPECT_EQ(ProgramNameAfterOpen(31, nullptr), "Empty");
 #endif
 }
