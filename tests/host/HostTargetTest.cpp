@@ -71,11 +71,7 @@ TEST(HostTargetModel, PredictsThePlugInsBandChanges)
     REQUIRE_DEESSER();
     UseScratchSettings();
     const int rate = 44100, frames = 88200;
-    struct Case
-    {
-        int channels;
-        std::vector<std::string> sets;
-    } cases[] = {
+    const std::pair<int, std::vector<std::string>> cases[] = {
         {2,
          {"SideChain=ON", "AutoThreshold=OFF", "Threshold=-22", "Ratio=4", "AttackTime=0.5",
           "ReleaseTime=0.08", "LowFreq=6000", "HiFreq=10000"}},
@@ -86,14 +82,14 @@ TEST(HostTargetModel, PredictsThePlugInsBandChanges)
          {"SideChain=OFF", "AutoThreshold=OFF", "Threshold=-38", "Ratio=8", "AttackTime=1",
           "ReleaseTime=0.1", "LowFreq=5800", "HiFreq=9000"}},
     };
-    for (const Case& k : cases)
+    for (const auto& [channels, sets] : cases)
     {
-        SCOPED_TRACE(k.sets[0] + " " + k.sets[2] + ", channels " + std::to_string(k.channels));
-        const std::vector<float> x = TestSignal(k.channels, rate, frames);
+        SCOPED_TRACE(sets[0] + " " + sets[2] + ", channels " + std::to_string(channels));
+        const std::vector<float> x = TestSignal(channels, rate, frames);
         CVstHost host(DeEsserPath());
         host.Open();
         host.Prepare(rate, 512);
-        for (const std::string& s : k.sets)
+        for (const std::string& s : sets)
             ApplySetting(host, s);
         host.Start();
         const EffectSettings settings = ReadEffectSettings(host);
@@ -103,30 +99,30 @@ TEST(HostTargetModel, PredictsThePlugInsBandChanges)
             const int n = std::min(512, frames - at);
             for (int i = 0; i < n; ++i)
             {
-                l[i] = x[(size_t)(at + i) * k.channels];
-                r[i] = x[(size_t)(at + i) * k.channels + k.channels - 1];
+                l[i] = x[(size_t)(at + i) * channels];
+                r[i] = x[(size_t)(at + i) * channels + channels - 1];
             }
             float* ins[2] = {l.data(), r.data()};
             float* outs[2] = {ol.data(), orr.data()};
             host.Process(ins, outs, n);
             for (int i = 0; i < n; ++i)
             {
-                y[(size_t)(at + i) * k.channels] = ol[i];
-                y[(size_t)(at + i) * k.channels + k.channels - 1] = orr[i];
+                y[(size_t)(at + i) * channels] = ol[i];
+                y[(size_t)(at + i) * channels + channels - 1] = orr[i];
             }
         }
         host.Stop();
 
-        CFileModel model(settings, rate, k.channels, {{0, k.channels == 2 ? 1 : -1}});
+        CFileModel model(settings, rate, channels, {{0, channels == 2 ? 1 : -1}});
         model.Add(x.data(), frames);
         model.Finish();
         double sibIn = 0, voiceIn = 0, sibOut = 0, voiceOut = 0;
-        for (int c = 0; c < k.channels; ++c)
+        for (int c = 0; c < channels; ++c)
         {
             double s, v;
-            bandEnergies(x, k.channels, c, rate, s, v);
+            bandEnergies(x, channels, c, rate, s, v);
             sibIn += s, voiceIn += v;
-            bandEnergies(y, k.channels, c, rate, s, v);
+            bandEnergies(y, channels, c, rate, s, v);
             sibOut += s, voiceOut += v;
         }
         const BandChange p = model.Predict(settings.ThresholdDb(), settings.Ratio());
