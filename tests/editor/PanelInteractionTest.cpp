@@ -402,7 +402,7 @@ TEST_F(PanelTest, SaveOpensTheDialogAndStoresTheProgramOnOK)
 }
 
 // The panel tests its press targets in one pass over the layout table; that
-// is the specified order only because no two targets (controls, value
+// gives the intended order only because no two targets (controls, value
 // displays, lamp, save face) overlap.
 TEST(PanelLayout, NoTwoPressTargetsOverlap)
 {
