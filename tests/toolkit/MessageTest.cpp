@@ -198,15 +198,6 @@ TEST_F(ToolkitMessages, InvalidationLeadsToOnePaintOnThePump)
     wnd.DestroyWindow();
 }
 
-namespace
-{
-void TimerCallback(HWND, UINT message, UINT_PTR id, DWORD)
-{
-    if (message == WM_TIMER)
-        g_Log.push_back("callback " + std::to_string(id));
-}
-} // namespace
-
 TEST_F(ToolkitMessages, TimersFireFromThePump)
 {
     CDerivedWnd wnd;
@@ -223,7 +214,12 @@ TEST_F(ToolkitMessages, TimersFireFromThePump)
     CToolkit::Pump();
     CToolkit::Pump();
     // 1024 is not due again 10 ms later; 7 goes to its callback.
-    wnd.SetTimer(7, 10, TimerCallback);
+    wnd.SetTimer(7, 10,
+                 [](HWND, UINT message, UINT_PTR id, DWORD)
+                 {
+                     if (message == WM_TIMER)
+                         g_Log.push_back("callback " + std::to_string(id));
+                 });
     CHeadless::AdvanceTime(10);
     CToolkit::Pump();
     const std::vector<std::string> fired = {"derived:timer 1024", "derived:timer 1024",
