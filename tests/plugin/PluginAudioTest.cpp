@@ -13,18 +13,10 @@ namespace
 constexpr float kRate = 44100.f;
 
 // Normalised values of display settings (gains: 6 dB per doubling).
-float NormDb(double db, double lo, double hi)
-{
-    return (float)((db - lo) / (hi - lo));
-}
-float NormGainDb(double db, double maxGain)
-{
-    return (float)((std::exp2(db / 6.0) - 0.001) / (maxGain - 0.001));
-}
-float NormHz(double hz)
-{
-    return (float)((hz - 2000.0) / 18000.0);
-}
+const auto NormDb = [](double db, double lo, double hi) { return (float)((db - lo) / (hi - lo)); };
+const auto NormGainDb = [](double db, double maxGain)
+{ return (float)((std::exp2(db / 6.0) - 0.001) / (maxGain - 0.001)); };
+const auto NormHz = [](double hz) { return (float)((hz - 2000.0) / 18000.0); };
 
 struct Stereo
 {

@@ -43,10 +43,8 @@ std::string ChunkOf(ADeEsser& effect, bool isPreset)
     return std::string((const char*)data, (size_t)size);
 }
 
-std::string RecordBytes(const ADeEsserProgram& p)
-{
-    return std::string((const char*)&p, sizeof p);
-}
+const auto RecordBytes = [](const ADeEsserProgram& p)
+{ return std::string((const char*)&p, sizeof p); };
 
 // A bank image whose program i is named "Pi" with threshold -i dB.
 std::string NamedBank(int current)
