@@ -8,33 +8,14 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <memory>
 #include <spawn.h>
 #include <sys/wait.h>
 
 extern char** environ;
 
-namespace
-{
-// The plug-in reads its user default bank from $XDG_CONFIG_HOME; an empty
+// The plug-in reads its user default bank from $XDG_CONFIG_HOME: an empty
 // folder of our own keeps the tests apart from the user's settings.
-class ConfigEnvironment : public ::testing::Environment
-{
-public:
-    void SetUp() override
-    {
-        m_Dir = std::make_unique<TempDir>();
-        setenv("XDG_CONFIG_HOME", m_Dir->path().c_str(), 1);
-    }
-    void TearDown() override { m_Dir.reset(); }
-
-private:
-    std::unique_ptr<TempDir> m_Dir;
-};
-
-const ::testing::Environment* const g_Config =
-    ::testing::AddGlobalTestEnvironment(new ConfigEnvironment);
-} // namespace
+static const TempDir& g_Settings = UseScratchSettings();
 
 std::vector<std::string> Names(const std::string& folder)
 {
