@@ -69,7 +69,6 @@ void bandEnergies(const std::vector<float>& x, int channels, int c, int rate, do
 TEST(HostTargetModel, PredictsThePlugInsBandChanges)
 {
     REQUIRE_DEESSER();
-    UseScratchSettings();
     const int rate = 44100, frames = 88200;
     const std::pair<int, std::vector<std::string>> cases[] = {
         {2,
@@ -141,7 +140,6 @@ TEST(HostTargetModel, PredictsThePlugInsBandChanges)
 TEST(HostTarget, ReachesTheTargetAtAnyLevel)
 {
     REQUIRE_DEESSER();
-    UseScratchSettings();
     TempDir dir;
     struct Signal
     {
@@ -199,7 +197,6 @@ TEST(HostTarget, ReachesTheTargetAtAnyLevel)
 TEST(HostTarget, BatchStandardInputAndErrors)
 {
     REQUIRE_DEESSER();
-    UseScratchSettings();
     TempDir dir;
     const std::string a = dir / "a.wav", b = dir / "b.wav";
     WriteSound(a, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 2, 44100, TestSignal(2, 44100, 88200));
@@ -236,7 +233,6 @@ TEST(HostTarget, BatchStandardInputAndErrors)
 TEST(HostAnalyze, JsonShapeAndAgreementWithRender)
 {
     REQUIRE_DEESSER();
-    UseScratchSettings();
     TempDir dir;
     const std::string a = dir / "a.wav";
     WriteSound(a, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100, TestSignal(2, 44100, 88200));
