@@ -1,5 +1,5 @@
-// Helpers for the filter tests: sine gain measurement and the analytic
-// magnitude of a biquad; signals from the shared kit.
+// Helpers for the filter tests: chunked runs, the direct form I written out,
+// the empty-call/bad-state check and the analytic magnitude of a biquad.
 #pragma once
 
 #include "TestSignal.h"
@@ -9,14 +9,12 @@
 #include <algorithm>
 #include <cmath>
 #include <complex>
-#include <functional>
 #include <vector>
 
 namespace dsptest
 {
 using testsignal::kPi;
 using testsignal::Noise;
-using testsignal::Sine;
 
 // fn(done, count) over n samples in pieces of `chunk` (the last one shorter).
 template <class Fn> void ForChunks(size_t n, int chunk, Fn fn)
@@ -53,44 +51,33 @@ inline std::vector<float> LiteralDF1(float b0, float b1, float b2, float a1, flo
     return out;
 }
 
-// The last two inputs and outputs a second-order filter keeps.
-template <class Filter> std::vector<float> State(const Filter& f)
+// A filter made by setup(f), run(f, in, out, count) in chunks of 1, 2, 31 and
+// 255, gives `want` and ends in the last two inputs and outputs; count 0 then
+// touches neither output nor state; a non-finite input makes the state bad
+// until Reset zeroes it.
+template <class Filter, class Setup, class Run>
+void ExpectRecursionAndSafety(Setup setup, const std::vector<float>& in,
+                              const std::vector<float>& want, Run run)
 {
-    return {f.x1, f.x2, f.y1, f.y2};
-}
-
-// run(in, out, count) with count 0 touches neither output nor state; a
-// non-finite input (`bad`) makes the state bad until Reset zeroes it.
-template <class Filter, class Run>
-void ExpectEmptyCallAndBadStateReset(Filter& f, float bad, Run run)
-{
-    const std::vector<float> before = State(f);
-    float guard = 7.f, in[2] = {bad, 0.f}, out[2];
-    run(nullptr, &guard, 0);
-    EXPECT_EQ(guard, 7.f);
-    EXPECT_EQ(State(f), before);
-    run(in, out, 2);
-    EXPECT_TRUE(f.IsStateBad());
-    f.Reset();
-    EXPECT_FALSE(f.IsStateBad());
-    EXPECT_EQ(State(f), std::vector<float>(4, 0.f));
-}
-
-// Gain in dB of a block filter at one frequency: a sine runs through it and
-// the output's RMS over the second half is compared with the input's.
-inline double MeasureGainDb(const std::function<void(const float*, float*, int)>& filter,
-                            double freq, double rate)
-{
-    const int n = 32768;
-    std::vector<float> in = Sine(n, freq, rate), out((size_t)n);
-    filter(in.data(), out.data(), n);
-    double ein = 0.0, eout = 0.0;
-    for (int i = n / 2; i < n; ++i)
+    const size_t n = in.size();
+    for (int chunk : {1, 2, 31, 255})
     {
-        ein += (double)in[(size_t)i] * in[(size_t)i];
-        eout += (double)out[(size_t)i] * out[(size_t)i];
+        Filter f;
+        setup(f);
+        std::vector<float> out(n);
+        ForChunks(n, chunk, [&](size_t done, int c) { run(f, &in[done], &out[done], c); });
+        EXPECT_EQ(out, want) << "chunk " << chunk;
+        const std::vector<float> state = {f.x1, f.x2, f.y1, f.y2};
+        EXPECT_EQ(state, std::vector<float>({in[n - 1], in[n - 2], want[n - 1], want[n - 2]}));
+        float guard = 7.f, bad[2] = {NAN, 0.f}, out2[2];
+        run(f, nullptr, &guard, 0);
+        EXPECT_EQ(guard, 7.f);
+        EXPECT_EQ(f.x1, state[0]);
+        run(f, bad, out2, 2);
+        EXPECT_TRUE(f.IsStateBad());
+        f.Reset();
+        EXPECT_EQ(std::vector<float>({f.x1, f.x2, f.y1, f.y2}), std::vector<float>(4, 0.f));
     }
-    return 10.0 * std::log10(eout / ein);
 }
 
 // |H(e^jw)| in dB of (b0 + b1 z^-1 + b2 z^-2) / (1 + a1 z^-1 + a2 z^-2).
