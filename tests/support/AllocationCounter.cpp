@@ -1,7 +1,8 @@
-// Replaces the global allocation functions of the test program with ones that
-// count, so that a test can show a code path allocates nothing.
-// Under a sanitizer, which brings its own allocation functions, nothing is
-// replaced and the count is -1 (the test that needs it is skipped).
+// Replaces the global operator new and delete of the test program with ones
+// that count, so that a test can show a code path allocates nothing (the
+// standard library's array and nothrow forms call these). Under a
+// sanitizer, which brings its own allocation functions, nothing is replaced
+// and the count is -1 (the test that needs it is skipped).
 #include "AllocationCounter.h"
 
 #include <atomic>
@@ -38,27 +39,12 @@ void* operator new(std::size_t size)
     throw std::bad_alloc();
 }
 
-void* operator new[](std::size_t size)
-{
-    return operator new(size);
-}
-
 void operator delete(void* p) noexcept
 {
     std::free(p);
 }
 
-void operator delete[](void* p) noexcept
-{
-    std::free(p);
-}
-
 void operator delete(void* p, std::size_t) noexcept
-{
-    std::free(p);
-}
-
-void operator delete[](void* p, std::size_t) noexcept
 {
     std::free(p);
 }

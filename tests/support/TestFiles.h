@@ -7,8 +7,8 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <optional>
 #include <string>
-#include <vector>
 
 class TempDir
 {
@@ -19,10 +19,8 @@ public:
         const std::filesystem::path where =
             base.empty() ? std::filesystem::temp_directory_path() : std::filesystem::path(base);
         std::string pattern = (where / "deesser-XXXXXX").string();
-        std::vector<char> buffer(pattern.begin(), pattern.end());
-        buffer.push_back('\0');
-        if (mkdtemp(buffer.data()))
-            m_Path = buffer.data();
+        if (mkdtemp(pattern.data()))
+            m_Path = pattern;
     }
     ~TempDir()
     {
@@ -72,9 +70,7 @@ class ScopedEnv
 public:
     ScopedEnv(const char* name, const char* value) : m_Name(name)
     {
-        const char* old = std::getenv(name);
-        m_Had = old != nullptr;
-        if (old)
+        if (const char* old = std::getenv(name))
             m_Old = old;
         if (value)
             setenv(name, value, 1);
@@ -83,15 +79,15 @@ public:
     }
     ~ScopedEnv()
     {
-        if (m_Had)
-            setenv(m_Name.c_str(), m_Old.c_str(), 1);
+        if (m_Old)
+            setenv(m_Name.c_str(), m_Old->c_str(), 1);
         else
             unsetenv(m_Name.c_str());
     }
 
 private:
-    std::string m_Name, m_Old;
-    bool m_Had = false;
+    std::string m_Name;
+    std::optional<std::string> m_Old;
 };
 
 // Big-endian 32-bit word as four bytes.
