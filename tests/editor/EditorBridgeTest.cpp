@@ -1,6 +1,6 @@
-// The editor object as the host drives it through the dispatcher: size
-// before and after open, open/close/idle/draw order, ownership of the panel,
-// the message box, the control callback and image loading.
+// The editor object as the host drives it through the dispatcher: open,
+// close, idle and draw in any order, ownership of the panel, other threads,
+// the message box, bad control ids and images, and the display scale.
 #include "EditorTestSupport.h"
 
 #include <thread>
@@ -12,7 +12,6 @@
 
 #include "CInDeEsser.h"
 #include "EditorScale.h"
-#include "ParamTable.h"
 #include "TestFiles.h"
 
 namespace
@@ -40,21 +39,11 @@ void Close(ADeEsser* effect)
 }
 } // namespace
 
-TEST(EditorBridge, OpenTwiceMakesOnePanelOfTheBackgroundsSizeAndCloseRemovesIt)
+TEST(EditorBridge, OpenTwiceMakesOnePanelAndCloseRemovesIt)
 {
     const int windows = CToolkit::WindowCount();
     auto effect = MakeEffect();
     CDeEsserEditor* editor = EditorOf(effect.get());
-    ASSERT_NE(nullptr, editor);
-    EXPECT_TRUE(effect->getAeffect()->flags & effFlagsHasEditor);
-    EXPECT_FALSE(editor->isOpen());
-    EXPECT_EQ(nullptr, editor->GetPanel());
-    // The size is known before open.
-    ERect* rect = nullptr;
-    EXPECT_EQ(1, effect->dispatcher(effEditGetRect, 0, 0, &rect, 0.f));
-    ASSERT_NE(nullptr, rect);
-    EXPECT_EQ(CRect(0, 0, 460, 210), CRect(rect->left, rect->top, rect->right, rect->bottom));
-
     // Idle and draw before open do nothing.
     effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
     effect->dispatcher(effEditDraw, 0, 0, nullptr, 0.f);
@@ -63,13 +52,8 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelOfTheBackgroundsSizeAndCloseRemovesIt)
     ASSERT_EQ(1, Open(effect.get()));
     CUIWindow* panel = editor->GetUIWindow();
     ASSERT_NE(nullptr, panel);
-    EXPECT_TRUE(editor->isOpen());
     EXPECT_EQ(static_cast<IDeEsserPanel*>(panel), editor->GetPanel());
-    CRect client;
-    panel->GetClientRect(&client);
-    EXPECT_EQ(CRect(0, 0, 460, 210), client);
     const int open = CToolkit::WindowCount();
-    EXPECT_GT(open, windows);
     EXPECT_EQ(1, Open(effect.get()));
     EXPECT_EQ(panel, editor->GetUIWindow());
     EXPECT_EQ(open, CToolkit::WindowCount());
@@ -84,8 +68,6 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelOfTheBackgroundsSizeAndCloseRemovesIt)
     EXPECT_TRUE(PanelBlockMatches(panel, 440, 200, editor->GetBackground(), 440, 200, 20, 10));
 
     Close(effect.get());
-    EXPECT_FALSE(editor->isOpen());
-    EXPECT_EQ(nullptr, editor->GetUIWindow());
     EXPECT_EQ(nullptr, editor->GetPanel());
     EXPECT_EQ(windows, CToolkit::WindowCount());
     effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f); // after close: nothing
@@ -99,7 +81,6 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelOfTheBackgroundsSizeAndCloseRemovesIt)
 
     // A null parent is refused without a panel.
     EXPECT_EQ(0, Open(effect.get(), nullptr));
-    EXPECT_FALSE(editor->isOpen());
     EXPECT_EQ(windows, CToolkit::WindowCount());
 
     // Destroying the effect while open closes the panel first.
@@ -109,8 +90,9 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelOfTheBackgroundsSizeAndCloseRemovesIt)
 }
 
 // Other threads get a mailbox, not the panel; messages show only while open;
-// the control callback needs a panel.
-TEST(EditorBridge, OtherThreadsMessagesAndControlCallbacks)
+// control callbacks without a panel or for no control change nothing; a
+// missing image loads empty.
+TEST(EditorBridge, OtherThreadsMessagesAndBadCalls)
 {
     auto effect = MakeEffect();
     CDeEsserEditor* editor = EditorOf(effect.get());
@@ -131,12 +113,7 @@ TEST(EditorBridge, OtherThreadsMessagesAndControlCallbacks)
     effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
     EXPECT_FLOAT_EQ(0.5f, editor->GetUIWindow()->Knob(103).GetValue());
     EXPECT_FLOAT_EQ(0.75f, editor->GetUIWindow()->Fader(105).GetValue());
-    Close(effect.get());
-    ask();
-    EXPECT_EQ(nullptr, seen);
 
-    EXPECT_FALSE(editor->ShowMessage("closed"));
-    ASSERT_EQ(1, Open(effect.get()));
     int boxes = 0;
     CHeadless::SetModalHook(
         [&](CWnd* modal)
@@ -145,28 +122,25 @@ TEST(EditorBridge, OtherThreadsMessagesAndControlCallbacks)
             modal->SendMessage(WM_CLOSE);
         });
     EXPECT_TRUE(editor->ShowMessage("Could not save the bank."));
-    EXPECT_EQ(1, boxes);
     EXPECT_FALSE(editor->ShowMessage(nullptr));
+    EXPECT_EQ(1, boxes);
     CHeadless::SetModalHook({});
 
-    CUIWindow* panel = editor->GetUIWindow();
+    const float threshold = effect->getParameter(kParamThreshold);
     HostCalls().clear();
-    EXPECT_TRUE(ControlCallback(100, 0.3f, panel));
-    EXPECT_FLOAT_EQ(0.3f, effect->getParameter(kParamThreshold));
-    EXPECT_EQ(std::vector<float>{0.3f}, AutomatedValues(kParamThreshold));
-    EXPECT_TRUE(ControlCallback(111, 1.f, panel));
-    EXPECT_TRUE(effect->GetListen());
-    EXPECT_TRUE(ControlCallback(131, 1.f, panel)); // the copy button drives nothing
-    EXPECT_TRUE(ControlCallback(999, 1.f, panel));
+    EXPECT_TRUE(ControlCallback(131, 1.f, editor->GetUIWindow())); // the copy button
+    EXPECT_TRUE(ControlCallback(999, 1.f, editor->GetUIWindow()));
     EXPECT_FALSE(ControlCallback(100, 0.9f, nullptr));
-    EXPECT_FLOAT_EQ(0.3f, effect->getParameter(kParamThreshold));
+    EXPECT_FLOAT_EQ(threshold, effect->getParameter(kParamThreshold));
+    EXPECT_TRUE(HostCalls().empty());
     Close(effect.get());
+    ask();
+    EXPECT_EQ(nullptr, seen);
+    EXPECT_FALSE(editor->ShowMessage("closed"));
 
-    // A missing image loads as an empty one.
     CVRXBitmap missing;
     EXPECT_FALSE(missing.LoadResourceBitmap(4999));
     EXPECT_EQ(0, missing.Width());
-    EXPECT_EQ(0, missing.Height());
 }
 
 // The scale's sources in their order, each saying nothing when it has no
@@ -184,19 +158,14 @@ TEST(EditorScale, SourcesInOrderEachClampedOrIgnored)
         double expected;
         bool asksDesktop;
     } cases[] = {
-        {2.0, "3", 4.0, 2.0, false},       // the host first
-        {1.25, nullptr, 0.0, 1.25, false}, // any decimal
-        {9.0, nullptr, 0.0, 4.0, false},   // outside 1..4: the nearer end
+        {2.0, "3", 4.0, 2.0, false},     // the host first
+        {9.0, nullptr, 0.0, 4.0, false}, // outside 1..4: the nearer end
         {0.5, nullptr, 0.0, 1.0, false},
-        {0.0, "1.5", 2.0, 1.5, false}, // then DEESSER_UI_SCALE
-        {0.0, " 3 ", 2.0, 3.0, false},
+        {0.0, " 1.5 ", 2.0, 1.5, false}, // then DEESSER_UI_SCALE
         {0.0, "6", 2.0, 4.0, false},
         {-1.0, "2x", 2.0, 2.0, true}, // not a number: the desktop's turn
-        {std::nan(""), "", 2.0, 2.0, true},
-        {0.0, "0", 192.0 / 96.0, 2.0, true}, // Xft.dpi / 96
-        {0.0, nullptr, 144.0 / 96.0, 1.5, true},
-        {0.0, nullptr, 120.0 / 96.0, 1.25, true},
-        {0.0, nullptr, 100.0 / 96.0, 100.0 / 96.0, true}, // as it is
+        {std::nan(""), "", 1.25, 1.25, true},
+        {0.0, "0", 100.0 / 96.0, 100.0 / 96.0, true}, // Xft.dpi / 96, as it is
         {0.0, nullptr, 72.0 / 96.0, 1.0, true},
         {0.0, nullptr, 0.0, 1.0, true}, // nothing anywhere
     };
@@ -211,9 +180,12 @@ TEST(EditorScale, SourcesInOrderEachClampedOrIgnored)
 }
 
 // The VST host's scale ('PreS'/'AeCs', scale in opt) sizes the editor before
-// it opens; while open a new scale resizes every window and back buffer and
-// asks the host for the new size; withdrawing it goes back to the desktop's.
-TEST(EditorBridge, HostScaleSizesTheEditorAndResizesItWhileOpen)
+// it opens; the panel then works in panel pixels while everything it shows,
+// the entry field, the copy menu, the save dialog and the message box
+// included, is drawn at the scale (text at device resolution). While open a
+// new scale resizes every window and back buffer and asks the host for the
+// new size; withdrawing it goes back to the desktop's.
+TEST(EditorBridge, HostScaleSizesTheEditorAndEveryWindowItShows)
 {
     const VstInt32 kPreS = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';
     const VstIntPtr kAeCs = ('A' << 24) | ('e' << 16) | ('C' << 8) | 's';
@@ -225,6 +197,12 @@ TEST(EditorBridge, HostScaleSizesTheEditorAndResizesItWhileOpen)
         effect->dispatcher(effEditGetRect, 0, 0, &r, 0.f);
         return CSize(r->right - r->left, r->bottom - r->top);
     };
+    auto deviceWidth = [](CWnd* wnd)
+    {
+        CBitmap shot;
+        shot.Attach(CHeadless::Snapshot(wnd));
+        return cairo_image_surface_get_width(shot.GetHandle());
+    };
     CHeadless::SetDesktopScale(1.5);
     EXPECT_EQ(CSize(690, 315), rect());
     EXPECT_EQ(1, effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 2.f));
@@ -233,10 +211,33 @@ TEST(EditorBridge, HostScaleSizesTheEditorAndResizesItWhileOpen)
 
     ASSERT_EQ(1, Open(effect.get()));
     CUIWindow* panel = EditorOf(effect.get())->GetUIWindow();
-    CBitmap back;
-    back.Attach(CHeadless::Snapshot(panel));
-    EXPECT_EQ(920, cairo_image_surface_get_width(back.GetHandle()));
-    EXPECT_EQ(CSize(460, 210), back.GetSize()); // the panel's own size stays
+    EXPECT_EQ(920, deviceWidth(panel));
+    CRect client;
+    panel->GetClientRect(&client);
+    EXPECT_EQ(CRect(0, 0, 460, 210), client); // the panel's own size stays
+    // The threshold display at device (558, 224) opens the entry field over it.
+    CHeadless::Click(panel, CPoint(2 * 279, 2 * 112));
+    CVRXFloatEditWnd& field = panel->EntryField();
+    ASSERT_TRUE(field.IsWindowVisible());
+    CRect at;
+    field.GetWindowRect(&at);
+    panel->ScreenToClient(&at);
+    EXPECT_EQ(CPoint(256, 105), at.TopLeft());
+    EXPECT_EQ(2 * at.Width(), deviceWidth(&field));
+    int modals = 0;
+    CHeadless::SetModalHook(
+        [&](CWnd* modal)
+        {
+            CRect r;
+            modal->GetClientRect(&r);
+            modals += r.Width() > 0 && deviceWidth(modal) == 2 * r.Width();
+            modal->SendMessage(WM_CLOSE);
+        });
+    CHeadless::Click(panel, CPoint(2 * 70, 2 * 15));  // COPY
+    CHeadless::Click(panel, CPoint(2 * 216, 2 * 18)); // SAVE
+    EXPECT_TRUE(EditorOf(effect.get())->ShowMessage("Saved."));
+    EXPECT_EQ(3, modals);
+    CHeadless::SetModalHook({});
 
     HostCalls().clear();
     effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 3.f);
@@ -244,8 +245,7 @@ TEST(EditorBridge, HostScaleSizesTheEditorAndResizesItWhileOpen)
     ASSERT_EQ(1u, HostCalls().size());
     EXPECT_EQ(std::make_tuple((VstInt32)audioMasterSizeWindow, 1380, (VstIntPtr)630),
               std::make_tuple(HostCalls()[0].opcode, HostCalls()[0].index, HostCalls()[0].value));
-    back.Attach(CHeadless::Snapshot(panel));
-    EXPECT_EQ(1380, cairo_image_surface_get_width(back.GetHandle()));
+    EXPECT_EQ(1380, deviceWidth(panel));
     // The images drawn for the scale, not enlarged.
     EXPECT_EQ(1380, cairo_image_surface_get_width(EditorOf(effect.get())->GetBackground()));
 
