@@ -54,6 +54,7 @@ public:
         m_nCharHeight = charHeight;
         m_nSpinWidth = spinWidth;
     }
+    CSize Metrics() const { return CSize(m_nCharWidth, m_nCharHeight); }
 };
 
 class EntryFieldTest : public ::testing::Test
@@ -116,6 +117,11 @@ protected:
 TEST_F(EntryFieldTest, CreatedHiddenSizedFromTheMetricsAndCallsBeforeCreationAreHarmless)
 {
     EXPECT_FALSE(m_Field.IsWindowVisible());
+    // Sized from the font's extent of "A".
+    CDC dc;
+    dc.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
+    dc.SelectObject(&m_Font);
+    EXPECT_EQ(dc.GetTextExtent(CString("A")), m_Field.Metrics());
     // An "A" of 7 x 12, edge 2 and spin 15: 5 characters make 18 x 61.
     ASSERT_EQ(GetSystemMetrics(SM_CXEDGE), 2);
     m_Field.SetMetrics(7, 12, 15);

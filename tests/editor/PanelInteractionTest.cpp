@@ -4,6 +4,7 @@
 // changes move the controls, and the copy menu, the lamp and SAVE work.
 #include "EditorTestSupport.h"
 
+#include <cmath>
 #include <cstring>
 
 #include "AfxPopupList.h"
@@ -175,7 +176,9 @@ TEST_F(PanelTest, KnobAndFaderDragsFollowThePointerAndTellTheHost)
     CHeadless::MouseMove(Panel(), CPoint(c.x - 10, c.y));
     EXPECT_NEAR(0.8f, effect->getParameter(kParamThreshold), 1e-6);
 
-    // Knobs 10 px right of their centre: 0.8; faders below their travel: 0.
+    // Knobs 10 px right of their centre: 0.8. Faders 66 px down their track,
+    // logarithmic from row 127 (0) to row 6 (1): (10^t - 1) / 9.
+    const float fader = (float)((std::pow(10.0, (66.0 - 127.0) / (6.0 - 127.0)) - 1.0) / 9.0);
     for (const PanelControl& k : kPanelControls)
     {
         if (k.kind == PANEL_SWITCH)
@@ -183,12 +186,13 @@ TEST_F(PanelTest, KnobAndFaderDragsFollowThePointerAndTellTheHost)
         effect->setParameter(k.drives, 0.5f);
         const bool knob = k.kind == PANEL_KNOB;
         const CPoint c = Centre(k.rect);
-        Click(knob ? CPoint(c.x + 10, c.y) : CPoint(c.x, k.rect.b - 3));
-        EXPECT_NEAR(knob ? 0.8f : 0.f, effect->getParameter(k.drives), 1e-6) << k.id;
-        EXPECT_NEAR(knob ? 0.8f : 0.f, Shown(k), 1e-6) << k.id;
+        Click(knob ? CPoint(c.x + 10, c.y) : CPoint(c.x, k.rect.t + 66));
+        EXPECT_NEAR(knob ? 0.8f : fader, effect->getParameter(k.drives), 1e-6) << k.id;
+        EXPECT_NEAR(knob ? 0.8f : fader, Shown(k), 1e-6) << k.id;
     }
-    // The output fader's cap sits at the bottom of the track: rows 121..132.
-    EXPECT_TRUE(PanelBlockMatches(Panel(), 403, 45 + 121, Panel()->Image(5010), 0, 0, 16, 12));
+    // The output fader's cap is drawn at once, centred on the row pressed.
+    const int capTop = 45 + (int)Panel()->Fader(105).GetCapCentre() - 6;
+    EXPECT_TRUE(PanelBlockMatches(Panel(), 403, capTop, Panel()->Image(5010), 0, 0, 16, 12));
 }
 
 TEST_F(PanelTest, SwitchClicksToggleTheirParametersListenAndResetToFactory)
