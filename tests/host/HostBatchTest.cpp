@@ -6,25 +6,10 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cmath>
 #include <sys/stat.h>
 
-namespace
-{
-// RMS in dB of channel c of an interleaved signal over the frames where pick holds.
-double channelDb(const std::vector<float>& s, int channels, int c, const std::vector<bool>& pick)
-{
-    double sum = 0;
-    long long n = 0;
-    for (size_t i = 0; i < pick.size(); ++i)
-        if (pick[i])
-            sum += (double)s[i * channels + c] * s[i * channels + c], ++n;
-    return 10 * std::log10(sum / std::max(1LL, n));
-}
-} // namespace
-
-TEST(HostConventions, HelpVersionAndExitCodes)
+TEST(HostConventions, HelpAndVersion)
 {
     for (const char* command :
          {"render", "analyze", "programs", "demo", "info", "import-legacy", "bench"})
@@ -37,7 +22,6 @@ TEST(HostConventions, HelpVersionAndExitCodes)
     EXPECT_EQ(r.status, 0);
     EXPECT_EQ(r.out.rfind("deesser 1.", 0), 0u) << r.out;
     EXPECT_EQ(RunDeEsser({}).status, 1);
-    EXPECT_EQ(RunDeEsser({"render", "--bogus"}).status, 1);
 }
 
 // Folders and files into --out-dir, two at a time: a line per file and a
@@ -54,61 +38,63 @@ TEST(HostBatch, FailuresDoNotStopTheOthers)
     WriteBytes(dir / "in/notes.txt", "skipped: not a sound file name");
     WriteSound(dir / "c.aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16, 2, 44100,
                TestSignal(2, 44100, 441));
-    const std::vector<std::string> base = {"render",    dir / "in",  dir / "c.aiff",
-                                           "--out-dir", dir / "out", "-j",
-                                           "2",         "--plugin",  FakePlugin(3)};
-    RunResult r = RunDeEsser(base);
+    auto batch = [&](const std::string& out, std::vector<std::string> extra)
+    {
+        std::vector<std::string> args = {"render",    dir / "in", dir / "c.aiff",
+                                         "--out-dir", dir / out,  "-j",
+                                         "2",         "--plugin", FakePlugin(3)};
+        args.insert(args.end(), extra.begin(), extra.end());
+        return RunDeEsser(args);
+    };
+    RunResult r = batch("out", {});
     EXPECT_EQ(r.status, 2);
     EXPECT_EQ(Count(r.out, ": done"), 3u) << r.out;
     EXPECT_NE(r.out.find("4 files: 3 done, 1 failed"), std::string::npos) << r.out;
     EXPECT_NE(r.err.find("bad.wav: unsupported or damaged"), std::string::npos) << r.err;
     EXPECT_EQ(Names(dir / "out"), (std::vector<std::string>{"a.wav", "b.flac", "c.aiff"}));
 
-    // JSON: one object per file; quiet: nothing on stdout; --format renames.
-    std::vector<std::string> json = base;
-    json.insert(json.end(), {"--force", "--json", "--format", "flac"});
-    json[4] = dir / "flac";
-    r = RunDeEsser(json);
-    EXPECT_EQ(Count(r.out, "\n{\"input\":"), 3u) << r.out; // four objects, one a line
+    // JSON: one object per file a line; --format renames.
+    r = batch("flac", {"--json", "--format", "flac"});
+    EXPECT_EQ(r.out.rfind("{\"input\":", 0), 0u);
+    EXPECT_EQ(Count(r.out, "\n{\"input\":"), 3u) << r.out;
     EXPECT_NE(r.out.find("bad.wav\",\"output\":\"" + (dir / "flac/bad.flac") + "\",\"error\":"),
               std::string::npos);
-    EXPECT_EQ(r.out.rfind("{\"input\":", 0), 0u);
-    EXPECT_TRUE(Exists(dir / "flac/a.flac") && Exists(dir / "flac/c.flac"));
-    std::vector<std::string> quiet = base;
-    quiet.insert(quiet.end(), {"--force", "-q"});
-    r = RunDeEsser(quiet);
+    EXPECT_EQ(Names(dir / "flac"), (std::vector<std::string>{"a.flac", "b.flac", "c.flac"}));
+    // Quiet: nothing on stdout.
+    r = batch("out", {"--force", "-q"});
     EXPECT_EQ(r.status, 2);
     EXPECT_EQ(r.out, "");
 }
 
+// Pipes both ways (the summary then on stderr), --format for standard
+// output, and standard input and output redirected to files.
 TEST(HostStreams, StandardInputAndOutput)
 {
     TempDir dir;
     std::string in = dir / "in.wav";
     WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 2, 44100, TestSignal(2, 44100, 44100));
     const std::string plugin = " --plugin " + FakePlugin(3);
-    // Through pipes both ways: WAV unless --format says otherwise; the
-    // summary goes to stderr.
-    RunResult r = RunShell("cat " + in + " | \"$DEESSER\" render - -" + plugin + " | cat > " +
-                           (dir / "piped.wav"));
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.err.find("peak"), std::string::npos) << r.err;
-    SF_INFO info;
-    EXPECT_EQ(ReadSound(dir / "piped.wav", &info).size(), 88200u);
-    EXPECT_EQ(info.format, SF_FORMAT_WAV | SF_FORMAT_PCM_24);
-    r = RunShell("\"$DEESSER\" render " + in + " - --format flac -q" + plugin + " | cat > " +
-                 (dir / "piped.flac"));
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(ReadSound(dir / "piped.flac", &info).size(), 88200u);
-    EXPECT_EQ(info.format & SF_FORMAT_TYPEMASK, SF_FORMAT_FLAC);
-    // Standard output redirected to a file, standard input from one.
-    r = RunShell("\"$DEESSER\" render - -" + plugin + " < " + in + " > " + (dir / "direct.wav"));
-    ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_EQ(ReadSound(dir / "direct.wav").size(), 88200u);
+    const std::pair<std::string, int> runs[] = {
+        {"cat " + in + " | \"$DEESSER\" render - -" + plugin + " | cat > " + (dir / "1.wav"),
+         SF_FORMAT_WAV | SF_FORMAT_PCM_24},
+        {"\"$DEESSER\" render " + in + " - --format flac" + plugin + " | cat > " + (dir / "2.wav"),
+         SF_FORMAT_FLAC | SF_FORMAT_PCM_24},
+        {"\"$DEESSER\" render - -" + plugin + " < " + in + " > " + (dir / "3.wav"),
+         SF_FORMAT_WAV | SF_FORMAT_PCM_24}};
+    int n = 0;
+    for (const auto& [script, format] : runs)
+    {
+        RunResult r = RunShell(script);
+        ASSERT_EQ(r.status, 0) << r.err;
+        EXPECT_NE(r.err.find("peak"), std::string::npos) << r.err;
+        SF_INFO info;
+        EXPECT_EQ(ReadSound(dir / (std::to_string(++n) + ".wav"), &info).size(), 88200u);
+        EXPECT_EQ(info.format, format) << script;
+    }
 }
 
-// Five channels through the polarity switch of the stand-in: pairs and the
-// odd last channel all pass through it, or only the pair picked.
+// Five channels through the stand-in set to invert: pairs and the odd last
+// channel all pass through it, or only the pair picked.
 TEST(HostChannels, PairsAndPickedPair)
 {
     TempDir dir;
@@ -121,27 +107,22 @@ TEST(HostChannels, PairsAndPickedPair)
         {{"--channels", "5,1", "--dual-mono"}, {true, false, false, false, true}}};
     for (const auto& [extra, inverted] : cases)
     {
-        std::vector<std::string> args = {"render",  in,          dir / "out.wav",
-                                         "--force", "--plugin",  FakePlugin(3),
-                                         "--set",   "Polarity=1"};
+        std::vector<std::string> args = {"render",  in,         dir / "out.wav",
+                                         "--force", "--plugin", FakePlugin(3),
+                                         "--set",   "Gain=0.25"};
         args.insert(args.end(), extra.begin(), extra.end());
-        RunResult r = RunDeEsser(args);
-        ASSERT_EQ(r.status, 0) << r.err;
+        ASSERT_EQ(RunDeEsser(args).status, 0);
         std::vector<float> y = ReadSound(dir / "out.wav");
         ASSERT_EQ(y.size(), x.size());
         for (int c = 0; c < 5; ++c)
-            EXPECT_EQ(y[100 * 5 + c], inverted[c] ? -x[100 * 5 + c] : x[100 * 5 + c])
-                << "channel " << c + 1 << " " << (extra.empty() ? "" : extra[1]);
+            EXPECT_EQ(y[500 + c], inverted[c] ? -x[500 + c] : x[500 + c]) << c << " " << args[8];
     }
-    EXPECT_NE(RunDeEsser({"render", in, dir / "o.wav", "--channels", "2,6"}).err.find("5 channel"),
-              std::string::npos);
 }
 
 // Sibilance on the left only: linked detection turns the right channel down
-// with it; dual mono leaves the right alone.
+// with it during the bursts; dual mono leaves the right alone.
 TEST(HostChannels, DualMonoDetectsEachChannelOnItsOwn)
 {
-    REQUIRE_DEESSER();
     TempDir dir;
     const int rate = 44100;
     testsignal::Vocal vocal(rate * 2, rate);
@@ -151,22 +132,24 @@ TEST(HostChannels, DualMonoDetectsEachChannelOnItsOwn)
         s[2 * i] = vocal.left[i];
         s[2 * i + 1] = 0.3f * (float)std::sin(2 * M_PI * 300.0 * (double)i / rate);
     }
-    std::string in = dir / "in.wav";
-    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, rate, s);
-    std::vector<bool> bursts = vocal.Mask(testsignal::Vocal::InBurst);
-    double rightIn = channelDb(s, 2, 1, bursts);
+    WriteSound(dir / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, rate, s);
+    const std::vector<bool> bursts = vocal.Mask(testsignal::Vocal::InBurst);
     double change[2];
     for (int dual = 0; dual < 2; ++dual)
     {
         std::vector<std::string> args = {
-            "render",       in,      dir / "out.wav",     "--force", "--factory",     "--set",
-            "SideChain=ON", "--set", "AutoThreshold=OFF", "--set",   "Threshold=-40", "--set",
-            "Ratio=8"};
+            "render",        dir / "in.wav", dir / "out.wav", "--force",           "--factory",
+            "--set",         "SideChain=ON", "--set",         "AutoThreshold=OFF", "--set",
+            "Threshold=-40", "--set",        "Ratio=8"};
         if (dual)
             args.push_back("--dual-mono");
-        RunResult r = RunDeEsser(args);
-        ASSERT_EQ(r.status, 0) << r.err;
-        change[dual] = channelDb(ReadSound(dir / "out.wav"), 2, 1, bursts) - rightIn;
+        ASSERT_EQ(RunDeEsser(args).status, 0);
+        const std::vector<float> y = ReadSound(dir / "out.wav");
+        double in = 0, out = 0;
+        for (size_t i = 0; i < bursts.size(); ++i)
+            if (bursts[i])
+                in += s[2 * i + 1] * s[2 * i + 1], out += y[2 * i + 1] * y[2 * i + 1];
+        change[dual] = 10 * std::log10(out / in);
     }
     EXPECT_LT(change[0], -2.0);
     EXPECT_NEAR(change[1], 0.0, 0.2);
@@ -176,20 +159,16 @@ TEST(HostChannels, DualMonoDetectsEachChannelOnItsOwn)
 // --factory ignores it; programs lists the settings in display units.
 TEST(HostDeEsser, UserBankWarningFactoryAndPrograms)
 {
-    REQUIRE_DEESSER();
     TempDir config;
     ScopedEnv xdg("XDG_CONFIG_HOME", config.path().c_str());
     WriteBytes(config / "DeEsserDef.fxb", "CcnK\0\0\0\0FBCh broken");
     RunResult r = RunDeEsser({"programs", "0"});
     EXPECT_EQ(r.status, 0);
     EXPECT_NE(r.err.find("is not a valid bank of this plug-in"), std::string::npos) << r.err;
-    r = RunDeEsser({"programs", "0", "--factory"});
-    EXPECT_EQ(r.err, "");
-    EXPECT_NE(r.out.find("program 0 \"Female Vocal\""), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("Threshold"), std::string::npos);
-    EXPECT_NE(r.out.find(" dB\n"), std::string::npos) << r.out;
     r = RunDeEsser({"programs", "split male", "--factory"});
-    EXPECT_NE(r.out.find("\"Split Male\""), std::string::npos) << r.out;
+    EXPECT_EQ(r.err, "");
+    EXPECT_NE(r.out.find("program 5 \"Split Male\""), std::string::npos) << r.out;
+    EXPECT_NE(r.out.find(" dB\n"), std::string::npos) << r.out;
     r = RunDeEsser({"programs", "--factory", "--json"});
     EXPECT_EQ(Count(r.out, "{\"number\":"), 32u);
 
@@ -201,28 +180,24 @@ TEST(HostDeEsser, UserBankWarningFactoryAndPrograms)
     EXPECT_NE(r.out.find("\"warnings\":[\"the user bank "), std::string::npos) << r.out;
 }
 
+// The key band inverted, partly and wholly above Nyquist: warnings; --plot
+// draws a PNG.
 TEST(HostDeEsser, BandWarningsAndPlot)
 {
-    REQUIRE_DEESSER();
     TempDir dir;
-    const std::pair<int, std::vector<std::string>> cases[] = {
-        {44100, {"--set", "LowFreq=9000", "--set", "HiFreq=5000"}},
-        {16000, {"--set", "LowFreq=5000", "--set", "HiFreq=9000"}},
-        {8000, {"--set", "LowFreq=5000", "--set", "HiFreq=9000"}}};
-    const char* expected[] = {"inverted: LowFreq 9000 Hz is above HiFreq 5000 Hz",
-                              "upper edge 9000 Hz is above Nyquist (8000 Hz",
-                              "5000-9000 Hz lies above Nyquist (4000 Hz"};
-    for (int i = 0; i < 3; ++i)
+    const std::tuple<int, const char*, const char*> cases[] = {
+        {44100, "LowFreq=9000", "inverted: LowFreq 9000 Hz is above HiFreq 5000 Hz"},
+        {16000, "LowFreq=5000", "upper edge 9000 Hz is above Nyquist (8000 Hz"},
+        {8000, "LowFreq=5000", "5000-9000 Hz lies above Nyquist (4000 Hz"}};
+    for (const auto& [rate, low, warning] : cases)
     {
-        std::string in = dir / ("in" + std::to_string(i) + ".wav");
-        WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, cases[i].first,
-                   TestSignal(1, cases[i].first, 4000));
-        std::vector<std::string> args = {"render", in, dir / ("o" + std::to_string(i) + ".wav"),
-                                         "--plot", dir / ("p" + std::to_string(i) + ".png")};
-        args.insert(args.end(), cases[i].second.begin(), cases[i].second.end());
-        RunResult r = RunDeEsser(args);
+        std::string in = dir / (std::to_string(rate) + ".wav");
+        WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 1, rate, TestSignal(1, rate, 4000));
+        RunResult r =
+            RunDeEsser({"render", in, dir / "o.wav", "--force", "--plot", dir / "p.png", "--set",
+                        low, "--set", rate == 44100 ? "HiFreq=5000" : "HiFreq=9000"});
         EXPECT_EQ(r.status, 0) << r.err;
-        EXPECT_NE(r.err.find(expected[i]), std::string::npos) << r.err;
-        EXPECT_EQ(ReadBytes(dir / ("p" + std::to_string(i) + ".png")).substr(1, 3), "PNG");
+        EXPECT_NE(r.err.find(warning), std::string::npos) << r.err;
     }
+    EXPECT_EQ(ReadBytes(dir / "p.png").substr(1, 3), "PNG");
 }

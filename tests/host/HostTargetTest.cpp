@@ -42,94 +42,71 @@ std::vector<std::string> lines(const std::string& text)
 
 std::vector<float> scaled(std::vector<float> x, double gainDb)
 {
-    const float g = (float)std::pow(10.0, gainDb / 20.0);
     for (float& v : x)
-        v *= g;
+        v *= (float)std::pow(10.0, gainDb / 20.0);
     return x;
-}
-
-// Band energies of a channel of interleaved samples.
-void bandEnergies(const std::vector<float>& x, int channels, int c, int rate, double& sib,
-                  double& voice)
-{
-    CBandFilter s(5000, 9000, rate), v(100, 3000, rate);
-    sib = voice = 0;
-    for (size_t i = c; i < x.size(); i += channels)
-    {
-        const double a = s.Run(x[i]), b = v.Run(x[i]);
-        sib += a * a;
-        voice += b * b;
-    }
 }
 } // namespace
 
 // The model's predicted band changes equal what the plug-in does, through its
-// VST entry, in side-chain mode (with gains and AutoThreshold) and split-band
-// mode, mono and stereo.
+// VST entry, in side-chain mode (with gains and AutoThreshold, stereo) and in
+// split-band mode (mono).
 TEST(HostTargetModel, PredictsThePlugInsBandChanges)
 {
-    REQUIRE_DEESSER();
     const int rate = 44100, frames = 88200;
     const std::pair<int, std::vector<std::string>> cases[] = {
         {2,
-         {"SideChain=ON", "AutoThreshold=OFF", "Threshold=-22", "Ratio=4", "AttackTime=0.5",
-          "ReleaseTime=0.08", "LowFreq=6000", "HiFreq=10000"}},
-        {1,
          {"SideChain=ON", "AutoThreshold=ON", "Threshold=-40", "Ratio=2", "Input=-6", "Output=3",
-          "LowFreq=4500", "HiFreq=8000"}},
-        {2,
+          "AttackTime=0.5", "ReleaseTime=0.08", "LowFreq=4500", "HiFreq=8000"}},
+        {1,
          {"SideChain=OFF", "AutoThreshold=OFF", "Threshold=-38", "Ratio=8", "AttackTime=1",
           "ReleaseTime=0.1", "LowFreq=5800", "HiFreq=9000"}},
     };
     for (const auto& [channels, sets] : cases)
     {
-        SCOPED_TRACE(sets[0] + " " + sets[2] + ", channels " + std::to_string(channels));
         const std::vector<float> x = TestSignal(channels, rate, frames);
-        CVstHost host(DeEsserPath());
+        CVstHost host(DEESSER_SO_PATH);
         host.Open();
         host.Prepare(rate, 512);
         for (const std::string& s : sets)
             ApplySetting(host, s);
         host.Start();
         const EffectSettings settings = ReadEffectSettings(host);
-        std::vector<float> y(x.size()), l(512), r(512), ol(512), orr(512);
+        // Planar: input left and right, output left and right (mono: both the
+        // same). The inputs are measured first: the plug-in may scale them in place.
+        std::vector<float> planes[4];
+        for (std::vector<float>& p : planes)
+            p.resize(frames);
+        for (int i = 0; i < frames; ++i)
+            planes[0][i] = x[i * channels], planes[1][i] = x[i * channels + channels - 1];
+        double sib[2] = {}, voice[2] = {}; // input, output
+        auto measure = [&](int k)
+        {
+            CBandFilter s(5000, 9000, rate), v(100, 3000, rate);
+            for (float y : planes[k])
+            {
+                const double a = s.Run(y), b = v.Run(y);
+                sib[k / 2] += a * a, voice[k / 2] += b * b;
+            }
+        };
+        measure(0), measure(1);
         for (int at = 0; at < frames; at += 512)
         {
-            const int n = std::min(512, frames - at);
-            for (int i = 0; i < n; ++i)
-            {
-                l[i] = x[(size_t)(at + i) * channels];
-                r[i] = x[(size_t)(at + i) * channels + channels - 1];
-            }
-            float* ins[2] = {l.data(), r.data()};
-            float* outs[2] = {ol.data(), orr.data()};
-            host.Process(ins, outs, n);
-            for (int i = 0; i < n; ++i)
-            {
-                y[(size_t)(at + i) * channels] = ol[i];
-                y[(size_t)(at + i) * channels + channels - 1] = orr[i];
-            }
+            float* ins[2] = {&planes[0][at], &planes[1][at]};
+            float* outs[2] = {&planes[2][at], &planes[3][at]};
+            host.Process(ins, outs, std::min(512, frames - at));
         }
         host.Stop();
+        measure(2), measure(3);
 
         CFileModel model(settings, rate, channels, {{0, channels == 2 ? 1 : -1}});
         model.Add(x.data(), frames);
         model.Finish();
-        double sibIn = 0, voiceIn = 0, sibOut = 0, voiceOut = 0;
-        for (int c = 0; c < channels; ++c)
-        {
-            double s, v;
-            bandEnergies(x, channels, c, rate, s, v);
-            sibIn += s, voiceIn += v;
-            bandEnergies(y, channels, c, rate, s, v);
-            sibOut += s, voiceOut += v;
-        }
         const BandChange p = model.Predict(settings.ThresholdDb(), settings.Ratio());
-        const double sib = 10 * std::log10(sibOut / sibIn),
-                     voice = 10 * std::log10(voiceOut / voiceIn);
-        EXPECT_LT(sib, -2.0); // the case compresses
-        EXPECT_NEAR(p.sibilance, sib, 0.1);
-        EXPECT_NEAR(p.voice, voice, 0.1);
+        const double sibDb = 10 * std::log10(sib[1] / sib[0]);
+        EXPECT_LT(sibDb, -2.0) << sets[0]; // the case compresses
+        EXPECT_NEAR(p.sibilance, sibDb, 0.1) << sets[0];
+        EXPECT_NEAR(p.voice, 10 * std::log10(voice[1] / voice[0]), 0.1) << sets[0];
     }
 }
 
@@ -139,64 +116,52 @@ TEST(HostTargetModel, PredictsThePlugInsBandChanges)
 // keeps the filters' fixed dip apart from the compression.
 TEST(HostTarget, ReachesTheTargetAtAnyLevel)
 {
-    REQUIRE_DEESSER();
     TempDir dir;
-    struct Signal
-    {
-        const char* name;
-        int channels;
-        std::vector<float> samples; // peak near -6 dBFS
-    };
-    std::vector<Signal> signals = {{"synthetic", 2, TestSignal(2, 44100, 176400)}};
-    if (SpeechSampleAvailable())
-        signals.push_back({"speech", 1, SpeechSample(-6.0)});
-    else
-        ADD_FAILURE() << "the speech sample is missing (install fillets-ng-data-cs)";
-    for (const Signal& s : signals)
-        for (const char* program : {"Female Vocal", "Split Male"})
+    // Peaks near -6 dBFS.
+    std::vector<std::pair<int, std::vector<float>>> signals = {{2, TestSignal(2, 44100, 176400)},
+                                                               {1, SpeechSample(-6.0)}};
+    EXPECT_FALSE(signals[1].second.empty())
+        << "the speech sample is missing (install fillets-ng-data-cs)";
+    for (const auto& [channels, samples] : signals)
+        for (const std::string program : {"Female Vocal", "Split Male"})
         {
+            if (samples.empty())
+                continue;
             double threshold[2];
             for (int k = 0; k < 2; ++k)
             {
-                SCOPED_TRACE(std::string(s.name) + ", " + program + (k ? ", -18 dB" : ""));
-                const std::string in = dir / "in.wav", out = dir / "out.wav";
-                WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_FLOAT, s.channels, 44100,
-                           scaled(s.samples, k ? -18.0 : 0.0));
-                RunResult r = RunDeEsser({"render", in, out, "--force", "--factory",
-                                          "--program-name", program, "--target", "6", "--json"});
+                SCOPED_TRACE(program + (k ? " at -18 dB, " : ", ") + std::to_string(channels));
+                WriteSound(dir / "in.wav", SF_FORMAT_WAV | SF_FORMAT_FLOAT, channels, 44100,
+                           scaled(samples, k ? -18.0 : 0.0));
+                RunResult r =
+                    RunDeEsser({"render", dir / "in.wav", dir / "out.wav", "--force", "--factory",
+                                "--program-name", program, "--target", "6", "--json"});
                 ASSERT_EQ(r.status, 0) << r.err;
                 const double sib = jsonNumber(r.out, {"target", "reached", "sibilance_change_db"});
-                const double predicted =
-                    jsonNumber(r.out, {"target", "predicted", "sibilance_change_db"});
-                const double fixed = jsonNumber(r.out, {"target", "fixed", "sibilance_change_db"});
                 EXPECT_NEAR(sib, -6.0, 0.3) << r.out;
-                EXPECT_NEAR(predicted, sib, 0.1);
+                EXPECT_NEAR(jsonNumber(r.out, {"target", "predicted", "sibilance_change_db"}), sib,
+                            0.1);
                 threshold[k] = jsonNumber(r.out, {"target", "threshold_db"});
-                if (std::string(program) == "Split Male")
-                {
-                    EXPECT_LT(fixed, -3.0);
-                    EXPECT_GT(fixed, -5.0);
-                    if (s.channels == 1)
-                    {
-                        // On speech the voice band holds.
-                        const double voice =
-                            jsonNumber(r.out, {"target", "reached", "voice_change_db"});
-                        EXPECT_LT(std::fabs(voice), 0.7);
-                    }
-                }
+                const double fixed = jsonNumber(r.out, {"target", "fixed", "sibilance_change_db"});
+                if (program == "Female Vocal")
+                    EXPECT_NEAR(fixed, 0.0, 0.01);
                 else
                 {
-                    EXPECT_NEAR(fixed, 0.0, 0.01);
+                    EXPECT_NEAR(fixed, -4.0, 1.0);
+                    // On speech the voice band holds.
+                    const double voice =
+                        jsonNumber(r.out, {"target", "reached", "voice_change_db"});
+                    EXPECT_TRUE(channels == 2 || std::fabs(voice) < 0.7) << voice;
                 }
             }
-            EXPECT_NEAR(threshold[0] - threshold[1], 18.0, 0.25) << s.name << ", " << program;
+            EXPECT_NEAR(threshold[0] - threshold[1], 18.0, 0.25) << program << channels;
         }
 }
 
-// --target in a batch and from standard input, and its refusals.
-TEST(HostTarget, BatchStandardInputAndErrors)
+// --target in a batch (one JSON object per file) and from standard input
+// (the text report).
+TEST(HostTarget, BatchAndStandardInput)
 {
-    REQUIRE_DEESSER();
     TempDir dir;
     const std::string a = dir / "a.wav", b = dir / "b.wav";
     WriteSound(a, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 2, 44100, TestSignal(2, 44100, 88200));
@@ -207,32 +172,22 @@ TEST(HostTarget, BatchStandardInputAndErrors)
     ASSERT_EQ(r.status, 0) << r.err;
     std::vector<std::string> objects = lines(r.out);
     ASSERT_EQ(objects.size(), 2u) << r.out;
-    for (int k = 0; k < 2; ++k)
-        EXPECT_NEAR(jsonNumber(objects[k], {"target", "reached", "sibilance_change_db"}), -5.0, 0.3)
-            << objects[k];
+    for (const std::string& o : objects)
+        EXPECT_NEAR(jsonNumber(o, {"target", "reached", "sibilance_change_db"}), -5.0, 0.3) << o;
 
     r = RunShell("\"$DEESSER\" render - " + (dir / "piped.wav") +
                  " --factory --program-name 'Split Male' --target 6 < " + a);
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("target: 5-9 kHz band down 6.0 dB"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("  reached: sibilance -6."), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("fixed (split-band filters"), std::string::npos) << r.out;
-
-    r = RunDeEsser({"render", a, dir / "x.wav", "--plugin", FakePlugin(3), "--target", "6"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("--target needs the de-esser"), std::string::npos) << r.err;
-    r = RunDeEsser({"render", a, dir / "x.wav", "--target", "90"});
-    EXPECT_EQ(r.status, 1);
-    EXPECT_NE(r.err.find("--target"), std::string::npos) << r.err;
-    EXPECT_FALSE(Exists(dir / "x.wav"));
+    for (const char* s : {"target: 5-9 kHz band down 6.0 dB", "  reached: sibilance -6.",
+                          "fixed (split-band filters"})
+        EXPECT_NE(r.out.find(s), std::string::npos) << s << " in " << r.out;
 }
 
 // analyze: one JSON object per file with levels, sibilance statistics and a
-// threshold per program; the same threshold render --target then picks; a
-// target below the split-band dip needs no compression (Ratio 1).
+// threshold per program; the same threshold render --target then picks; the
+// notes where the ratio cannot stay or the target is out of reach.
 TEST(HostAnalyze, JsonShapeAndAgreementWithRender)
 {
-    REQUIRE_DEESSER();
     TempDir dir;
     const std::string a = dir / "a.wav";
     WriteSound(a, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100, TestSignal(2, 44100, 88200));
@@ -240,20 +195,19 @@ TEST(HostAnalyze, JsonShapeAndAgreementWithRender)
     ASSERT_EQ(r.status, 0) << r.err;
     std::vector<std::string> objects = lines(r.out);
     ASSERT_EQ(objects.size(), 2u) << r.out;
-    for (int k = 0; k < 2; ++k)
+    for (const std::string& o : objects)
     {
-        const std::string& o = objects[k];
         for (const char* key :
-             {"\"levels\":{\"peak_dbfs\":", "\"sibilance\":{\"below_voice_db\":",
-              "\"sibilant_energy_share\":", "\"target_db\":6", "\"programs\":[{\"number\":0",
-              "\"mode\":\"side-chain\"", "\"mode\":\"split-band\"",
-              "\"key_peak_dbfs\":", "\"fixed\":{\"sibilance_change_db\":", "\"warnings\":[]"})
+             {"\"levels\":{\"peak_dbfs\":", "\"sibilance\":{\"below_voice_db\":", "\"target_db\":6",
+              "\"programs\":[{\"number\":0", "\"mode\":\"side-chain\"", "\"mode\":\"split-band\"",
+              "\"fixed\":{\"sibilance_change_db\":", "\"warnings\":[]"})
             EXPECT_NE(o.find(key), std::string::npos) << key << " in " << o;
         EXPECT_EQ(o.find("\"reached\""), std::string::npos);
         EXPECT_EQ(Count(o, "\"number\":"), 17u); // the factory programs with names
     }
+    // Standard input: the same file, the same figures.
     EXPECT_EQ(objects[0].substr(objects[0].find("\"levels\"")),
-              objects[1].substr(objects[1].find("\"levels\""))); // stdin: the same file
+              objects[1].substr(objects[1].find("\"levels\"")));
 
     const size_t female = objects[0].find("\"name\":\"Female Vocal\"");
     const double analyzed = jsonNumber(objects[0], {"threshold_db"}, female);
@@ -262,9 +216,9 @@ TEST(HostAnalyze, JsonShapeAndAgreementWithRender)
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_EQ(jsonNumber(r.out, {"target", "threshold_db"}), analyzed);
 
-    // The ratio changes only where needed: a target below the split-band dip
-    // needs none, a program at Ratio 1 cannot compress, and beyond what any
-    // setting does the deepest one is used and said to fall short.
+    // A target below the split-band dip needs no compression, a program at
+    // Ratio 1 cannot compress, and beyond what any setting does the deepest
+    // one is used and said to fall short.
     const std::tuple<const char*, const char*, const char*, const char*> notes[] = {
         {"Split Male", "ON/OFF=ON", "2", "nothing is compressed (Ratio 1)"},
         {"Female Vocal", "Ratio=1", "6", "the program's Ratio 1.0 cannot reach the target"},

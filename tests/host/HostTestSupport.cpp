@@ -5,7 +5,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
 #include <spawn.h>
@@ -26,57 +25,47 @@ std::vector<std::string> Names(const std::string& folder)
     return names;
 }
 
-pid_t SpawnDeEsser(const std::vector<std::string>& args, const std::string& out,
-                   const std::string& err)
+pid_t Spawn(std::vector<std::string> argv, const std::string& out, const std::string& err)
 {
-    std::vector<std::string> all = {DEESSER_BIN};
-    all.insert(all.end(), args.begin(), args.end());
-    std::vector<char*> argv;
-    for (std::string& a : all)
-        argv.push_back(&a[0]);
-    argv.push_back(nullptr);
+    std::vector<char*> args;
+    for (std::string& a : argv)
+        args.push_back(a.data());
+    args.push_back(nullptr);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT, 0644);
     posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT, 0644);
     pid_t pid = -1;
-    if (posix_spawn(&pid, DEESSER_BIN, &actions, nullptr, argv.data(), environ) != 0)
+    if (posix_spawn(&pid, args[0], &actions, nullptr, args.data(), environ) != 0)
         pid = -1;
     posix_spawn_file_actions_destroy(&actions);
     return pid;
 }
 
-RunResult RunDeEsser(const std::vector<std::string>& args)
+static RunResult run(const std::vector<std::string>& argv)
 {
     TempDir capture;
     RunResult r;
-    pid_t pid = SpawnDeEsser(args, capture / "stdout", capture / "stderr");
+    pid_t pid = Spawn(argv, capture / "stdout", capture / "stderr");
     int status = 0;
-    if (pid > 0 && waitpid(pid, &status, 0) == pid)
-    {
-        if (WIFEXITED(status))
-            r.status = WEXITSTATUS(status);
-        else if (WIFSIGNALED(status))
-            r.signal = WTERMSIG(status);
-    }
+    if (pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status))
+        r.status = WEXITSTATUS(status);
     r.out = ReadBytes(capture / "stdout");
     r.err = ReadBytes(capture / "stderr");
     return r;
 }
 
+RunResult RunDeEsser(const std::vector<std::string>& args)
+{
+    std::vector<std::string> argv = {DEESSER_BIN};
+    argv.insert(argv.end(), args.begin(), args.end());
+    return run(argv);
+}
+
 RunResult RunShell(const std::string& script)
 {
-    TempDir capture;
-    WriteBytes(capture / "script", "DEESSER='" + std::string(DEESSER_BIN) + "'\n" + script + "\n");
-    int status = std::system(("sh " + (capture / "script") + " </dev/null >" +
-                              (capture / "stdout") + " 2>" + (capture / "stderr"))
-                                 .c_str());
-    RunResult r;
-    r.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-    r.out = ReadBytes(capture / "stdout");
-    r.err = ReadBytes(capture / "stderr");
-    return r;
+    return run({"/bin/sh", "-c", "DEESSER='" DEESSER_BIN "'\n" + script});
 }
 
 std::vector<float> TestSignal(int channels, int sampleRate, long long frames)

@@ -9,25 +9,22 @@
 
 #include <filesystem>
 #include <functional>
-#include <sys/types.h>
 #include <string>
+#include <sys/types.h>
 #include <vector>
 
 struct RunResult
 {
     int status = -1;      // exit status, or -1 when ended by a signal
-    int signal = 0;       // the signal that ended it, else 0
     std::string out, err; // what it printed
 };
 
-// Runs the deesser binary with args and waits for it.
+// Runs the deesser binary with args, stdin from /dev/null, and waits for it.
 RunResult RunDeEsser(const std::vector<std::string>& args);
-// Runs a shell script with $DEESSER naming the binary (for pipes and
-// redirections), stdin from /dev/null.
+// Runs a shell script with $DEESSER naming the binary (for pipes and redirections).
 RunResult RunShell(const std::string& script);
-// Starts it with stdout and stderr going to the named files; -1 on failure.
-pid_t SpawnDeEsser(const std::vector<std::string>& args, const std::string& out,
-                   const std::string& err);
+// Starts argv[0] with stdout and stderr going to the named files; -1 on failure.
+pid_t Spawn(std::vector<std::string> argv, const std::string& out, const std::string& err);
 
 // The kit's vocal signal with sibilant bursts, interleaved.
 std::vector<float> TestSignal(int channels, int sampleRate, long long frames);
@@ -58,18 +55,10 @@ inline bool Exists(const std::string& path)
     return std::filesystem::exists(std::filesystem::symlink_status(path));
 }
 
-// The built plug-in, and the stand-ins (0 no entry, 1 null entry, 2 bad magic,
-// 3 foreign gain effect).
-inline std::string DeEsserPath()
-{
-    return DEESSER_SO;
-}
+// The stand-in plug-ins: 0 no entry, 1 null entry, 2 bad magic, 3 a foreign
+// stereo effect whose one parameter "Gain" scales by 4 × value − 2 (0.75
+// passes the audio, 0.25 inverts it, 1 doubles it).
 inline std::string FakePlugin(int kind)
 {
     return std::string(FAKE_PLUGIN_DIR) + "/fake_plugin_" + std::to_string(kind) + ".so";
 }
-
-// Skips a test that needs the built de-esser when it is not there.
-#define REQUIRE_DEESSER()                                                                          \
-    if (!Exists(DeEsserPath()))                                                                    \
-    GTEST_SKIP() << "DeEsser.so is not built at " << DeEsserPath()

@@ -5,11 +5,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <unistd.h>
+#include <string>
 
 namespace
 {
-const char kFolder[] = "/usr/share/games/fillets-ng/sound/";
 // Lines with plenty of sibilants, the two speakers taking turns.
 const char* const kLines[] = {
     "bathroom/cs/br-m-zkusit",  "aztec/cs/bot-v-podivat",    "creatures/cs/kor-m-podivej",
@@ -21,12 +20,8 @@ const char* const kLines[] = {
 const int kSourceRate = 22050;
 const int kTaps = 32; // per side of the interpolation filter
 
-std::string pathOf(const char* line)
-{
-    return std::string(kFolder) + line + ".ogg";
-}
-
-bool readMono(const std::string& path, std::vector<float>& out)
+// Appends the first channel of a file at kSourceRate; false when it cannot.
+bool appendMono(const std::string& path, std::vector<float>& out)
 {
     SF_INFO info{};
     SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
@@ -35,11 +30,9 @@ bool readMono(const std::string& path, std::vector<float>& out)
     std::vector<float> x((size_t)info.frames * info.channels);
     sf_count_t n = sf_readf_float(f, x.data(), info.frames);
     sf_close(f);
-    if (info.samplerate != kSourceRate)
-        return false;
     for (sf_count_t i = 0; i < n; ++i)
         out.push_back(x[(size_t)i * info.channels]);
-    return true;
+    return info.samplerate == kSourceRate;
 }
 
 // Doubles the rate: the even samples are the input, the odd ones come from a
@@ -73,20 +66,12 @@ std::vector<float> upsample2(const std::vector<float>& x)
 }
 } // namespace
 
-bool SpeechSampleAvailable()
-{
-    for (const char* line : kLines)
-        if (access(pathOf(line).c_str(), R_OK) != 0)
-            return false;
-    return true;
-}
-
 std::vector<float> SpeechSample(double peakDb)
 {
     std::vector<float> x;
     for (const char* line : kLines)
     {
-        if (!readMono(pathOf(line), x))
+        if (!appendMono(std::string("/usr/share/games/fillets-ng/sound/") + line + ".ogg", x))
             return {};
         x.insert(x.end(), kSourceRate / 5, 0.f);
     }
@@ -98,20 +83,4 @@ std::vector<float> SpeechSample(double peakDb)
     for (float& v : y)
         v = (float)(v * gain);
     return y;
-}
-
-bool WriteSpeechSample(const std::string& path, double peakDb)
-{
-    std::vector<float> y = SpeechSample(peakDb);
-    if (y.empty())
-        return false;
-    SF_INFO info{};
-    info.samplerate = kSpeechRate;
-    info.channels = 1;
-    info.format = SF_FORMAT_WAV | SF_FORMAT_FLOAT;
-    SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
-    if (!f)
-        return false;
-    bool ok = sf_writef_float(f, y.data(), (sf_count_t)y.size()) == (sf_count_t)y.size();
-    return sf_close(f) == 0 && ok;
 }

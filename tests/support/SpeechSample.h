@@ -2,16 +2,13 @@
 // Czech dialogue by two actors (the game data package fillets-ng-data-cs,
 // GPL-2), joined with 0.2 s pauses, 41.8 s in all, raised from 22050 Hz to
 // 44100 Hz and scaled to a given peak. The package is a test dependency
-// (scripts/setup.sh); without it SpeechSampleAvailable() is false.
+// (scripts/setup.sh).
 #pragma once
 
-#include <string>
 #include <vector>
 
 constexpr int kSpeechRate = 44100;
 
-bool SpeechSampleAvailable();
-// Mono samples at kSpeechRate with the largest |sample| at peakDb dBFS.
+// Mono samples at kSpeechRate with the largest |sample| at peakDb dBFS; empty
+// when the dialogue files are missing.
 std::vector<float> SpeechSample(double peakDb);
-// The same written as a 32-bit float WAV file; false when it cannot be made.
-bool WriteSpeechSample(const std::string& path, double peakDb);
