@@ -26,15 +26,6 @@ struct Lpf : CVRXLPF
     }
 };
 
-struct Stereo
-{
-    std::vector<float> l, r;
-    explicit Stereo(int n, uint32_t seed = 1u)
-        : l(Noise(n, 0.9f, seed)), r(Noise(n, 0.7f, seed + 1))
-    {
-    }
-};
-
 // in * inputGain -> Butterworth recursion -> * outputGain (over-level test)
 // -> * outputGain, one channel, written from the definitions.
 std::vector<float> Reference(const std::vector<float>& in, float cutoff, bool lowPass, float inDb,
@@ -44,18 +35,19 @@ std::vector<float> Reference(const std::vector<float>& in, float cutoff, bool lo
     float og = (float)std::pow(10.0, (double)outDb / 20.0);
     CIIRFilter f;
     f.SetParams(1.f / 44100.f, cutoff, lowPass);
-    std::vector<float> work(in.size()), y(in.size());
-    for (size_t i = 0; i < in.size(); ++i)
-        work[i] = in[i] * ig;
+    std::vector<float> work = in, y(in.size());
+    for (float& v : work)
+        v *= ig;
     f.OperateEqualizer(work.data(), y.data(), (int)in.size());
     for (float& v : y)
         v = (og * v) * og;
     return y;
 }
 
-void RunLPF(CVRXLPF& p, Stereo& s, std::vector<float>& ol, std::vector<float>& orr, int chunk)
+void RunLPF(CVRXLPF& p, std::vector<float>& l, std::vector<float>& r, std::vector<float>& ol,
+            std::vector<float>& orr, int chunk)
 {
-    RunStereo(s.l, s.r, ol, orr, chunk,
+    RunStereo(l, r, ol, orr, chunk,
               [&](float** in, float** out, size_t, int count)
               {
                   int outCount = -1;
@@ -67,9 +59,9 @@ void RunLPF(CVRXLPF& p, Stereo& s, std::vector<float>& ol, std::vector<float>& o
 
 TEST(LPF, TransformMatchesReferenceInAnyChunksWithoutAllocating)
 {
-    Stereo s(3000);
-    const std::vector<float> wantL = Reference(s.l, 3000.f, false, 3.f, -6.f);
-    const std::vector<float> wantR = Reference(s.r, 3000.f, false, 3.f, -6.f);
+    std::vector<float> l = Noise(3000, 0.9f, 1u), r = Noise(3000, 0.7f, 2u);
+    const std::vector<float> wantL = Reference(l, 3000.f, false, 3.f, -6.f);
+    const std::vector<float> wantR = Reference(r, 3000.f, false, 3.f, -6.f);
     std::vector<float> ol(3000), orr(3000);
     for (int chunk : {3000, 1, 255})
     {
@@ -79,7 +71,7 @@ TEST(LPF, TransformMatchesReferenceInAnyChunksWithoutAllocating)
         p.set_InputLevel(3 * 65536);
         p.set_OutputLevel(-6 * 65536);
         const long before = AllocationCount(); // -1 under sanitizers: not counted
-        RunLPF(p, s, ol, orr, chunk);
+        RunLPF(p, l, r, ol, orr, chunk);
         EXPECT_EQ(AllocationCount(), before) << chunk;
         EXPECT_EQ(ol, wantL) << chunk;
         EXPECT_EQ(orr, wantR) << chunk;
@@ -121,22 +113,21 @@ TEST(LPF, FormatsMonoAndOtherChannelCounts)
 TEST(LPF, NonFiniteStateResetPerChannel)
 {
     Lpf p(false), fresh(false);
-    Stereo s(64);
-    s.l[5] = NAN;
-    std::vector<float> ol, orr, wantL, wantR;
-    RunLPF(p, s, ol, orr, 64);
+    std::vector<float> l = Noise(64, 0.9f, 1u), r = Noise(64, 0.7f, 2u), ol, orr, wantL, wantR;
+    l[5] = NAN;
+    RunLPF(p, l, r, ol, orr, 64);
     EXPECT_TRUE(std::isnan(ol[63]));
     p.ResetIfBad();
-    s.l[5] = 0.f;
-    RunLPF(p, s, ol, orr, 64);
-    RunLPF(fresh, s, wantL, wantR, 64);
+    l[5] = 0.f;
+    RunLPF(p, l, r, ol, orr, 64);
+    RunLPF(fresh, l, r, wantL, wantR, 64);
     EXPECT_EQ(ol, wantL);  // the left state started again from zero
     EXPECT_NE(orr, wantR); // the right one was healthy and kept its history
 }
 
 TEST(LPF, ChainEqualsTwoTransforms)
 {
-    Stereo s(1500, 21u);
+    std::vector<float> l = Noise(1500, 0.9f, 21u), r = Noise(1500, 0.7f, 22u);
     for (bool secondActive : {true, false})
         for (int chunk : {1500, 1, 2, 5})
         {
@@ -149,7 +140,7 @@ TEST(LPF, ChainEqualsTwoTransforms)
             b2.set_Activate(secondActive);
             // got: mid l, mid r, out l, out r; want: the same from two calls.
             std::vector<std::vector<float>> got(4, std::vector<float>(1500, 7.f)), want = got;
-            RunStereo(s.l, s.r, got[0], got[1], chunk,
+            RunStereo(l, r, got[0], got[1], chunk,
                       [&](float** in, float** mid, size_t done, int n)
                       {
                           float* out[2] = {got[2].data() + done, got[3].data() + done};
