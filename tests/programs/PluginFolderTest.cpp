@@ -1,7 +1,6 @@
 // The built DeEsser.so, loaded as a host loads it, finds the factory bank:
 // through the host's directory answer (cut after its last "/", then taken as a
 // folder) when a bank is there, else beside its own file (dladdr).
-#include "FactoryTable.h"
 #include "TestFiles.h"
 #ifdef DEESSER_SO_PATH
 #include "HostHarness.h"
@@ -11,55 +10,43 @@
 
 #include <cstring>
 
-namespace
-{
-#ifdef DEESSER_SO_PATH
-// The name of program `index` after effOpen, from a fresh instance; the host
-// answers `directory` for the plug-in folder.
-std::string ProgramNameAfterOpen(int index, const char* directory)
-{
-    HostHarness host;
-    host.directoryAnswer = directory;
-    if (!host.Create())
-        return "no instance";
-    host.Dispatch(effOpen);
-    return host.String(effGetProgramNameIndexed, index);
-}
-#endif
-
 TEST(PluginFolder, BuiltPluginFindsItsFactoryBank)
 {
 #ifndef DEESSER_SO_PATH
     GTEST_SKIP() << "the plug-in is not built in this configuration";
 #else
-    std::vector<FactoryEntry> table;
-    std::string error;
-    ASSERT_TRUE(ReadFactoryTable(DEESSER_FACTORY_TABLE, &table, &error)) << error;
-    ASSERT_FALSE(table.empty());
+    // The name of the first program of the bank built beside the .so.
+    const std::string factory = ReadBytes(DEESSER_FACTORY_BANK).substr(160 + 44).c_str();
+    ASSERT_FALSE(factory.empty());
     TempDir config;
     ScopedEnv xdg("XDG_CONFIG_HOME", config.path().c_str()); // no user bank there
 
-    // Whatever the host answers about the plug-in's folder, a bank there is
-    // found, and without one the bank beside the .so itself.
-    TempDir plugins;
+    TempDir plugins, empty;
     std::string bank(2304, '\0');
     std::memcpy(&bank[44], "From Host Folder", 17);
     WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(bank));
-    TempDir empty;
     const std::string so = plugins / "DeEsser.so", folder = plugins.path(),
                       slash = plugins.path() + "/", elsewhere = empty.path();
-    // The host's answer, and the first program's name.
+    // The host's answer, and the first program's name after effOpen.
     const std::pair<const char*, std::string> cases[] = {
-        {nullptr, table[0].name},             // no answer
-        {"", table[0].name},                  // an empty answer
+        {nullptr, factory},                   // no answer
+        {"", factory},                        // an empty answer
         {so.c_str(), "From Host Folder"},     // the .so's own path
         {folder.c_str(), "From Host Folder"}, // the folder, no trailing slash
         {slash.c_str(), "From Host Folder"},  // the folder with one
-        {elsewhere.c_str(), table[0].name},   // a folder without a bank
+        {elsewhere.c_str(), factory},         // a folder without a bank
     };
     for (const auto& [answer, first] : cases)
-        EXPECT_EQ(ProgramNameAfterOpen(0, answer), first) << (answer ? answer : "(null)");
-    EXPECT_EQ(ProgramNameAfterOpen(31, nullptr), "Empty");
+    {
+        HostHarness host;
+        host.directoryAnswer = answer;
+        ASSERT_NE(host.Create(), nullptr);
+        host.Dispatch(effOpen);
+        EXPECT_EQ(host.String(effGetProgramNameIndexed, 0), first) << (answer ? answer : "(null)");
+        if (first == factory) // slots after the table's programs are empty ones
+        {
+            EXPECT_EQ(host.String(effGetProgramNameIndexed, 31), "Empty");
+        }
+    }
 #endif
 }
-} // namespace

@@ -44,17 +44,11 @@ TEST(DWordFile, BigEndianWordsOnAnyMachine)
 TEST(StrTerminateTab, FieldsNextStartsAndBounds)
 {
     char field[kTabFieldWorkSize];
-    // Line, start, field, next start. a TAB b, then x, empty, 196608, empty:
-    // four fields from three TABs.
+    // Line, start, field, next start. "x\t\t7\t" holds four fields: x, an
+    // empty one, 7 and an empty last one.
     const std::tuple<const char*, int, const char*, int> steps[] = {
-        {"a\tb", 0, "a", 2},
-        {"a\tb", 2, "b", -1},
-        {"x\t\t196608\t", 0, "x", 2},
-        {"x\t\t196608\t", 2, "", 3},
-        {"x\t\t196608\t", 3, "196608", 10},
-        {"x\t\t196608\t", 10, "", -1},
-        {"a\tb", -1, "", -1},
-        {"a\tb", 40, "", -1}}; // past the end
+        {"a\tb", 0, "a", 2},     {"a\tb", 2, "b", -1}, {"x\t\t7\t", 2, "", 3},
+        {"x\t\t7\t", 5, "", -1}, {"a\tb", -1, "", -1}, {"a\tb", 40, "", -1}}; // past the end
     for (const auto& [text, start, want, next] : steps)
     {
         std::string line = text;
@@ -194,8 +188,6 @@ TEST(UserFolder, PluginFolderCut)
     const std::pair<const char*, const char*> cases[] = {
         {"/usr/lib/vst/DeEsser.so", "/usr/lib/vst/"},
         {"/usr/lib/vst/", "/usr/lib/vst/"},
-        {"/usr/lib/vst", "/usr/lib/"},
-        {"/", "/"},
         {"a", "a"},
         {"", ""},
         {"DeEsser.so", ""}};
@@ -237,36 +229,31 @@ TEST(BankFile, WrittenBytesExactly)
 TEST(BankFile, ForeignShortAndLyingFiles)
 {
     TempDir dir;
-    std::string path = dir / "bank.fxb";
+    const std::string path = dir / "bank.fxb", chunk(2304, 'c');
     std::vector<unsigned char> read(5, 1);
-    auto load = [&](const std::string& bytes, size_t max = 2304)
-    {
-        WriteBytes(path, bytes);
-        return ReadBankFile(path.c_str(), kID, max, &read);
-    };
-    std::string chunk(2304, 'c');
-
     EXPECT_EQ(ReadBankFile((dir / "none").c_str(), kID, 2304, &read), kBankFileMissing);
     EXPECT_TRUE(read.empty());
-    EXPECT_EQ(load(""), kBankFileForeign);
-    EXPECT_EQ(load("RIFF" + BankFileBytes(chunk).substr(4)), kBankFileForeign);
-    EXPECT_EQ(load(BankFileBytes(chunk, kID, 2304, "FxBk")), kBankFileNoChunk);
-    EXPECT_EQ(load(BankFileBytes(chunk, 0x41424344u)), kBankFileOtherEffect);
-    EXPECT_TRUE(read.empty());
-    EXPECT_EQ(load(std::string("CcnK\0\0\0\0FBCh", 12)), kBankFileOtherEffect); // cut in the header
-
-    // Truncated chunk: the bytes present, no more.
-    EXPECT_EQ(load(BankFileBytes(chunk).substr(0, 1000)), kBankFileLoaded);
-    EXPECT_EQ(read.size(), 840u);
-    // A size field of 4 GB on a short file allocates only what the file holds.
-    EXPECT_EQ(load(BankFileBytes("abc", kID, 0xFFFFFFF0u)), kBankFileLoaded);
-    EXPECT_EQ(std::string(read.begin(), read.end()), "abc");
-    // More chunk than the destination takes: cut to the destination.
-    EXPECT_EQ(load(BankFileBytes(std::string(3000, 'd'))), kBankFileLoaded);
-    EXPECT_EQ(read.size(), 2304u);
-    // A smaller size field than the data: the field wins.
-    EXPECT_EQ(load(BankFileBytes(chunk, kID, 72)), kBankFileLoaded);
-    EXPECT_EQ(read.size(), 72u);
+    // The file, the answer and the chunk bytes read (at most 2304).
+    const std::tuple<std::string, BankFileResult, std::string> cases[] = {
+        {"", kBankFileForeign, ""},
+        {"RIFF" + BankFileBytes(chunk).substr(4), kBankFileForeign, ""},
+        {BankFileBytes(chunk, kID, 2304, "FxBk"), kBankFileNoChunk, ""},
+        {BankFileBytes(chunk, 0x41424344u), kBankFileOtherEffect, ""},
+        {std::string("CcnK\0\0\0\0FBCh", 12), kBankFileOtherEffect, ""}, // cut in the header
+        // Truncated: the bytes present, no more.
+        {BankFileBytes(chunk).substr(0, 1000), kBankFileLoaded, chunk.substr(0, 840)},
+        // A size field of 4 GB on a short file allocates only what it holds.
+        {BankFileBytes("abc", kID, 0xFFFFFFF0u), kBankFileLoaded, "abc"},
+        {BankFileBytes(std::string(3000, 'd')), kBankFileLoaded, std::string(2304, 'd')},
+        {BankFileBytes(chunk, kID, 72), kBankFileLoaded, chunk.substr(0, 72)}, // the field wins
+    };
+    for (const auto& [bytes, result, want] : cases)
+    {
+        WriteBytes(path, bytes);
+        read.assign(5, 1);
+        EXPECT_EQ(ReadBankFile(path.c_str(), kID, 2304, &read), result) << bytes.size();
+        EXPECT_EQ(std::string(read.begin(), read.end()), want) << bytes.size();
+    }
 }
 
 // The legacy import on files written here.
@@ -299,26 +286,24 @@ TEST_F(LegacyImport, ValuesNamesAndLineEnds)
     // The third program file is missing: its values come from the previous line.
     EXPECT_EQ(Import(), 3);
 
-    EXPECT_STREQ(bank[0].name, "Vocal");
-    EXPECT_FLOAT_EQ(bank[0].values[kParamThreshold], 0.8f); // -20 dB of -100..0
-    EXPECT_FLOAT_EQ(bank[0].values[kParamAttack], 2.f / 20.f);
-    EXPECT_FLOAT_EQ(bank[0].values[kParamRelease],
-                    (6554.f / 65536.f - 0.01f) / (4.f - 0.01f)); // about 0.1 s
-    EXPECT_FLOAT_EQ(bank[0].values[kParamRatio], 3.f / 63.f);    // ratio 4 of 1..64
-    for (int i : {kParamOnOff, kParamOutput, kParamInput, kParamLowFreq, kParamHiFreq,
-                  kParamSideChain, kParamAutoThreshold})
-        EXPECT_EQ(bank[0].values[i], defaults.values[i]) << i;
-
-    EXPECT_STREQ(bank[1].name, "Drums");
-    EXPECT_FLOAT_EQ(bank[1].values[kParamAttack], 3.f / 20.f);
-    for (int i : {kParamThreshold, kParamRelease, kParamRatio})
-        EXPECT_EQ(bank[1].values[i], defaults.values[i]) << i;
-
-    EXPECT_STREQ(bank[2].name, "A name far longer than ");
-    EXPECT_EQ(std::strlen(bank[2].name), 23u);
-    EXPECT_FLOAT_EQ(bank[2].values[kParamAttack], 3.f / 20.f); // Drums' line again
-    EXPECT_EQ(bank[2].values[kParamThreshold], defaults.values[kParamThreshold]);
-    EXPECT_STREQ(bank[3].name, "Empty");
+    // The defaults with what each line sets.
+    ADeEsserProgram vocal = defaults, drums = defaults;
+    vocal.values[kParamThreshold] = 0.8f;                                     // -20 dB of -100..0
+    vocal.values[kParamAttack] = 2.f / 20.f;                                  // ms, 0..20
+    vocal.values[kParamRelease] = (6554.f / 65536.f - 0.01f) / (4.f - 0.01f); // about 0.1 s
+    vocal.values[kParamRatio] = 3.f / 63.f;                                   // 4 of 1..64
+    drums.values[kParamAttack] = 3.f / 20.f;
+    const std::pair<const ADeEsserProgram*, const char*> want[] = {
+        {&vocal, "Vocal"},
+        {&drums, "Drums"},
+        {&drums, "A name far longer than "},
+        {&defaults, "Empty"}};
+    for (int p = 0; p < 4; ++p)
+    {
+        EXPECT_STREQ(bank[p].name, want[p].second);
+        for (int i = 0; i < kProgramValues; ++i)
+            EXPECT_FLOAT_EQ(bank[p].values[i], want[p].first->values[i]) << p << " " << i;
+    }
 }
 
 TEST_F(LegacyImport, BadListsChangeNothingAndLongListsStopAt32)
