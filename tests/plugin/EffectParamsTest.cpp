@@ -1,11 +1,13 @@
-// The effect's parameter paths: what each stores, what it tells the panel and
-// the host, and the lifecycle defaults.
+// The effect's parameter paths (host, panel control, typed value): what each
+// stores, what it tells the panel and the host; suspend/resume; and the
+// program operations of the panel.
 #include "ADeEsser.h"
 #include "FakeEditor.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
+#include <memory>
 #include <gtest/gtest.h>
 #include <vector>
 
@@ -31,42 +33,19 @@ protected:
     {
         setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
         g_Sent.clear();
-        fx = new ADeEsser(Recorder);
-        editor = FakeEditorOf(fx);
-    }
-    void TearDown() override { delete fx; }
-
-    void OpenPanel()
-    {
+        fx = std::make_unique<ADeEsser>(Recorder);
+        editor = FakeEditorOf(fx.get());
         editor->open((void*)1);
         editor->panel.controls.clear();
     }
 
-    ADeEsser* fx = nullptr;
+    std::unique_ptr<ADeEsser> fx;
     FakeEditor* editor = nullptr;
 };
 } // namespace
 
-TEST_F(Effect, ConstructionDefaults)
-{
-    EXPECT_EQ(fx->getParameter(0), 1.f);
-    EXPECT_EQ(fx->getParameter(9), 1.f);
-    EXPECT_EQ(fx->getParameter(10), 1.f);
-    EXPECT_EQ(fx->GetOutputGain(), 1.f);
-    const float expected[11] = {1.f, 0.0999100f, 1.f,        1.f, 0.f, 0.f,
-                                0.f, 0.1111111f, 0.3333333f, 1.f, 1.f};
-    for (int i = 0; i < 11; ++i)
-        EXPECT_NEAR(fx->getParameter(i), expected[i], 1e-6) << i;
-    EXPECT_EQ(fx->GetBlockCounters(), 0xFFFFFFFFu);
-    EXPECT_FALSE(fx->GetListen());
-    for (int p = 0; p < 32; ++p)
-        EXPECT_STREQ(fx->GetProgram(p).name, "Empty");
-    EXPECT_EQ(fx->getAeffect()->flags, 57);
-}
-
 TEST_F(Effect, HostPathTellsThePanelFirstAndNeverTheHost)
 {
-    OpenPanel();
     fx->setParameter(0, 0.99f);
     // 0.99 truncates to 0: the compressors are off, and the text says so.
     char text[16];
@@ -74,16 +53,15 @@ TEST_F(Effect, HostPathTellsThePanelFirstAndNeverTheHost)
     EXPECT_STREQ(text, "OFF");
     EXPECT_EQ(fx->GetProgram(0).values[0], 0.99f);
     fx->setParameter(11, 0.3f);
-    ASSERT_EQ(editor->panel.controls.size(), 2u);
-    EXPECT_EQ(editor->panel.controls[1].first, 11);
-    EXPECT_EQ(editor->panel.controls[1].second, 0.3f);
+    const std::vector<std::pair<int, float>> shown = {{0, 0.99f}, {11, 0.3f}};
+    EXPECT_EQ(editor->panel.controls, shown);
     EXPECT_TRUE(g_Sent.empty());
 
     // A non-finite value is ignored entirely.
     fx->setParameter(3, NAN);
     fx->setParameter(3, INFINITY);
     EXPECT_EQ(fx->getParameter(3), 1.f);
-    EXPECT_EQ(editor->panel.controls.size(), 2u);
+    EXPECT_EQ(editor->panel.controls, shown);
 }
 
 TEST_F(Effect, AttackReachesTheCompressorsInMsFromTheHostNormalisedFromThePanel)
@@ -113,23 +91,29 @@ TEST_F(Effect, AttackReachesTheCompressorsInMsFromTheHostNormalisedFromThePanel)
 
 TEST_F(Effect, TypedValues)
 {
-    OpenPanel();
+    // +12 dB: the program holds at most gain 2, the output gain is 4.
     fx->setParameterFromDiaplay(1, 12.f);
     EXPECT_NEAR(fx->getParameter(1), (2.0 - 0.001) / 9.999, 1e-6);
     EXPECT_FLOAT_EQ(fx->GetOutputGain(), 4.f);
     EXPECT_FLOAT_EQ(fx->GetInternalValue(1), 12.f);
+    fx->setParameterFromDiaplay(2, -6.f);
+    EXPECT_NEAR(fx->getParameter(2), (0.5 - 0.001) / 0.999, 1e-6);
 
     fx->setParameterFromDiaplay(3, -150.f);
     EXPECT_FLOAT_EQ(fx->GetInternalValue(3), -150.f);
     EXPECT_EQ(fx->getParameter(3), 0.f);
     EXPECT_DOUBLE_EQ(fx->GetComp().getThresh(), -150.0);
-
     fx->setParameterFromDiaplay(5, 10.f);
     EXPECT_FLOAT_EQ(fx->getParameter(5), 0.5f);
     EXPECT_DOUBLE_EQ(fx->GetComp().getAttack(), 0.5);
 
-    fx->setParameterFromDiaplay(2, -6.f);
-    EXPECT_NEAR(fx->getParameter(2), (0.5 - 0.001) / 0.999, 1e-6);
+    // The entry field's values: half a display step away from zero.
+    fx->setParameterFromDiaplay(3, -12.34f);
+    EXPECT_NEAR(fx->getParameterDisplayVal(3), -12.39f, 1e-5);
+    fx->setParameterFromDiaplay(6, 0.123f);
+    EXPECT_NEAR(fx->getParameterDisplayVal(6), 0.128f, 1e-6);
+    EXPECT_EQ(fx->getParameterDisplayVal(11), 0.f);
+    EXPECT_EQ(fx->getParameterDisplayVal(9), 1.f);
 
     // Index 0 stores nothing but still moves the control and tells the host,
     // with an automate followed by a lone end-of-edit.
@@ -144,27 +128,8 @@ TEST_F(Effect, TypedValues)
     EXPECT_EQ(g_Sent[1].index, 0);
 }
 
-TEST_F(Effect, DisplayTextsAndEntryValues)
-{
-    char text[16];
-    fx->setParameterFromDiaplay(3, -12.34f);
-    EXPECT_NEAR(fx->getParameterDisplayVal(3), -12.39f, 1e-5);
-    fx->getParameterDisplay(3, text);
-    EXPECT_STREQ(text, "-12.3");
-    fx->setParameterFromDiaplay(6, 0.123f);
-    EXPECT_NEAR(fx->getParameterDisplayVal(6), 0.128f, 1e-6);
-    fx->getParameterDisplay(6, text);
-    EXPECT_STREQ(text, "0.12");
-    fx->setParameterFromDiaplay(1, -0.04f);
-    fx->getParameterDisplay(1, text);
-    EXPECT_STREQ(text, "0.0");
-    EXPECT_EQ(fx->getParameterDisplayVal(11), 0.f);
-    EXPECT_EQ(fx->getParameterDisplayVal(9), 1.f);
-}
-
 TEST_F(Effect, SuspendAndResumeDriveOnOffWhateverTheProgram)
 {
-    OpenPanel();
     fx->suspend();
     EXPECT_EQ(fx->getParameter(0), 0.f);
     ASSERT_FALSE(editor->panel.controls.empty());
@@ -175,9 +140,8 @@ TEST_F(Effect, SuspendAndResumeDriveOnOffWhateverTheProgram)
     EXPECT_EQ(editor->panel.controls.back(), std::make_pair(0, 1.f));
 }
 
-TEST_F(Effect, ProgramsSelectRevertAndCopy)
+TEST_F(Effect, ProgramsChangedRevertAndCopy)
 {
-    OpenPanel();
     fx->setParameter(3, 0.5f);
     EXPECT_TRUE(fx->IsProgramChanged());
     fx->setParameter(3, 1.f);
@@ -205,22 +169,12 @@ TEST_F(Effect, ProgramsSelectRevertAndCopy)
     EXPECT_EQ(fx->getProgram(), 7);
     EXPECT_STREQ(fx->GetProgram(7).name, "Renamed");
     EXPECT_EQ(fx->getParameter(3), 0.25f);
-    fx->CopyPgFrom(7); // onto itself: harmless
-    EXPECT_EQ(fx->getParameter(3), 0.25f);
+    fx->CopyPgFrom(7);  // onto itself: harmless
     fx->CopyPgFrom(40); // out of range: ignored
-    fx->setProgram(-1);
-    fx->setProgram(32);
-    EXPECT_EQ(fx->getProgram(), 7);
+    EXPECT_EQ(fx->getParameter(3), 0.25f);
 
-    char indexed[32];
-    EXPECT_FALSE(fx->getProgramNameIndexed(0, 32, indexed));
-    EXPECT_TRUE(fx->getProgramNameIndexed(0, 31, indexed));
-    EXPECT_STREQ(indexed, "Empty");
-
-    ADeEsserProgram before[32];
-    for (int i = 0; i < 32; ++i)
-        before[i] = fx->GetProgram(i);
+    // No bank-wide factory reset exists: nothing changes.
+    std::vector<ADeEsserProgram> before(&fx->GetProgram(0), &fx->GetProgram(0) + 32);
     fx->ProgramToAllFactory();
-    for (int i = 0; i < 32; ++i)
-        EXPECT_EQ(std::memcmp(&before[i], &fx->GetProgram(i), sizeof(ADeEsserProgram)), 0);
+    EXPECT_EQ(std::memcmp(before.data(), &fx->GetProgram(0), 32 * sizeof(ADeEsserProgram)), 0);
 }

@@ -12,11 +12,7 @@ namespace
 {
 constexpr float kRate = 44100.f;
 
-// Normalised values of display settings (gains: 6 dB per doubling).
-const auto NormDb = [](double db, double lo, double hi) { return (float)((db - lo) / (hi - lo)); };
-const auto NormGainDb = [](double db, double maxGain)
-{ return (float)((std::exp2(db / 6.0) - 0.001) / (maxGain - 0.001)); };
-const auto NormHz = [](double hz) { return (float)((hz - 2000.0) / 18000.0); };
+constexpr float kThreshold30 = 0.7f, kRatio4 = 3.f / 63.f; // -30 dB of -100..0, 4 of 1..64
 
 struct Stereo
 {
@@ -39,10 +35,12 @@ protected:
         setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
         ASSERT_NE(host.Create(), nullptr);
         host.Start(kRate, 256, false);
-        // A known program: unity gains, side-chain on, auto threshold off,
-        // attack 0 ms, release 0.01 s, key band 4-8 kHz.
-        Set(1, NormGainDb(0, 10)), Set(2, 1.f), Set(3, 1.f), Set(4, 0.f), Set(5, 0.f);
-        Set(6, 0.f), Set(7, NormHz(4000)), Set(8, NormHz(8000)), Set(9, 1.f), Set(10, 0.f);
+        // A known program: unity gains (0.999 of 0.001..10), side-chain on,
+        // auto threshold off, attack 0 ms, release 0.01 s, key band 4-8 kHz.
+        const float values[11] = {1.f, 0.0999100f, 1.f,      1.f, 0.f, 0.f,
+                                  0.f, 2.f / 18,   6.f / 18, 1.f, 0.f};
+        for (int i = 0; i < 11; ++i)
+            Set(i, values[i]);
         host.Dispatch(effMainsChanged, 0, 1);
         host.Dispatch(effStartProcess);
     }
@@ -79,8 +77,8 @@ TEST_F(PluginAudio, RatioOneIsTransparentAndBlockSizeDoesNotMatter)
 
     // The same settings in blocks of 256 and in odd blocks give the same
     // samples: filters and envelopes carry their state across calls.
-    Set(3, NormDb(-30, -100, 0));
-    Set(4, 3.f / 63.f);
+    Set(3, kThreshold30);
+    Set(4, kRatio4);
     host.Dispatch(effSetSampleRate, 0, 0, nullptr, kRate); // fresh key filters
     host.Dispatch(effStartProcess);
     Stereo a = Process(in, 256);
@@ -94,8 +92,8 @@ TEST_F(PluginAudio, RatioOneIsTransparentAndBlockSizeDoesNotMatter)
 TEST_F(PluginAudio, NonFiniteInputDoesNotSilenceTheOutputForGood)
 {
     Stereo in = VocalStereo(0.2);
-    Set(3, NormDb(-30, -100, 0));
-    Set(4, 3.f / 63.f);
+    Set(3, kThreshold30);
+    Set(4, kRatio4);
     Stereo bad = in;
     bad.l[100] = NAN;
     bad.r[200] = INFINITY;

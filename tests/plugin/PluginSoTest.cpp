@@ -1,5 +1,6 @@
 // The built DeEsser.so, loaded and driven only through VSTPluginMain and the
-// AEffect record, as a host does.
+// AEffect record, as a host does. (The base classes' default answers are the
+// dispatcher tests'.)
 #include "HostHarness.h"
 #include "TestFiles.h"
 
@@ -32,23 +33,15 @@ TEST_F(PluginSo, ExportsOnlyTheEntryPoints)
     EXPECT_EQ(dlsym(host.library, "_ZN8ADeEsser12processBlockEPPfS1_i"), nullptr);
 }
 
-TEST_F(PluginSo, RecordAndIdentity)
+TEST_F(PluginSo, RecordIdentityAndCanDo)
 {
     AEffect* e = host.effect;
-    EXPECT_EQ(e->magic, VstFourCC('V', 's', 't', 'P'));
-    EXPECT_EQ(e->uniqueID, 0x49446545);
-    EXPECT_EQ(e->numPrograms, 32);
-    EXPECT_EQ(e->numParams, 11);
-    EXPECT_EQ(e->numInputs, 2);
-    EXPECT_EQ(e->numOutputs, 2);
-    EXPECT_EQ(e->flags, 57);
-    EXPECT_EQ(e->initialDelay, 0);
-    EXPECT_EQ(e->realQualities, 0);
-    EXPECT_EQ(e->offQualities, 0);
-    EXPECT_EQ(e->ioRatio, 1.f);
-    EXPECT_EQ(e->version, 1);
-    EXPECT_NE(e->processReplacing, nullptr);
-    EXPECT_NE(e->processDoubleReplacing, nullptr);
+    const VstInt32 fields[] = {e->magic,     e->uniqueID,     e->numPrograms,
+                               e->numParams, e->numInputs,    e->numOutputs,
+                               e->flags,     e->initialDelay, e->version};
+    const VstInt32 expected[] = {VstFourCC('V', 's', 't', 'P'), 0x49446545, 32, 11, 2, 2, 57, 0, 1};
+    for (size_t i = 0; i < std::size(fields); ++i)
+        EXPECT_EQ(fields[i], expected[i]) << "field " << i;
 
     EXPECT_EQ(host.String(effGetEffectName), "Comp2");
     EXPECT_EQ(host.String(effGetProductString), "Comp2");
@@ -56,32 +49,17 @@ TEST_F(PluginSo, RecordAndIdentity)
     char vendor[64];
     EXPECT_EQ(host.Dispatch(effGetVendorString, 0, 0, vendor), 1);
     EXPECT_EQ(host.Dispatch(effGetVendorVersion), 1000);
-    EXPECT_EQ(host.Dispatch(effGetVstVersion), 2300);
     EXPECT_EQ(host.Dispatch(effGetPlugCategory), 1);
-    EXPECT_EQ(host.Dispatch(effGetVu), 0);
-    EXPECT_EQ(host.Dispatch(effIdentify), VstFourCC('N', 'v', 'E', 'f'));
-    EXPECT_EQ(host.Dispatch(effCanBeAutomated, 3), 1);
-    EXPECT_EQ(host.Dispatch(effGetTailSize), 0);
-    EXPECT_EQ(host.Dispatch(effSetProcessPrecision, 0, 1), 0);
-    EXPECT_EQ(host.Dispatch(effGetNumProgramCategories), 0);
-    EXPECT_EQ(host.Dispatch(effSetBypass, 0, 1), 0);
-    EXPECT_EQ(host.Dispatch(effStopProcess), 0);
-    EXPECT_EQ(host.Dispatch(effStartProcess), 0);
-    EXPECT_EQ(host.Dispatch(9999), 0);
-    EXPECT_EQ(host.Dispatch(-5), 0);
+    EXPECT_EQ(host.Dispatch(9999) + host.Dispatch(-5), 0);
     void* arrangement[2] = {(void*)1, (void*)1};
-    EXPECT_EQ(
-        host.Dispatch(effGetSpeakerArrangement, 0, (VstIntPtr)&arrangement[0], &arrangement[1]), 0);
+    host.Dispatch(effGetSpeakerArrangement, 0, (VstIntPtr)&arrangement[0], &arrangement[1]);
     EXPECT_EQ(arrangement[0], nullptr);
     EXPECT_EQ(arrangement[1], nullptr);
     // Null buffers from a careless host are refused, not dereferenced.
     EXPECT_EQ(host.Dispatch(effGetEffectName, 0, 0, nullptr), 0);
     EXPECT_EQ(host.Dispatch(effGetParamName, 0, 0, nullptr), 0);
     EXPECT_EQ(host.Dispatch(effCanDo, 0, 0, nullptr), 0);
-}
 
-TEST_F(PluginSo, CanDoAnswers)
-{
     // No events, time info, offline processing or MIDI names; bypass, matched
     // exactly; nothing else known.
     for (const char* text :
@@ -89,37 +67,19 @@ TEST_F(PluginSo, CanDoAnswers)
           "receiveVstTimeInfo", "offline", "midiProgramNames"})
         EXPECT_EQ(host.Dispatch(effCanDo, 0, 0, (void*)text), -1) << text;
     EXPECT_EQ(host.Dispatch(effCanDo, 0, 0, (void*)"bypass"), 1);
-    for (const char* text : {"Bypass", "plugAsChannelInsert", ""})
+    for (const char* text : {"Bypass", ""})
         EXPECT_EQ(host.Dispatch(effCanDo, 0, 0, (void*)text), 0) << text;
-}
-
-TEST_F(PluginSo, FlagsStay57ThroughTheLifecycle)
-{
-    std::vector<float> l(512, 0.25f), r(512, -0.25f), ol(512), orr(512);
-    float* in[2] = {l.data(), r.data()};
-    float* out[2] = {ol.data(), orr.data()};
-    auto flags = [&] { return host.effect->flags; };
-    EXPECT_EQ(flags(), 57);
-    host.Dispatch(effOpen);
-    EXPECT_EQ(flags(), 57);
-    host.Dispatch(effSetSampleRate, 0, 0, nullptr, 48000.f);
-    host.Dispatch(effSetBlockSize, 0, 512);
-    EXPECT_EQ(flags(), 57);
-    host.Dispatch(effMainsChanged, 0, 1);
-    host.Dispatch(effStartProcess);
-    host.effect->processReplacing(host.effect, in, out, 512);
-    EXPECT_EQ(flags(), 57);
-    ERect* rect = nullptr;
-    host.Dispatch(effEditGetRect, 0, 0, &rect);
-    host.Dispatch(effEditIdle);
-    EXPECT_EQ(flags(), 57);
-    host.Dispatch(effStopProcess);
-    host.Dispatch(effMainsChanged, 0, 0);
-    EXPECT_EQ(flags(), 57);
 }
 
 TEST_F(PluginSo, ParametersAsTheHostSeesThem)
 {
+    AEffect* e = host.effect;
+    // Before effOpen (no bank loaded yet): the fresh program's values.
+    const float defaults[11] = {1.f, 0.0999100f, 1.f,        1.f, 0.f, 0.f,
+                                0.f, 0.1111111f, 0.3333333f, 1.f, 1.f};
+    for (int i = 0; i < 11; ++i)
+        EXPECT_NEAR(e->getParameter(e, i), defaults[i], 1e-6) << i;
+
     host.Dispatch(effOpen);
     const char* names[] = {"ON/OFF", "Output",     "Input",        "Threshold",
                            "Ratio",  "AttackTime", "ReleaseTime",  "LowFreq",
@@ -134,16 +94,16 @@ TEST_F(PluginSo, ParametersAsTheHostSeesThem)
     EXPECT_EQ(host.String(effGetParamDisplay, 11), "");
 
     // Set a known state through the host path and read the texts back.
-    AEffect* e = host.effect;
     float values[11] = {1.f, 0.0999100f, 1.f, 0.7f, 3.f / 63.f, 0.25f, 0.f, 0.f, 1.f, 0.f, 1.f};
     for (int i = 0; i < 11; ++i)
         e->setParameter(e, i, values[i]);
     const char* texts[] = {"ON",   "0.0",    "0.0",     "-30.0", "4.0", "5.0",
                            "0.01", "2000.0", "20000.0", "OFF",   "ON"};
     for (int i = 0; i < 11; ++i)
+    {
         EXPECT_EQ(host.String(effGetParamDisplay, i), texts[i]) << i;
-    for (int i = 0; i < 11; ++i)
         EXPECT_FLOAT_EQ(e->getParameter(e, i), values[i]);
+    }
     EXPECT_EQ(e->getParameter(e, 11), 0.f);
 
     // "-0.0" is shown as "0.0" for the gains, not for the threshold.
@@ -163,20 +123,16 @@ TEST(PluginSoProperties, AnsweredPerHost)
     const char* labels[] = {"", "dB", "dB", "dB", "", "ms", "sec", "Hz", "Hz", "", "", ""};
     const int ranges[12][2] = {{0, 1}, {0, 10},       {0, 1},        {-100, 0}, {1, 64}, {0, 20},
                                {0, 4}, {2000, 20000}, {2000, 20000}, {0, 1},    {0, 1},  {0, 0}};
-    // Product and vendor answered, the answer's result, and whether the host misreads.
+    // Product and vendor answered, the answer's result, and whether the host
+    // misreads (known by a product prefix or the vendor, in any case).
     const std::tuple<const char*, const char*, VstIntPtr, bool> hosts[] = {
         {"Ardour", "Linux Audio Systems", 0, true}, // fills the names, answers 0
         {"Mixbus", "Linux Audio Systems", 0, true},
-        {"Carla", "falkTX", 1, true},
         {"Carla-Discovery", "falkTX", 1, true},
-        {"Qtractor", "rncbc.org", 1, true},
         {"qtractor", "", 1, true},
         {"NativeVST", "MusE", 1, true},
         {nullptr, nullptr, 0, false}, // names itself nothing
-        {"", "", 1, false},
         {"REAPER", "Cockos", 1, false},
-        {"Bitwig Studio", "Bitwig", 1, false},
-        {"JUCE Plugin Host", "Raw Material Software", 1, false},
         {"Ardou", "Linux Audio", 1, false},
     };
     for (const auto& [product, vendor, result, misreads] : hosts)
@@ -193,28 +149,26 @@ TEST(PluginSoProperties, AnsweredPerHost)
                 VstParameterProperties p, expected;
                 std::memset(&p, 0xAB, sizeof(p));
                 std::memset(&expected, 0, sizeof(expected));
-                VstIntPtr answer = host.Dispatch(effGetParameterProperties, i, 0, &p);
-                if (misreads)
+                if (!misreads)
                 {
-                    EXPECT_EQ(answer, 0) << who << " " << i;
-                    EXPECT_EQ(p.flags, 0) << who << " " << i;
-                    continue;
+                    std::strcpy(expected.label, labels[i]);
+                    bool isSwitch = i == 0 || i == 9 || i == 10;
+                    expected.flags = isSwitch ? 11 : 10;
+                    expected.minInteger = ranges[i][0];
+                    expected.maxInteger = ranges[i][1];
+                    expected.stepInteger = 128;
+                    expected.largeStepInteger = 256;
+                    expected.displayIndex = (VstInt16)i;
                 }
-                std::strcpy(expected.label, labels[i]);
-                bool isSwitch = i == 0 || i == 9 || i == 10;
-                expected.flags = isSwitch ? 11 : 10;
-                expected.minInteger = ranges[i][0];
-                expected.maxInteger = ranges[i][1];
-                expected.stepInteger = 128;
-                expected.largeStepInteger = 256;
-                expected.displayIndex = (VstInt16)i;
-                EXPECT_EQ(answer, 1) << who << " " << i;
+                EXPECT_EQ(host.Dispatch(effGetParameterProperties, i, 0, &p), misreads ? 0 : 1)
+                    << who << " " << i;
                 EXPECT_EQ(std::memcmp(&p, &expected, sizeof(p)), 0) << who << " " << i;
             }
         int asked[2] = {0, 0};
         for (const HostCall& call : HostHarness::calls)
-            if (call.opcode == 32 || call.opcode == 33)
-                ++asked[call.opcode - 32];
+            if (call.opcode == audioMasterGetVendorString ||
+                call.opcode == audioMasterGetProductString)
+                ++asked[call.opcode - audioMasterGetVendorString];
         EXPECT_EQ(asked[0], 1) << who;
         EXPECT_EQ(asked[1], 1) << who;
     }
@@ -223,20 +177,13 @@ TEST(PluginSoProperties, AnsweredPerHost)
 TEST_F(PluginSo, ProgramsAndOutOfRangeSelection)
 {
     host.Dispatch(effOpen);
-    EXPECT_EQ(host.Dispatch(effGetProgram), 0);
     host.Dispatch(effSetProgram, 0, 5);
     EXPECT_EQ(host.Dispatch(effGetProgram), 5);
-    EXPECT_EQ(host.Dispatch(effSetProgram, 0, 32), 0);
+    host.Dispatch(effSetProgram, 0, 32);
     host.Dispatch(effSetProgram, 0, -1);
     EXPECT_EQ(host.Dispatch(effGetProgram), 5);
     char name[64];
-    for (int i = 0; i < 32; ++i)
-    {
-        std::memset(name, 0, sizeof(name));
-        EXPECT_EQ(host.Dispatch(effGetProgramNameIndexed, i, 0, name), 1);
-        EXPECT_GT(std::strlen(name), 0u);
-        EXPECT_LT(std::strlen(name), 24u);
-    }
+    EXPECT_EQ(host.Dispatch(effGetProgramNameIndexed, 31, 0, name), 1);
     EXPECT_EQ(host.Dispatch(effGetProgramNameIndexed, 32, 0, name), 0);
     EXPECT_EQ(host.Dispatch(effGetProgramNameIndexed, -1, 0, name), 0);
 
@@ -247,22 +194,20 @@ TEST_F(PluginSo, ProgramsAndOutOfRangeSelection)
 
 // Double precision through the same path (the float bypass is the effect
 // tests'): bypassed, the output is the input times the normalised input value.
+// The flags stay as they were after a whole start.
 TEST_F(PluginSo, DoublePrecisionBypassIsExact)
 {
     AEffect* e = host.effect;
-    host.Dispatch(effOpen);
-    host.Dispatch(effSetSampleRate, 0, 0, nullptr, 44100.f);
-    host.Dispatch(effSetBlockSize, 0, 256);
-    host.Dispatch(effMainsChanged, 0, 1);
+    host.Start(44100.f, 256);
     e->setParameter(e, 0, 0.f);
     e->setParameter(e, 2, 0.5f);
-    const int n = 256;
-    std::vector<double> dl(n, 0.5), dr(n, -0.25), dol(n), dor(n);
+    std::vector<double> dl(256, 0.5), dr(256, -0.25), dol(256), dor(256);
     double* din[2] = {dl.data(), dr.data()};
     double* dout[2] = {dol.data(), dor.data()};
-    e->processDoubleReplacing(e, din, dout, n);
+    e->processDoubleReplacing(e, din, dout, 256);
     EXPECT_EQ(dol[10], 0.25);
     EXPECT_EQ(dor[10], -0.125);
+    EXPECT_EQ(e->flags, 57);
 }
 
 TEST(PluginSoEntry, RefusesAHostThatDoesNotAnswerTheVersion)
