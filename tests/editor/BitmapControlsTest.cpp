@@ -28,10 +28,10 @@ struct KnobRig
     CVRXBitmap strip;
     Callbacks cb;
     CVRXNewBitmapTumamiDC knob;
-    explicit KnobRig(bool log = false)
+    KnobRig()
     {
         strip.LoadResourceBitmap(5001);
-        knob.Make(rect, display, nullptr, &strip, 0.f, 1.f, 100, 61, 30.f, 330.f, 8, log,
+        knob.Make(rect, display, nullptr, &strip, 0.f, 1.f, 100, 61, 30.f, 330.f, 8, false,
                   Callbacks::Record, &cb);
     }
     // A point at offset (dx, dy) from the knob's centre (17, 17).
@@ -50,22 +50,21 @@ struct KnobRig
     }
 };
 
-// Panel's input fader: track 5009 with cap 5010, travel rows s (minimum) to e.
+// Panel's input fader: track 5009 with cap 5010, logarithmic over travel rows
+// s (minimum) to e.
 struct FaderRig
 {
     CRect rect{48, 45, 64, 178}, display{14, 186, 48, 200};
     CVRXBitmap track, cap;
     Callbacks cb;
     CVRXBitmapSliderDC fader;
-    int s = 127, e = 6;
-    explicit FaderRig(bool log = true, bool reversed = false, bool snap = false)
+    const int s = 127, e = 6;
+    FaderRig()
     {
         track.LoadResourceBitmap(5009);
         cap.LoadResourceBitmap(5010);
-        if (reversed) // the minimum at the top
-            std::swap(s, e);
         fader.Make(rect, display, nullptr, &track, nullptr, &cap, 0.f, 1.f, CPoint(1, s),
-                   CPoint(1, e), 104, 1, log, reversed, false, snap, Callbacks::Record, &cb);
+                   CPoint(1, e), 104, 1, true, false, false, false, Callbacks::Record, &cb);
     }
     float AtY(int y)
     {
@@ -134,7 +133,7 @@ TEST(Knob, CallbacksOnlyOnChangeForValuesButOnEveryDragMove)
     EXPECT_FALSE(rig.knob.PtInTumami(CPoint(rig.rect.right, rig.rect.top)));
 }
 
-TEST(Knob, FramesIndexValuesLogarithmicMappingAndDrawing)
+TEST(Knob, FramesIndexValuesAndDrawing)
 {
     KnobRig lin;
     CDC dc;
@@ -149,15 +148,9 @@ TEST(Knob, FramesIndexValuesLogarithmicMappingAndDrawing)
         lin.knob.Draw(&dc);
         EXPECT_TRUE(BlockMatches(dc, 262, 66, lin.strip, 0, (int)r[1] * 34, 34, 34)) << r[0];
     }
-    // Logarithmic: frame = round(log10(9v + 1) * 60); straight up (t = 0.5)
-    // gives (10^0.5 - 1) / 9.
-    KnobRig log(true);
-    log.knob.SetValue(0.2403f, nullptr, false);
-    EXPECT_EQ(30, log.knob.GetFrameIndex());
-    EXPECT_NEAR((std::sqrt(10.0) - 1.0) / 9.0, log.Point(0, -8), 1e-6);
 }
 
-TEST(Fader, PointMappingsEndsCallbacksAndDisabling)
+TEST(Fader, PointMappingsEndsAndCallbacks)
 {
     FaderRig rig;
     // Logarithmic: t = (y - s) / (e - s), value (10^t - 1) / 9.
@@ -170,24 +163,8 @@ TEST(Fader, PointMappingsEndsCallbacksAndDisabling)
     // One callback per change: 0 -> x -> 1 -> 0 -> 1 -> 0.
     EXPECT_EQ(5u, rig.cb.calls.size());
 
-    FaderRig lin(false);
-    EXPECT_NEAR((127.0 - 40.0) / 121.0, lin.AtY(40), 1e-6);
-    FaderRig rev(false, true); // minimum at the top (s = 6)
-    EXPECT_FLOAT_EQ(0.f, rev.AtY(rev.s - 1));
-    EXPECT_NEAR((6.0 - 40.0) / (6.0 - 127.0), rev.AtY(40), 1e-6);
-    FaderRig snap(false, false, true); // snaps to the nearer end
-    EXPECT_FLOAT_EQ(0.f, snap.AtY(70));
-    EXPECT_FLOAT_EQ(1.f, snap.AtY(60));
-
-    // Disabled, presses are ignored; values clamp silently.
+    // SetValue clamps, and calls back only when told to.
     FaderRig off;
-    off.fader.Enable(false);
-    EXPECT_FALSE(off.fader.PtInSwitch(CPoint(53, 105)));
-    off.fader.OnMouseMove(CPoint(53, 65), nullptr);
-    EXPECT_FLOAT_EQ(0.f, off.fader.GetValue());
-    off.fader.Enable(true);
-    EXPECT_TRUE(off.fader.PtInSwitch(CPoint(53, 105)));
-    EXPECT_FALSE(off.fader.PtInSwitch(CPoint(off.rect.right, 60)));
     off.fader.SetValue(3.f, nullptr, true); // clamps to 1
     off.fader.SetValue(0.2f, nullptr, false);
     EXPECT_EQ((std::vector<std::pair<int, float>>{{104, 1.f}}), off.cb.calls);
@@ -219,7 +196,7 @@ TEST(Switch, ValueRulesPushHandlingAndDrawing)
     img1.LoadResourceBitmap(5002);
     CRect rect(23, 7, 52, 27), none;
     Callbacks cb;
-    CVRXBitmapSwitch2DC sw, latch;
+    CVRXBitmapSwitch2DC sw;
     sw.Make(rect, nullptr, &img0, &img1, 107, none, false, nullptr, Callbacks::Record, &cb);
     CDC dc;
     ASSERT_TRUE(dc.CreateBitmapDC(60, 40));
@@ -229,19 +206,6 @@ TEST(Switch, ValueRulesPushHandlingAndDrawing)
     sw.SetValue(1, true); // unchanged: no callback
     sw.SetValue(0, false);
     EXPECT_EQ((std::vector<std::pair<int, float>>{{107, 1.f}}), cb.calls);
-    sw.Enable(false); // disabled: ignores values, draws nothing
-    sw.SetValue(1, true);
-    EXPECT_EQ(0, sw.GetValue());
-    dc.FillSolidRect(0, 0, 60, 40, RGB(1, 2, 3));
-    sw.DrawSwitch(&dc);
-    EXPECT_EQ(RGB(1, 2, 3), dc.GetPixel(30, 10));
-    sw.Enable(true);
-
-    // Latched: once on, it stays on.
-    latch.Make(rect, nullptr, &img0, &img1, 9, none, true, nullptr, Callbacks::Record, &cb);
-    latch.SetValue(1, false);
-    latch.SetValue(0, true);
-    EXPECT_EQ(1, latch.GetValue());
 
     // Press and release inside toggles (the pressed half drawn meanwhile);
     // release outside does not.
@@ -257,31 +221,4 @@ TEST(Switch, ValueRulesPushHandlingAndDrawing)
     sw.LButtonUp(CPoint(0, 0));
     EXPECT_EQ(1, sw.GetValue());
     EXPECT_EQ(1u, cb.calls.size());
-}
-
-TEST(Switch, DisableMaskLetsTheBackgroundThroughWhereWhite)
-{
-    CVRXBitmap img0, img1, mask;
-    img0.LoadResourceBitmap(5005);
-    img1.LoadResourceBitmap(5004);
-    ASSERT_TRUE(mask.CreateBitmap(14, 12)); // left half white, right half black
-    {
-        CDC m;
-        m.CreateCompatibleDC(nullptr);
-        m.SelectObject(&mask);
-        m.FillSolidRect(0, 0, 7, 12, RGB(255, 255, 255));
-        m.FillSolidRect(7, 0, 7, 12, RGB(0, 0, 0));
-    }
-    CRect rect(5, 5, 19, 17), none;
-    CVRXBitmapSwitch2DC sw;
-    sw.Make(rect, nullptr, &img0, &img1, 106, none, false, &mask, nullptr, nullptr);
-    CDC dc;
-    ASSERT_TRUE(dc.CreateBitmapDC(30, 30));
-    const COLORREF back = RGB(0x35, 0x6A, 0x9C);
-    dc.FillSolidRect(0, 0, 30, 30, back);
-    sw.DrawSwitch(&dc);
-    for (int y = 5; y < 17; ++y)
-        for (int x = 5; x < 12; ++x)
-            ASSERT_EQ(back, dc.GetPixel(x, y)) << x << "," << y;
-    EXPECT_TRUE(BlockMatches(dc, 12, 5, img0, 7, 0, 7, 12));
 }
