@@ -48,17 +48,23 @@ protected:
     void SetUp() override;
     void TearDown() override;
 
-    CDeEsserEditor* Editor() const;
-    CUIWindow* Panel() const;
+    CDeEsserEditor* Editor() const { return static_cast<CDeEsserEditor*>(effect->getEditor()); }
+    CUIWindow* Panel() const { return Editor()->GetUIWindow(); }
     // Runs the toolkit's event pump (posted messages, timers, paints).
     void Pump() const { CHeadless::Pump(); }
     void PaintNow() const { Panel()->SendMessage(WM_PAINT); }
+    // Opens the entry field by a click on a parameter's value display.
+    void OpenDisplay(int param) const
+    {
+        for (const PanelControl& c : kPanelControls)
+            if (c.kind != PANEL_SWITCH && c.drives == param)
+                CHeadless::Click(Panel(), CPoint((c.display.l + c.display.r) / 2,
+                                                 (c.display.t + c.display.b) / 2));
+    }
 
     std::unique_ptr<ADeEsser> effect;
 };
 
-// Pixel (0x00BBGGRR) of an image; CLR_INVALID outside it.
-COLORREF ImagePixel(const CBitmap& image, int x, int y);
 // True when the w x h block of `dc` at (x, y) equals the block of `image`
 // at (sx, sy) pixel for pixel; reports the first difference.
 ::testing::AssertionResult BlockMatches(CDC& dc, int x, int y, const CBitmap& image, int sx, int sy,

@@ -18,21 +18,16 @@ public:
     int modifyCount = 0;
 };
 
+// Its panel is there from open() to close(); messages show only then.
 class FakeEditor : public IDeEsserEditor
 {
 public:
-    explicit FakeEditor(AudioEffect* effect) : IDeEsserEditor(effect) {}
+    using IDeEsserEditor::IDeEsserEditor;
 
-    bool getRect(ERect** rect) override
-    {
-        *rect = &m_Rect;
-        return true;
-    }
     bool open(void* parent) override
     {
         systemWindow = parent;
-        panelOpen = true;
-        return true;
+        return panelOpen = true;
     }
     void close() override
     {
@@ -49,9 +44,6 @@ public:
     FakePanel panel;
     bool panelOpen = false;
     std::vector<std::string> messages;
-
-private:
-    ERect m_Rect{0, 0, 200, 300};
 };
 
 // The editor of an effect made in this test process.

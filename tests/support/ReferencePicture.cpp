@@ -34,36 +34,31 @@ uint32_t Pixel(cairo_surface_t* s, int x, int y)
     cairo_surface_write_to_png(shot, copyPath.c_str());
     cairo_surface_t* expected = cairo_image_surface_create_from_png(referencePath.c_str());
     const int w = cairo_image_surface_get_width(shot), h = cairo_image_surface_get_height(shot);
-    ::testing::AssertionResult result = ::testing::AssertionSuccess();
-    if (cairo_surface_status(expected) != CAIRO_STATUS_SUCCESS)
-        result = ::testing::AssertionFailure() << "cannot read " << referencePath;
-    else if (cairo_image_surface_get_width(expected) != w ||
-             cairo_image_surface_get_height(expected) != h)
-        result = ::testing::AssertionFailure() << "size " << w << " x " << h << ", reference "
-                                               << cairo_image_surface_get_width(expected) << " x "
-                                               << cairo_image_surface_get_height(expected);
-    else
-    {
-        long off = 0;
-        double sum = 0;
-        for (int y = 0; y < h; ++y)
-            for (int x = 0; x < w; ++x)
+    long off = 0;
+    double sum = 0;
+    const bool sameSize = cairo_surface_status(expected) == CAIRO_STATUS_SUCCESS &&
+                          cairo_image_surface_get_width(expected) == w &&
+                          cairo_image_surface_get_height(expected) == h;
+    for (int y = 0; sameSize && y < h; ++y)
+        for (int x = 0; x < w; ++x)
+        {
+            const uint32_t a = Pixel(shot, x, y), b = Pixel(expected, x, y);
+            int worst = 0;
+            for (int shift : {0, 8, 16})
             {
-                const uint32_t a = Pixel(shot, x, y), b = Pixel(expected, x, y);
-                int worst = 0;
-                for (int shift : {0, 8, 16})
-                {
-                    const int d = std::abs((int)((a >> shift) & 0xFF) - (int)((b >> shift) & 0xFF));
-                    worst = std::max(worst, d);
-                    sum += d;
-                }
-                off += worst > 32;
+                const int d = std::abs((int)((a >> shift) & 0xFF) - (int)((b >> shift) & 0xFF));
+                worst = std::max(worst, d);
+                sum += d;
             }
-        const double mean = sum / (3.0 * w * h);
-        if (off >= (long)w * h / 200 || mean >= 2.0)
-            result = ::testing::AssertionFailure()
-                     << off << " pixels off, mean difference " << mean << "; see " << copyPath;
-    }
+            off += worst > 32;
+        }
     cairo_surface_destroy(expected);
-    return result;
+    const double mean = sum / (3.0 * w * h);
+    if (!sameSize)
+        return ::testing::AssertionFailure()
+               << "cannot read " << referencePath << " or not " << w << " x " << h;
+    if (off >= (long)w * h / 200 || mean >= 2.0)
+        return ::testing::AssertionFailure()
+               << off << " pixels off, mean difference " << mean << "; see " << copyPath;
+    return ::testing::AssertionSuccess();
 }
