@@ -1,14 +1,11 @@
-// The test host against a plug-in it did not come with: Debian's zam-plugins
-// CLAP build of a stereo multiband compressor, loaded in a child process (a
-// fault in foreign code must not take the test program down). With every
-// band's compressor off it passes a tone at its level; a host event setting
-// "Master Trim" to -6 dB at the first sample turns it down by 6 dB. Both need
-// the host's loading, port, event and process records to be right.
+// Our CLAP records and test host against a plug-in built elsewhere: Debian's
+// zam-plugins CLAP build of a stereo multiband compressor, in a child process
+// (a fault in foreign code must not take the test program down). With its
+// compressors off it passes a tone at its level; a host event setting "Master
+// Trim" to -6 dB at the first sample turns it down by 6 dB.
 #include "ClapTestHost.h"
 
 #include <cmath>
-#include <cstdio>
-#include <cstdlib>
 #include <gtest/gtest.h>
 #include <unistd.h>
 #include <vector>
@@ -16,40 +13,30 @@
 namespace
 {
 const char kThirdParty[] = "/usr/lib/clap/ZaMultiCompX2.clap";
-constexpr clap::Id kMasterTrim = 27;
 
-double RmsDb(const std::vector<float>& x, size_t from)
-{
-    double sum = 0;
-    for (size_t i = from; i < x.size(); ++i)
-        sum += (double)x[i] * x[i];
-    return 10 * std::log10(sum / (double)(x.size() - from) + 1e-30);
-}
-
-// Renders 1 s of a 1 kHz tone, optionally trimmed by an event; prints the
-// level change of both channels and exits 0 when it is as expected.
+// Exits 0 when both channels of 1 s of a 1 kHz tone change by trimDb.
 [[noreturn]] void RenderInChild(double trimDb)
 {
     ClapTestHost host(kThirdParty);
-    if (!host.Create() || !host.Plugin()->activate(host.Plugin(), 44100.0, 1, 256) ||
-        !host.Plugin()->startProcessing(host.Plugin()))
+    const clap::Plugin* p = host.Create();
+    if (!p || !p->activate(p, 44100.0, 1, 256) || !p->startProcessing(p))
         _exit(2);
-    const size_t n = 44100;
-    std::vector<float> in(n), outL(n), outR(n);
-    for (size_t i = 0; i < n; ++i)
+    std::vector<float> in(44100);
+    for (size_t i = 0; i < in.size(); ++i)
         in[i] = 0.1f * (float)std::sin(2 * M_PI * 1000.0 * (double)i / 44100.0);
-    ClapEventList events;
-    events.Add(0, kMasterTrim, trimDb);
-    for (size_t pos = 0; pos < n; pos += 256)
-        if (host.Process(&in[pos], &in[pos], &outL[pos], &outR[pos], 256,
-                         pos == 0 ? &events : nullptr) == clap::kProcessError)
-            _exit(3);
-    host.Plugin()->stopProcessing(host.Plugin());
-    host.Plugin()->deactivate(host.Plugin());
-    const double changeL = RmsDb(outL, n / 2) - RmsDb(in, n / 2);
-    const double changeR = RmsDb(outR, n / 2) - RmsDb(in, n / 2);
-    fprintf(stderr, "level change %.2f dB, %.2f dB\n", changeL, changeR);
-    const bool ok = std::fabs(changeL - trimDb) < 0.1 && std::fabs(changeR - trimDb) < 0.1;
+    std::vector<float> out[2] = {in, in};
+    ClapEventList trim;
+    trim.Add(0, 27, trimDb); // "Master Trim"
+    for (size_t pos = 0; pos < in.size(); pos += 256)
+        host.Process(&in[pos], &in[pos], &out[0][pos], &out[1][pos],
+                     (uint32_t)std::min<size_t>(256, in.size() - pos), pos ? nullptr : &trim);
+    double power[3] = {};
+    for (size_t i = in.size() / 2; i < in.size(); ++i)
+        for (int c = 0; c < 3; ++c)
+            power[c] += std::pow(c < 2 ? out[c][i] : in[i], 2);
+    bool ok = true;
+    for (int c = 0; c < 2; ++c)
+        ok = ok && std::fabs(10 * std::log10(power[c] / power[2]) - trimDb) < 0.1;
     _exit(ok ? 0 : 1);
 }
 } // namespace
@@ -58,6 +45,6 @@ TEST(ThirdPartyClap, RendersAtUnityAndFollowsAHostEvent)
 {
     if (access(kThirdParty, R_OK) != 0)
         GTEST_SKIP() << "zam-plugins is not installed";
-    EXPECT_EXIT(RenderInChild(0.0), testing::ExitedWithCode(0), "level change");
-    EXPECT_EXIT(RenderInChild(-6.0), testing::ExitedWithCode(0), "level change");
+    EXPECT_EXIT(RenderInChild(0.0), testing::ExitedWithCode(0), "");
+    EXPECT_EXIT(RenderInChild(-6.0), testing::ExitedWithCode(0), "");
 }

@@ -1,13 +1,12 @@
-// A small CLAP host for tests: loads a .clap with dlopen, looks up nothing but
-// "clap_entry", creates one plug-in through the factory and records what the
-// plug-in asks of the host (parameter flushes and rescans, timers, file
-// descriptors). Processing runs on the calling thread, marked as the audio
-// thread for the duration of the call.
+// A small CLAP host for tests and benchmarks: loads a .clap with dlopen, looks
+// up nothing but "clap_entry", creates the factory's first plug-in and records
+// what the plug-in asks of the host (flushes, value rescans, timers, file
+// descriptors, output events). Processing runs on the calling thread, marked
+// as the audio thread for the duration of the call.
 #pragma once
 
 #include "ClapExtensions.h"
 
-#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
@@ -16,12 +15,11 @@
 struct ClapOutEvent
 {
     uint16_t type;
-    uint32_t time;
     clap::Id paramId;
     double value; // parameter value events only
 };
 
-// Host-to-plug-in parameter changes for one call, kept sorted by time.
+// Host-to-plug-in parameter changes for one call; added in time order.
 class ClapEventList
 {
 public:
@@ -30,8 +28,6 @@ public:
     const clap::InputEvents* Get() const { return &m_List; }
 
 private:
-    static uint32_t Size(const clap::InputEvents* list);
-    static const clap::EventHeader* At(const clap::InputEvents* list, uint32_t index);
     std::vector<clap::EventParamValue> m_Events;
     clap::InputEvents m_List;
 };
@@ -59,14 +55,14 @@ public:
     void Flush(const ClapEventList* events = nullptr);
 
     double Value(clap::Id id) const; // params.get_value; NaN on refusal
-    std::vector<uint8_t> SaveState() const;
+    // The state streams move at most 100 bytes a call: plug-ins must loop.
+    std::vector<uint8_t> SaveState() const; // empty on refusal
     bool LoadState(const std::vector<uint8_t>& bytes) const;
 
-    // Runs the main loop for a while: timers at their periods, registered
-    // descriptors when readable. Returns the number of on_fd calls made.
-    int RunMainLoop(int milliseconds);
+    // Runs the main loop for a while: timers at their periods. Descriptors
+    // are only registered: the timers pump the editor as well.
+    void RunMainLoop(int milliseconds);
 
-    // What the plug-in asked of the host.
     std::vector<ClapOutEvent> outEvents;
     int flushRequests = 0;
     int valueRescans = 0;
@@ -78,8 +74,6 @@ public:
 
 private:
     static const void* GetExtension(const clap::Host* host, const char* id);
-    static ClapTestHost* Self(const clap::Host* host);
-    static bool PushOut(const clap::OutputEvents* list, const clap::EventHeader* event);
 
     void* m_Library = nullptr;
     const clap::PluginEntry* m_Entry = nullptr;

@@ -1,6 +1,7 @@
 // A small LV2 host for tests and benchmarks, through lilv only: loads one
-// bundle, maps URIs, and runs instances with their control ports as plain
-// floats addressed by symbol.
+// bundle, maps URIs, and runs instances of a stereo plug-in (audio ports
+// in_l, in_r, out_l, out_r) with their control ports as plain floats
+// addressed by symbol.
 #pragma once
 
 #include <lilv/lilv.h>
@@ -16,7 +17,7 @@ class CLv2TestHost
 public:
     // bundleDir: the bundle's folder (with or without a trailing '/').
     explicit CLv2TestHost(const std::string& bundleDir, const char* pluginUri);
-    ~CLv2TestHost();
+    ~CLv2TestHost() { lilv_world_free(m_World); }
     CLv2TestHost(const CLv2TestHost&) = delete;
     CLv2TestHost& operator=(const CLv2TestHost&) = delete;
 
@@ -29,9 +30,7 @@ public:
     LV2_URID_Map* MapFeature() { return &m_Map; }
     LV2_URID_Unmap* UnmapFeature() { return &m_Unmap; }
     // urid:map, urid:unmap and options with the largest block; null-ended.
-    const LV2_Feature* const* Features() const { return m_FeatureList.data(); }
-
-    static constexpr int kMaxBlock = 4096;
+    const LV2_Feature* const* Features() const { return m_FeatureList; }
 
 private:
     LilvWorld* m_World = nullptr;
@@ -39,10 +38,10 @@ private:
     std::vector<std::string> m_Uris; // index + 1 is the URID
     LV2_URID_Map m_Map;
     LV2_URID_Unmap m_Unmap;
-    int32_t m_MaxBlock = kMaxBlock;
-    std::vector<LV2_Options_Option> m_Options;
-    std::vector<LV2_Feature> m_Features;
-    std::vector<const LV2_Feature*> m_FeatureList;
+    int32_t m_MaxBlock = 4096;
+    LV2_Options_Option m_Options[2];
+    LV2_Feature m_Features[3];
+    const LV2_Feature* m_FeatureList[4];
 };
 
 class CLv2TestInstance
@@ -59,15 +58,10 @@ public:
     // Control port value by symbol (inputs and outputs); false when unknown.
     bool Set(const std::string& symbol, float value);
     float Get(const std::string& symbol) const;
-    uint32_t PortIndex(const std::string& symbol) const;
 
     void Activate();
-    void Deactivate();
     // Stereo block; in and out may be the same buffers.
     void Run(const float* inL, const float* inR, float* outL, float* outR, uint32_t frames);
-    // A whole signal in blocks of `block` frames.
-    void Render(const std::vector<float>& inL, const std::vector<float>& inR,
-                std::vector<float>& outL, std::vector<float>& outR, uint32_t block);
 
     // The instance's state as lilv saves it (ports and properties); the
     // caller frees it with lilv_state_free.
@@ -77,8 +71,7 @@ public:
 private:
     CLv2TestHost& m_Host;
     LilvInstance* m_Instance = nullptr;
-    std::vector<float> m_Controls; // one per port; audio ports unused
+    std::vector<float> m_Ports; // one value per port; audio ports unused
     std::map<std::string, uint32_t> m_Symbols;
-    std::vector<uint32_t> m_AudioIn, m_AudioOut;
     bool m_Active = false;
 };

@@ -1,6 +1,7 @@
 // The test host's X window: display, error count, children, XTest input.
 #include "X11HostWindow.h"
 
+#include <X11/Xutil.h>
 #include <X11/extensions/XTest.h>
 #include <unistd.h>
 
@@ -64,4 +65,16 @@ void CX11HostWindow::Button(bool down)
 {
     XTestFakeButtonEvent(display, 1, down ? True : False, 0);
     XSync(display, False);
+}
+
+std::vector<unsigned long> CX11HostWindow::Pixels(Window in, int x, int y, int w, int h) const
+{
+    std::vector<unsigned long> out;
+    XImage* image = XGetImage(display, in, x, y, (unsigned)w, (unsigned)h, AllPlanes, ZPixmap);
+    for (int j = 0; image && j < h; ++j)
+        for (int i = 0; i < w; ++i)
+            out.push_back(XGetPixel(image, i, j));
+    if (image)
+        XDestroyImage(image);
+    return out;
 }

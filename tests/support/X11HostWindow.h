@@ -21,6 +21,8 @@ public:
     bool HasXTest() const;
     void MovePointer(Window in, int x, int y); // x, y in the coordinates of `in`
     void Button(bool down);
+    // Pixel values of a rectangle of `in`; empty when it cannot be read.
+    std::vector<unsigned long> Pixels(Window in, int x, int y, int w, int h) const;
 
     Display* display = nullptr;
     Window window = 0;
