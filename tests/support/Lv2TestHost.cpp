@@ -42,11 +42,6 @@ LV2_URID CLv2TestHost::Map(const char* uri)
     return (LV2_URID)m_Uris.size();
 }
 
-const char* CLv2TestHost::Unmap(LV2_URID urid) const
-{
-    return urid >= 1 && urid <= m_Uris.size() ? m_Uris[urid - 1].c_str() : nullptr;
-}
-
 CLv2TestInstance::CLv2TestInstance(CLv2TestHost& host, double sampleRate, bool withFeatures)
     : m_Host(host)
 {
@@ -80,18 +75,6 @@ bool CLv2TestInstance::Set(const std::string& symbol, float value)
         return false;
     m_Ports[it->second] = value;
     return true;
-}
-
-float CLv2TestInstance::Get(const std::string& symbol) const
-{
-    auto it = m_Symbols.find(symbol);
-    return it == m_Symbols.end() ? NAN : m_Ports[it->second];
-}
-
-void CLv2TestInstance::Activate()
-{
-    lilv_instance_activate(m_Instance);
-    m_Active = true;
 }
 
 void CLv2TestInstance::Run(const float* inL, const float* inR, float* outL, float* outR,

@@ -8,6 +8,7 @@
 #include <lv2/options/options.h>
 #include <lv2/urid/urid.h>
 
+#include <cmath>
 #include <map>
 #include <string>
 #include <vector>
@@ -26,7 +27,10 @@ public:
     LilvNode* Uri(const char* uri) const { return lilv_new_uri(m_World, uri); }
 
     LV2_URID Map(const char* uri);
-    const char* Unmap(LV2_URID urid) const;
+    const char* Unmap(LV2_URID urid) const
+    {
+        return urid >= 1 && urid <= m_Uris.size() ? m_Uris[urid - 1].c_str() : nullptr;
+    }
     LV2_URID_Map* MapFeature() { return &m_Map; }
     LV2_URID_Unmap* UnmapFeature() { return &m_Unmap; }
     // urid:map, urid:unmap and options with the largest block; null-ended.
@@ -57,9 +61,16 @@ public:
     LilvInstance* Raw() const { return m_Instance; }
     // Control port value by symbol (inputs and outputs); false when unknown.
     bool Set(const std::string& symbol, float value);
-    float Get(const std::string& symbol) const;
+    float Get(const std::string& symbol) const
+    {
+        return m_Symbols.count(symbol) ? m_Ports[m_Symbols.at(symbol)] : NAN;
+    }
 
-    void Activate();
+    void Activate()
+    {
+        lilv_instance_activate(m_Instance);
+        m_Active = true;
+    }
     // Stereo block; in and out may be the same buffers.
     void Run(const float* inL, const float* inR, float* outL, float* outR, uint32_t frames);
 
