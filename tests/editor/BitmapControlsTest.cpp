@@ -1,224 +1,108 @@
-// The three bitmap controls on their own: value <-> angle and position
-// mappings against formulas worked out here, callbacks, and what they draw
-// compared with the strip, track and switch images.
+// The panel's knobs and faders as a user works them, against formulas worked
+// out here: the knob turns clockwise from straight down with a dead zone at
+// the bottom and end stops, the fader travels logarithmically; each drawn at
+// once from its image. (Switches toggle on the press: the panel tests.)
 #include "EditorTestSupport.h"
 
 #include <cmath>
 
-#include "CVRXBitmapSliderDC.h"
-#include "CVRXBitmapSwitch2DC.h"
-#include "CVRXNewBitmapTumamiDC.h"
-
 namespace
 {
-struct Callbacks
+// The Threshold knob: 34 x 34 at (262, 66), 0..1 over 30..330 degrees, 61
+// frames. Points are offsets from its centre (279, 83).
+class ControlsTest : public EditorFixture
 {
-    std::vector<std::pair<int, float>> calls;
-    static bool Record(int id, float value, void* owner)
+protected:
+    CPoint At(int dx, int dy) const { return CPoint(279 + dx, 83 + dy); }
+    float Threshold() const { return effect->getParameter(kParamThreshold); }
+    // A click at (dx, dy) with the knob at `from`, away from the end stops.
+    float Click(int dx, int dy, float from = 0.5f)
     {
-        static_cast<Callbacks*>(owner)->calls.emplace_back(id, value);
-        return true;
+        effect->setParameter(kParamThreshold, from);
+        CHeadless::Click(Panel(), At(dx, dy));
+        return Threshold();
     }
-};
-
-// The panel's knob: 34 x 34 at (262, 66), 0..1 over 30..330 degrees, 61 frames.
-struct KnobRig
-{
-    CRect rect{262, 66, 296, 100}, display{255, 105, 303, 119};
-    CVRXBitmap strip;
-    Callbacks cb;
-    CVRXNewBitmapTumamiDC knob;
-    KnobRig()
+    // A press at the first point, moves to the others, the value at each.
+    std::vector<float> Drag(std::initializer_list<CPoint> points)
     {
-        strip.LoadResourceBitmap(5001);
-        knob.Make(rect, display, nullptr, &strip, 0.f, 1.f, 100, 61, 30.f, 330.f, 8, false,
-                  Callbacks::Record, &cb);
-    }
-    // A point at offset (dx, dy) from the knob's centre (17, 17).
-    CPoint At(int dx, int dy) const { return CPoint(rect.left + 17 + dx, rect.top + 17 + dy); }
-    // The value after a move to offset (dx, dy); Point starts from `from`
-    // (away from the end stops).
-    float Move(int dx, int dy)
-    {
-        knob.SetValue(At(dx, dy));
-        return knob.GetValue();
-    }
-    float Point(int dx, int dy, float from = 0.5f)
-    {
-        knob.SetValue(from, nullptr, false);
-        return Move(dx, dy);
-    }
-};
-
-// Panel's input fader: track 5009 with cap 5010, logarithmic over travel rows
-// s (minimum) to e.
-struct FaderRig
-{
-    CRect rect{48, 45, 64, 178}, display{14, 186, 48, 200};
-    CVRXBitmap track, cap;
-    Callbacks cb;
-    CVRXBitmapSliderDC fader;
-    const int s = 127, e = 6;
-    FaderRig()
-    {
-        track.LoadResourceBitmap(5009);
-        cap.LoadResourceBitmap(5010);
-        fader.Make(rect, display, nullptr, &track, nullptr, &cap, 0.f, 1.f, CPoint(1, s),
-                   CPoint(1, e), 104, 1, true, false, false, false, Callbacks::Record, &cb);
-    }
-    float AtY(int y)
-    {
-        fader.SetValueByPoint(CPoint(rect.left + 5, rect.top + y));
-        return fader.GetValue();
+        std::vector<float> values;
+        for (CPoint p : points)
+        {
+            if (values.empty())
+                CHeadless::MouseDown(Panel(), At(p.x, p.y));
+            else
+                CHeadless::MouseMove(Panel(), At(p.x, p.y));
+            values.push_back(Threshold());
+        }
+        CHeadless::MouseUp(Panel(), At(points.end()[-1].x, points.end()[-1].y));
+        return values;
     }
 };
 } // namespace
 
-TEST(Knob, MapsPointsToAnglesClockwiseFromDownWithDeadZoneAndEndStops)
+TEST_F(ControlsTest, KnobTurnsClockwiseFromDownWithADeadZoneAndEndStops)
 {
-    KnobRig rig;
-    // Clockwise from straight down, y growing downward: left 90, up 180,
-    // right 270 degrees; (5, 12) is 360 - atan(5 / 12) = 337.4, past the end.
+    // y grows downward: left 90, up 180, right 270 degrees; (5, 12) is
+    // 360 - atan(5 / 12) = 337.4, past the end.
     const double cases[][3] = {
         {-10, 0, 90}, {0, -10, 180}, {7, -7, 225}, {10, 0, 270}, {5, 12, 330}};
     for (auto& c : cases)
-    {
-        EXPECT_NEAR((c[2] - 30.0) / 300.0, rig.Point((int)c[0], (int)c[1]), 1e-6) << c[2];
-        EXPECT_NEAR(c[2], rig.knob.GetAngle(), 1e-6) << c[2];
-    }
+        EXPECT_NEAR((c[2] - 30.0) / 300.0, Click((int)c[0], (int)c[1]), 1e-6) << c[2];
     // Dead zone at the bottom: down-left and straight down give 0, down-right 1.
-    EXPECT_FLOAT_EQ(0.f, rig.Point(-2, 15, 0.4f));
-    EXPECT_FLOAT_EQ(0.f, rig.Point(0, 15));
-    EXPECT_FLOAT_EQ(1.f, rig.Point(2, 15));
+    EXPECT_FLOAT_EQ(0.f, Click(-2, 15, 0.4f));
+    EXPECT_FLOAT_EQ(0.f, Click(0, 15, 0.4f));
+    EXPECT_FLOAT_EQ(1.f, Click(2, 15, 0.4f));
     // At the minimum, moving across the bottom into the right half keeps the
-    // minimum; at the maximum, the left half keeps the maximum.
-    rig.Point(-2, 15);
-    EXPECT_FLOAT_EQ(0.f, rig.Move(3, 15));
-    EXPECT_FLOAT_EQ(0.f, rig.Move(10, -2));
-    EXPECT_NEAR(0.2, rig.Move(-10, 0), 1e-6); // the left half works again
-    rig.knob.SetValue(rig.At(2, 15));
-    EXPECT_FLOAT_EQ(1.f, rig.Move(-3, 15));
+    // minimum until the left half is reached; at the maximum, the left half
+    // keeps the maximum.
+    EXPECT_EQ((std::vector<float>{0.f, 0.f, 0.f, 0.2f}),
+              Drag({{-2, 15}, {3, 15}, {10, -2}, {-10, 0}}));
+    EXPECT_EQ((std::vector<float>{1.f, 1.f}), Drag({{2, 15}, {-3, 15}}));
 
     // The centre and the guard point (dy = half width, dx > half height)
-    // change nothing and call nobody.
-    rig.knob.SetValue(0.5f, nullptr, false);
-    rig.cb.calls.clear();
-    rig.knob.SetValue(rig.At(0, 0));
-    EXPECT_FLOAT_EQ(0.5f, rig.Move(18, 17));
-    EXPECT_TRUE(rig.cb.calls.empty());
+    // change nothing and tell the host nothing.
+    effect->setParameter(kParamThreshold, 0.5f);
+    HostCalls().clear();
+    EXPECT_EQ((std::vector<float>{0.5f, 0.5f}), Drag({{0, 0}, {18, 17}}));
+    EXPECT_TRUE(AutomatedValues(kParamThreshold).empty());
 }
 
-TEST(Knob, CallbacksOnlyOnChangeForValuesButOnEveryDragMove)
+// Frame round(60 v) of the strip, drawn at once when the host sets v.
+TEST_F(ControlsTest, KnobShowsTheFrameOfItsValue)
 {
-    KnobRig rig;
-    rig.knob.SetValue(0.25f, nullptr, true);
-    rig.knob.SetValue(0.25f, nullptr, true); // unchanged
-    rig.knob.SetValue(-3.f, nullptr, false); // clamps to 0, silently
-    EXPECT_FLOAT_EQ(0.f, rig.knob.GetValue());
-    rig.knob.SetValue(7.f, nullptr, true);
-    EXPECT_EQ((std::vector<std::pair<int, float>>{{100, 0.25f}, {100, 1.f}}), rig.cb.calls);
-
-    // A drag reports every move, the same point twice included.
-    rig.knob.SetValue(0.5f, nullptr, false);
-    rig.cb.calls.clear();
-    ASSERT_TRUE(rig.knob.PtInTumami(rig.At(-10, 0)));
-    for (CPoint p : {rig.At(-10, 0), rig.At(-10, 0)})
-        rig.knob.OnMouseMove(p, nullptr);
-    EXPECT_EQ(2u, rig.cb.calls.size());
-    rig.knob.OnLButtonUp(rig.At(10, 0), nullptr);
-    EXPECT_FALSE(rig.knob.IsDragging());
-    EXPECT_NEAR(0.8f, rig.knob.GetValue(), 1e-6);
-    rig.knob.OnMouseMove(rig.At(-10, 0), nullptr); // after the release: not the knob's
-    EXPECT_EQ(3u, rig.cb.calls.size());            // the release reported
-    EXPECT_FALSE(rig.knob.PtInTumami(CPoint(rig.rect.right, rig.rect.top)));
-}
-
-TEST(Knob, FramesIndexValuesAndDrawing)
-{
-    KnobRig lin;
-    CDC dc;
-    ASSERT_TRUE(dc.CreateBitmapDC(300, 110));
-    // Frame round(60 v), index value ceil(60 v).
-    const float rows[][3] = {{0.f, 0, 0}, {0.0084f, 1, 1}, {0.7417f, 45, 45}, {0.99f, 59, 60}};
-    for (auto& r : rows)
+    for (auto [v, frame] : {std::pair{0.f, 0}, {0.0084f, 1}, {0.7417f, 45}, {0.99f, 59}})
     {
-        lin.knob.SetValue(r[0], nullptr, false);
-        EXPECT_EQ((int)r[1], lin.knob.GetFrameIndex()) << r[0];
-        EXPECT_EQ((int)r[2], lin.knob.GetIndexValue()) << r[0];
-        lin.knob.Draw(&dc);
-        EXPECT_TRUE(BlockMatches(dc, 262, 66, lin.strip, 0, (int)r[1] * 34, 34, 34)) << r[0];
+        effect->setParameter(kParamThreshold, v);
+        EXPECT_TRUE(
+            PanelBlockMatches(Panel(), 262, 66, Panel()->Image(5001), 0, frame * 34, 34, 34))
+            << v;
     }
 }
 
-TEST(Fader, PointMappingsEndsAndCallbacks)
+// The input fader: 16 x 133 at (48, 45), its 12-row cap centred on rows 127
+// (0) to 6 (1) of the track, logarithmic: t = (row - 127) / (6 - 127), value
+// (10^t - 1) / 9.
+TEST_F(ControlsTest, FaderTravelsLogarithmicallyAndDrawsItsCapOverTheTrack)
 {
-    FaderRig rig;
-    // Logarithmic: t = (y - s) / (e - s), value (10^t - 1) / 9.
-    EXPECT_NEAR((std::pow(10.0, 61.0 / 121.0) - 1.0) / 9.0, rig.AtY(66), 1e-6);
-    EXPECT_FLOAT_EQ(1.f, rig.AtY(rig.e - 1)); // above the end point
-    EXPECT_FLOAT_EQ(0.f, rig.AtY(rig.s + 1)); // below the start point
-    EXPECT_FLOAT_EQ(1.f, rig.AtY(rig.e));
-    EXPECT_FLOAT_EQ(0.f, rig.AtY(rig.s));
-    EXPECT_FLOAT_EQ(0.f, rig.AtY(rig.s)); // unchanged: no callback
-    // One callback per change: 0 -> x -> 1 -> 0 -> 1 -> 0.
-    EXPECT_EQ(5u, rig.cb.calls.size());
+    auto pressRow = [&](int row)
+    {
+        CHeadless::Click(Panel(), CPoint(53, 45 + row));
+        return effect->getParameter(kParamInput);
+    };
+    EXPECT_FLOAT_EQ(1.f, pressRow(5));   // above the end point
+    EXPECT_FLOAT_EQ(0.f, pressRow(128)); // below the start point
+    EXPECT_FLOAT_EQ(1.f, pressRow(6));
 
-    // SetValue clamps, and calls back only when told to.
-    FaderRig off;
-    off.fader.SetValue(3.f, nullptr, true); // clamps to 1
-    off.fader.SetValue(0.2f, nullptr, false);
-    EXPECT_EQ((std::vector<std::pair<int, float>>{{104, 1.f}}), off.cb.calls);
-    EXPECT_FLOAT_EQ(0.2f, off.fader.GetValue());
-}
-
-TEST(Fader, DrawsTrackWithCapCentredOnTheTravelPoint)
-{
-    FaderRig rig;
-    CDC dc;
-    ASSERT_TRUE(dc.CreateBitmapDC(100, 200));
+    const CVRXBitmap &track = Panel()->Image(5009), &cap = Panel()->Image(5010);
     for (float v : {0.f, 0.2403f, 1.f})
     {
-        rig.fader.SetValue(v, nullptr, false);
-        rig.fader.DrawSlider(&dc);
+        effect->setParameter(kParamInput, v);
         const double centre = 127 - std::log10(v * 9.0 + 1.0) * 121;
-        EXPECT_NEAR(centre, rig.fader.GetCapCentre(), 1e-9);
+        EXPECT_NEAR(centre, Panel()->Fader(104).GetCapCentre(), 1e-9);
         const int capTop = (int)centre - 6, below = capTop + 12;
-        EXPECT_TRUE(BlockMatches(dc, 48, 45 + capTop, rig.cap, 0, 0, 16, 12)) << v;
-        EXPECT_TRUE(BlockMatches(dc, 48, 45, rig.track, 0, 0, 16, capTop)) << v; // may be empty
-        EXPECT_TRUE(BlockMatches(dc, 48, 45 + below, rig.track, 0, below, 16, 133 - below)) << v;
+        EXPECT_TRUE(PanelBlockMatches(Panel(), 48, 45 + capTop, cap, 0, 0, 16, 12)) << v;
+        EXPECT_TRUE(PanelBlockMatches(Panel(), 48, 45, track, 0, 0, 16, capTop)) << v;
+        EXPECT_TRUE(PanelBlockMatches(Panel(), 48, 45 + below, track, 0, below, 16, 133 - below))
+            << v;
     }
-}
-
-TEST(Switch, ValueRulesPushHandlingAndDrawing)
-{
-    CVRXBitmap img0, img1;
-    img0.LoadResourceBitmap(5003);
-    img1.LoadResourceBitmap(5002);
-    CRect rect(23, 7, 52, 27), none;
-    Callbacks cb;
-    CVRXBitmapSwitch2DC sw;
-    sw.Make(rect, nullptr, &img0, &img1, 107, none, false, nullptr, Callbacks::Record, &cb);
-    CDC dc;
-    ASSERT_TRUE(dc.CreateBitmapDC(60, 40));
-    sw.SetValue(1, true);
-    sw.DrawSwitch(&dc);
-    EXPECT_TRUE(BlockMatches(dc, 23, 7, img1, 0, 0, 29, 20));
-    sw.SetValue(1, true); // unchanged: no callback
-    sw.SetValue(0, false);
-    EXPECT_EQ((std::vector<std::pair<int, float>>{{107, 1.f}}), cb.calls);
-
-    // Press and release inside toggles (the pressed half drawn meanwhile);
-    // release outside does not.
-    cb.calls.clear();
-    EXPECT_FALSE(sw.LButtonDown(CPoint(5, 5)));
-    EXPECT_TRUE(sw.LButtonDown(CPoint(30, 10)));
-    sw.DrawSwitch(&dc);
-    EXPECT_TRUE(BlockMatches(dc, 23, 7, img0, 0, 20, 29, 20));
-    sw.LButtonUp(CPoint(30, 10));
-    EXPECT_FALSE(sw.IsDown());
-    EXPECT_EQ(1, sw.GetValue());
-    sw.LButtonDown(CPoint(30, 10));
-    sw.LButtonUp(CPoint(0, 0));
-    EXPECT_EQ(1, sw.GetValue());
-    EXPECT_EQ(1u, cb.calls.size());
 }

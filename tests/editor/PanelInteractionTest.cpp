@@ -243,8 +243,8 @@ TEST_F(PanelTest, HostChangesMoveTheControls)
         effect->setParameter(c.drives, v);
         EXPECT_FLOAT_EQ(v, Shown(c)) << c.id;
     }
-    effect->setParameter(kParamThreshold, 0.25f); // drawn at once: frame 15
-    EXPECT_TRUE(PanelBlockMatches(Panel(), 262, 66, Panel()->Image(5001), 0, 15 * 34, 34, 34));
+    for (const RecordedHostCall& call : HostCalls())
+        EXPECT_NE(audioMasterAutomate, call.opcode); // no echo to the host
     EXPECT_TRUE(PanelBlockMatches(Panel(), 168, 85, Panel()->Image(5016), 0, 0, 14, 12));
     // Selecting a program replays all of its values into the controls.
     effect->setProgram(7);
