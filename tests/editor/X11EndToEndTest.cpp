@@ -8,7 +8,6 @@
 #include <gtest/gtest.h>
 
 #include <cairo.h>
-#include <dirent.h>
 #include <signal.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,6 +21,7 @@
 #include <chrono>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -33,15 +33,9 @@
 
 namespace
 {
-int OpenFdCount()
+long OpenFdCount()
 {
-    int n = 0;
-    DIR* dir = opendir("/proc/self/fd");
-    while (dir && readdir(dir))
-        ++n;
-    if (dir)
-        closedir(dir);
-    return n;
+    return std::distance(std::filesystem::directory_iterator("/proc/self/fd"), {});
 }
 
 // A left click at root coordinates (x, y) through XTest on connection d.
@@ -143,7 +137,6 @@ protected:
         ASSERT_NE(nullptr, rect);
         width = rect->right - rect->left;
         height = rect->bottom - rect->top;
-        ASSERT_TRUE(width > 0 && height > 0) << width << " x " << height;
         hostWindow = XCreateSimpleWindow(display, DefaultRootWindow(display), 0, 0, width, height,
                                          0, 0, 0x00FF00FF);
         XSelectInput(display, hostWindow, StructureNotifyMask | ExposureMask);
@@ -221,25 +214,6 @@ protected:
         return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
     }
 
-    // The host window as the screen shows it, as a cairo image.
-    cairo_surface_t* Screenshot()
-    {
-        XSync(display, False);
-        XImage* image = XGetImage(display, hostWindow, 0, 0, width, height, AllPlanes, ZPixmap);
-        if (!image)
-            return nullptr;
-        cairo_surface_t* s = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
-        unsigned char* data = cairo_image_surface_get_data(s);
-        const int stride = cairo_image_surface_get_stride(s);
-        for (int y = 0; y < height; ++y) // a 24-bit TrueColor screen, as Xvfb's
-            for (int x = 0; x < width; ++x)
-                *reinterpret_cast<uint32_t*>(data + y * stride + x * 4) =
-                    XGetPixel(image, x, y) & 0xFFFFFF;
-        cairo_surface_mark_dirty(s);
-        XDestroyImage(image);
-        return s;
-    }
-
     Display* display = nullptr; // the host's own connection
     std::unique_ptr<HostHarness> host;
     AEffect* effect = nullptr;
@@ -279,31 +253,42 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
         Idle(1, 1);
     }
     EXPECT_EQ(hostHandler, XSetErrorHandler(nullptr));
-    cairo_surface_t* shot = Screenshot();
-    ASSERT_NE(nullptr, shot);
+    // The host window as the screen shows it (24-bit TrueColor, as Xvfb's).
+    XSync(display, False);
+    XImage* image = XGetImage(display, hostWindow, 0, 0, width, height, AllPlanes, ZPixmap);
+    ASSERT_NE(nullptr, image);
+    cairo_surface_t* shot = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x)
+            reinterpret_cast<uint32_t*>(cairo_image_surface_get_data(shot) +
+                                        y * cairo_image_surface_get_stride(shot))[x] =
+                XGetPixel(image, x, y) & 0xFFFFFF;
+    cairo_surface_mark_dirty(shot);
+    XDestroyImage(image);
     EXPECT_TRUE(MatchesReferencePicture(
         shot, EDITOR_REFERENCE_PNG, std::string(EDITOR_SCREENSHOT_DIR) + "/editor_running.png"));
     cairo_surface_destroy(shot);
 }
 
-// The scale from the environment and from Xft.dpi in the X resource database
-// (as xrdb sets it): the editor reports the scaled size and covers all of the
-// host's window, and a drag at scaled screen coordinates moves the Threshold
-// knob exactly as at 1x (which the reference picture shows painted). The move, the press and the
-// drag reach the editor within one idle call (a host idling slowly) and keep their order.
+// The scale from Xft.dpi in the X resource database (as xrdb sets it) and
+// from the environment, which comes first: the editor reports the scaled size
+// and covers all of the host's window, and a drag at scaled screen
+// coordinates moves the Threshold knob exactly as at 1x. The move, the press
+// and the drag reach the editor within one idle call (a host idling slowly)
+// and keep their order.
 TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
 {
     const struct
     {
         const char* environment; // DEESSER_UI_SCALE
-        const char* resources;   // the root window's resource database
         double scale;
         int width, height;
-    } cases[] = {
-        {nullptr, "Xft.dpi:\t192\n", 2.0, 920, 420},
-        {"1.5", "Xft.dpi:\t192\n", 1.5, 690, 315}, // the environment comes first
-    };
+    } cases[] = {{nullptr, 2.0, 920, 420}, {"1.5", 1.5, 690, 315}};
     const Window root = DefaultRootWindow(display);
+    const char resources[] = "Xft.dpi:\t192\n";
+    XChangeProperty(display, root, XA_RESOURCE_MANAGER, XA_STRING, 8, PropModeReplace,
+                    reinterpret_cast<const unsigned char*>(resources), sizeof(resources) - 1);
+    XSync(display, False);
     // The server outlives this program: its root resources go back to none
     // however the test ends, for the programs that follow.
     struct NoResourcesAfter
@@ -335,13 +320,6 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
     {
         SCOPED_TRACE(c.scale);
         ScopedEnv env("DEESSER_UI_SCALE", c.environment);
-        if (c.resources)
-            XChangeProperty(display, root, XA_RESOURCE_MANAGER, XA_STRING, 8, PropModeReplace,
-                            reinterpret_cast<const unsigned char*>(c.resources),
-                            (int)std::strlen(c.resources));
-        else
-            XDeleteProperty(display, root, XA_RESOURCE_MANAGER);
-        XSync(display, False);
 
         MakeHostWindow();
         EXPECT_EQ(std::make_pair(c.width, c.height), std::make_pair(width, height));
