@@ -30,9 +30,8 @@ std::vector<float> Shelf(float rate, float freq, float gainDb, float q, float si
 }
 } // namespace
 
-// Shelves at 0 dB are the identity; otherwise the shelved side sits at the
-// gain, the other at 0 dB. 20000 Hz lies above 0.475 x 32000 and is clamped to
-// 15200 Hz.
+// The shelved side sits at the gain, the other side at 0 dB. 20000 Hz lies
+// above 0.475 x 32000 and is clamped to 15200 Hz.
 TEST(BiquadFilter, ShelfCoefficientsMatchIndependentRoutineAndLevels)
 {
     for (float rate : {32000.f, 96000.f})
