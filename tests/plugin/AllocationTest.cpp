@@ -10,6 +10,8 @@
 
 TEST(RealTime, ProcessReplacingAllocatesNothing)
 {
+    if (AllocationCount() < 0)
+        GTEST_SKIP() << "allocations are not counted under a sanitizer";
     setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
     ADeEsser fx(nullptr);
     fx.setSampleRate(48000.f);
@@ -21,20 +23,15 @@ TEST(RealTime, ProcessReplacingAllocatesNothing)
         l[i] = r[i] = (float)std::sin(0.7 * (double)i);
     float* in[2] = {l.data(), r.data()};
     float* out[2] = {ol.data(), orr.data()};
-
-    if (AllocationCount() < 0)
-        GTEST_SKIP() << "allocations are not counted under a sanitizer";
-    long allocations = 0;
     // Every mode, odd block lengths, and more frames than announced.
+    const long before = AllocationCount();
     for (float sideChain : {1.f, 0.f})
         for (bool listen : {false, true})
-            for (int n : {512, 1, 2, 31, 300, 2048})
-            {
-                fx.setParameter(kParamSideChain, sideChain);
-                fx.SetListen(listen);
-                const long before = AllocationCount();
+        {
+            fx.setParameter(kParamSideChain, sideChain);
+            fx.SetListen(listen);
+            for (int n : {512, 1, 31, 2048})
                 fx.processReplacing(in, out, n);
-                allocations += AllocationCount() - before;
-            }
-    EXPECT_EQ(allocations, 0);
+        }
+    EXPECT_EQ(AllocationCount() - before, 0);
 }

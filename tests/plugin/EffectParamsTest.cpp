@@ -68,7 +68,6 @@ TEST_F(Effect, AttackReachesTheCompressorsInMsFromTheHostNormalisedFromThePanel)
 {
     fx->setParameterFormUI(5, 0.5f);
     EXPECT_DOUBLE_EQ(fx->GetComp().getAttack(), 0.5);
-    EXPECT_DOUBLE_EQ(fx->GetCompRms().getAttack(), 0.5);
     ASSERT_EQ(g_Sent.size(), 1u);
     EXPECT_EQ(g_Sent[0].opcode, audioMasterAutomate);
     EXPECT_EQ(g_Sent[0].index, 5);
@@ -81,7 +80,7 @@ TEST_F(Effect, AttackReachesTheCompressorsInMsFromTheHostNormalisedFromThePanel)
     fx->setParameter(3, 0.7f);
     EXPECT_NEAR(fx->GetComp().getThresh(), -30.0, 1e-4);
     fx->setParameter(4, 3.f / 63.f);
-    EXPECT_NEAR(fx->GetCompRms().getRatio(), 4.0, 1e-5);
+    EXPECT_NEAR(fx->GetComp().getRatio(), 4.0, 1e-5);
     // Indices above 10 store nothing but are still announced to the host.
     g_Sent.clear();
     fx->setParameterFormUI(12, 0.4f);

@@ -14,7 +14,6 @@
 #include <csignal>
 #include <cstring>
 #include <memory>
-#include <random>
 #include <sys/resource.h>
 #include <unistd.h>
 #include <vector>
@@ -102,7 +101,7 @@ private:
     std::string m_OldCwd, m_SoPath = plugins / "DeEsser.so";
 };
 
-TEST_F(Persistence, ChunkRoundTrips)
+TEST_F(Persistence, ChunkRoundTripsTakingAtMostTheDestination)
 {
     auto a = OpenEffect();
     a->setProgram(7);
@@ -117,56 +116,45 @@ TEST_F(Persistence, ChunkRoundTrips)
     EXPECT_EQ(stored, 7);
     EXPECT_EQ(seven, bank.substr(7 * 72, 72));
 
-    // A whole bank restores the current program with it.
+    // A whole bank restores the current program with it; of far more bytes
+    // only the bank's are taken (the banks after it in memory stay).
     auto b = OpenEffect();
-    EXPECT_EQ(b->setChunk(&bank[0], (VstInt32)bank.size(), false), 0);
+    const std::string others =
+        RecordBytes(b->GetInitialProgram(0)) + RecordBytes(b->GetFactoryProgram(0));
+    std::string huge = bank + std::string(sizeof(ADeEsser) + 4096, '\x55');
+    EXPECT_EQ(b->setChunk(&huge[0], (VstInt32)huge.size(), false), 0);
     EXPECT_EQ(b->getProgram(), 7);
     EXPECT_EQ(ChunkOf(*b, false), bank);
+    EXPECT_EQ(RecordBytes(b->GetInitialProgram(0)) + RecordBytes(b->GetFactoryProgram(0)), others);
     EXPECT_FLOAT_EQ(b->getParameter(kParamRatio), 0.25f);
 
-    // A program chunk changes the current record only.
+    // A program chunk, even one of bank size, changes the current record only.
     auto c = OpenEffect();
     c->setProgram(3);
     std::string before = ChunkOf(*c, false);
-    EXPECT_EQ(c->setChunk(&seven[0], 72, true), 0);
+    EXPECT_EQ(c->setChunk(&huge[7 * 72], kBankChunkSize, true), 0);
     EXPECT_EQ(c->getProgram(), 3);
     EXPECT_EQ(ChunkOf(*c, false), before.substr(0, 3 * 72) + seven + before.substr(4 * 72));
     EXPECT_FLOAT_EQ(c->getParameter(kParamRatio), 0.25f);
 }
 
-TEST_F(Persistence, ChunkSizesAndIndicesAreBounded)
+TEST_F(Persistence, BadChunkSizesAndIndicesAreBounded)
 {
     auto effect = OpenEffect();
-    effect->setProgram(5);
-    std::string initial = RecordBytes(effect->GetInitialProgram(0));
-    std::string factory = RecordBytes(effect->GetFactoryProgram(0));
-
-    // Far more bytes than the bank: only 2304 are taken.
-    std::string huge = NamedBank(9) + std::string(sizeof(ADeEsser) + 4096, '\x55');
-    effect->setChunk(&huge[0], (VstInt32)huge.size(), false);
-    EXPECT_EQ(ChunkOf(*effect, false), NamedBank(9));
-    EXPECT_EQ(RecordBytes(effect->GetInitialProgram(0)), initial);
-    EXPECT_EQ(RecordBytes(effect->GetFactoryProgram(0)), factory);
-
-    // A program chunk of bank size changes the current record only.
-    std::string other = NamedBank(0);
-    effect->setChunk(&other[0], kBankChunkSize, true);
-    EXPECT_STREQ(effect->GetProgram(9).name, "P0");
-    EXPECT_STREQ(effect->GetProgram(10).name, "P10");
+    std::string bank = NamedBank(9), other = NamedBank(0);
+    effect->setChunk(&bank[0], kBankChunkSize, false);
 
     // Negative sizes and missing data copy nothing.
-    std::string kept = ChunkOf(*effect, false);
     effect->setChunk(&other[0], -1, false);
     effect->setChunk(&other[0], INT_MIN, true);
     effect->setChunk(nullptr, 2304, false);
-    EXPECT_EQ(ChunkOf(*effect, false).substr(72), kept.substr(72));
-    EXPECT_EQ(effect->getProgram(), 9);
+    EXPECT_EQ(ChunkOf(*effect, false), bank);
 
     // A bank naming a current program outside 0..31 keeps the current one.
     for (int bad : {32, -1})
     {
-        std::string bank = NamedBank(bad);
-        effect->setChunk(&bank[0], kBankChunkSize, false);
+        std::string named = NamedBank(bad);
+        effect->setChunk(&named[0], kBankChunkSize, false);
         EXPECT_EQ(effect->getProgram(), 9) << bad;
         EXPECT_STREQ(effect->GetProgram(0).name, "P0");
     }
@@ -176,57 +164,34 @@ TEST_F(Persistence, ChunkSizesAndIndicesAreBounded)
     EXPECT_EQ(effect->getProgram(), 2);
 }
 
-// Random bytes as the host chunk (a bank file is applied as one too): whatever
-// the stored values, the output stays finite and no louder than the input
-// times the Output gain (the split-band sum may ring a little above it, never
-// by much).
-TEST_F(Persistence, DamagedStateNeverAmplifies)
+// A damaged chunk may hold any value: the stored one is kept as it came; only
+// the applied input gain is bounded, so that in either mode the output is no
+// louder than the input (the split-band sum may ring a little above it).
+TEST_F(Persistence, DamagedInputGainNeverAmplifies)
 {
-    auto check = [](ADeEsser& effect, const std::string& what)
+    for (float sideChain : {1.f, 0.f})
     {
-        effect.setSampleRate(44100.f);
-        effect.setBlockSize(256);
-        std::vector<float> inL(256), inR(256), outL(256), outR(256);
-        float* in[2] = {inL.data(), inR.data()};
-        float* out[2] = {outL.data(), outR.data()};
-        for (int block = 0; block < 16; ++block)
+        auto effect = OpenEffect();
+        ADeEsserProgram loud;
+        loud.values[kParamInput] = 1e30f;
+        loud.values[kParamSideChain] = sideChain;
+        effect->setChunk(&loud, sizeof loud, true);
+        EXPECT_EQ(effect->getParameter(kParamInput), 1e30f);
+        EXPECT_EQ(effect->GetProgram(0).values[kParamInput], 1e30f);
+        effect->setBlockSize(4096);
+        std::vector<float> l(4096), r(4096), ol(4096), orr(4096);
+        for (int i = 0; i < 4096; ++i) // 300 Hz and 7 kHz, peak 0.5
         {
-            for (int i = 0, t = block * 256; i < 256; ++i, ++t) // peak 0.5
-            {
-                inL[i] = 0.25f * (std::sin(0.0427f * t) + std::sin(0.9973f * t));
-                inR[i] = -inL[i];
-            }
-            effect.processReplacing(in, out, 256);
-            for (int i = 0; i < 256; ++i)
-            {
-                ASSERT_TRUE(std::isfinite(outL[i]) && std::isfinite(outR[i])) << what;
-                ASSERT_LE(std::max(std::fabs(outL[i]), std::fabs(outR[i])),
-                          1.5f * 0.5f * effect.GetOutputGain())
-                    << what << " block " << block << " sample " << i;
-            }
+            l[i] = 0.25f * (std::sin(0.0427f * i) + std::sin(0.9973f * i));
+            r[i] = -l[i];
         }
-    };
-    // The stored value is kept as it came; only the applied gain is bounded.
-    auto effect = OpenEffect();
-    ADeEsserProgram loud;
-    loud.values[kParamInput] = 1e30f;
-    effect->setChunk(&loud, sizeof loud, true);
-    EXPECT_EQ(effect->getParameter(kParamInput), 1e30f);
-    EXPECT_EQ(effect->GetProgram(0).values[kParamInput], 1e30f);
-    check(*effect, "input 1e30");
-
-    std::mt19937 rng(2304);
-    for (size_t size : {71, 72, 2303, 2304, 100000})
-        for (bool isPreset : {true, false})
-            for (int seed = 0; seed < 12; ++seed)
-            {
-                auto effect = OpenEffect();
-                std::string bytes(size, '\0');
-                for (char& c : bytes)
-                    c = (char)(rng() & 0xFF);
-                effect->setChunk(&bytes[0], (VstInt32)size, isPreset);
-                check(*effect, "chunk of " + std::to_string(size) + (isPreset ? " (program)" : ""));
-            }
+        float* in[2] = {l.data(), r.data()};
+        float* out[2] = {ol.data(), orr.data()};
+        effect->processReplacing(in, out, 4096);
+        for (int i = 0; i < 4096; ++i)
+            ASSERT_LE(std::max(std::fabs(ol[i]), std::fabs(orr[i])), 0.75f)
+                << sideChain << " " << i;
+    }
 }
 
 TEST_F(Persistence, SaveWritesTheBankFileAndMakesTheSlotCurrent)
@@ -245,7 +210,6 @@ TEST_F(Persistence, SaveWritesTheBankFileAndMakesTheSlotCurrent)
     EXPECT_EQ(effect->getProgram(), 5);
     EXPECT_FALSE(effect->IsProgramChanged());
     EXPECT_EQ(effect->getParameter(kParamRatio), 0.75f);
-    EXPECT_EQ(effect->GetProgram(5).values[kParamRatio], 0.75f);
     EXPECT_STREQ(effect->GetProgram(5).name, "A much longer name than"); // 23 bytes
     EXPECT_EQ(RecordBytes(effect->GetInitialProgram(5)), RecordBytes(effect->GetProgram(5)));
     // The edited program shows its previously saved values again.
@@ -263,18 +227,8 @@ TEST_F(Persistence, SaveWritesTheBankFileAndMakesTheSlotCurrent)
     EXPECT_EQ(ReadBytes(UserFile()), file);
 }
 
-TEST_F(Persistence, LoadOrderUserThenPluginFolderThenDefaults)
+TEST_F(Persistence, LoadOrderUserThenPluginFolder)
 {
-    // Neither file: constructor defaults, all unchanged.
-    {
-        auto effect = OpenEffect();
-        for (int i = 0; i < kNumPrograms; ++i)
-        {
-            EXPECT_STREQ(effect->GetProgram(i).name, "Empty");
-            EXPECT_EQ(RecordBytes(effect->GetFactoryProgram(i)), RecordBytes(defaults));
-        }
-        EXPECT_FALSE(effect->IsProgramChanged());
-    }
     // Only the plug-in folder's file: it is the live bank and the factory bank.
     PluginFolderBank(NamedBank(6));
     {
@@ -356,28 +310,6 @@ TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
     EXPECT_NE(editor->messages[0].find("could not be saved"), std::string::npos);
     EXPECT_STREQ(effect->GetProgram(7).name, "Lost"); // memory is already updated
     EXPECT_EQ(effect->getProgram(), 7);
-
-    // Without an open editor the message goes to stderr.
-    editor->close();
-    std::filesystem::remove_all(config.path());
-    testing::internal::CaptureStderr();
-    effect->SaveProgram(8, "Nowhere");
-    EXPECT_NE(testing::internal::GetCapturedStderr().find("could not be saved"), std::string::npos);
 }
 
-TEST_F(Persistence, LegacyImportThroughTheEffect)
-{
-    auto effect = OpenEffect();
-    std::string before = ChunkOf(*effect, false);
-    effect->Convert(); // the fixed folder of the older system is absent here
-    EXPECT_EQ(ChunkOf(*effect, false), before);
-
-    WriteBytes(cwd / "PROGRAM.LST", "VRX5.0 EFFECT PROGRAM LIST\r\n1\r\nSoft\r\n");
-    WriteBytes(cwd / "Soft.PGM", "VRX5.0 EFFECT PRG FILE\r\n0\t-1966080\t0\t65536\t131072\r\n");
-    effect->ConvertFrom((cwd / "PROGRAM.LST").c_str(), cwd.path().c_str());
-    EXPECT_STREQ(effect->GetProgram(0).name, "Soft");
-    // No program change and no new reference: the import shows as a change.
-    EXPECT_TRUE(effect->IsProgramChanged());
-    EXPECT_STREQ(effect->GetInitialProgram(0).name, "Empty");
-}
 } // namespace
