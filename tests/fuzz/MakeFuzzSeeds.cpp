@@ -6,17 +6,6 @@
 #include "TestFiles.h"
 
 #include <cstdio>
-#include <cstring>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
-static void Seed(const std::string& dir, const std::string& name, const std::string& bytes)
-{
-    std::filesystem::create_directories(dir);
-    std::ofstream(dir + "/" + name, std::ios::binary)
-        .write(bytes.data(), (std::streamsize)bytes.size());
-}
 
 int main(int argc, char** argv)
 {
@@ -26,6 +15,8 @@ int main(int argc, char** argv)
         return 2;
     }
     const std::string root = argv[1];
+    for (const char* corpus : {"/setchunk", "/bankfile", "/legacy"})
+        std::filesystem::create_directories(root + corpus);
     ADeEsserProgram bank[kNumPrograms];
     for (int i = 0; i < kNumPrograms; ++i)
     {
@@ -37,24 +28,24 @@ int main(int argc, char** argv)
     const std::string image((const char*)bank, sizeof bank);
 
     // Chunks: first byte = flags (bit 0 program chunk, bits 1-5 current program).
-    Seed(root + "/setchunk", "bank", std::string(1, '\x00') + image);
-    Seed(root + "/setchunk", "program", std::string(1, '\x05') + image.substr(0, 72));
-    Seed(root + "/setchunk", "short", std::string(1, '\x02') + image.substr(0, 30));
+    WriteBytes(root + "/setchunk/bank", std::string(1, '\x00') + image);
+    WriteBytes(root + "/setchunk/program", std::string(1, '\x05') + image.substr(0, 72));
+    WriteBytes(root + "/setchunk/short", std::string(1, '\x02') + image.substr(0, 30));
 
     // Bank files: a real one, a truncated one, a foreign one, no chunk.
-    Seed(root + "/bankfile", "good", BankFileBytes(image));
-    Seed(root + "/bankfile", "truncated", BankFileBytes(image).substr(0, 160 + 500));
-    Seed(root + "/bankfile", "huge", BankFileBytes(image.substr(0, 80), 0x49446545u, 0xFFFFFFF0u));
-    Seed(root + "/bankfile", "fxbk", BankFileBytes(image, 0x49446545u, 2304, "FxBk"));
+    WriteBytes(root + "/bankfile/good", BankFileBytes(image));
+    WriteBytes(root + "/bankfile/truncated", BankFileBytes(image).substr(0, 160 + 500));
+    WriteBytes(root + "/bankfile/huge",
+               BankFileBytes(image.substr(0, 80), 0x49446545u, 0xFFFFFFF0u));
+    WriteBytes(root + "/bankfile/fxbk", BankFileBytes(image, 0x49446545u, 2304, "FxBk"));
 
     // Legacy: list \x01 A.PGM \x01 B.PGM.
-    Seed(root + "/legacy", "two",
-         "VRX5.0 EFFECT PROGRAM LIST\r\n2\r\nA\r\nB\r\n\x01"
-         "VRX5.0 EFFECT PRG FILE\r\n0\t-1310720\t131072\t6554\t262144\r\n\x01"
-         "VRX5.0 EFFECT PRG FILE\nx\t\t196608\t\n");
-    Seed(root + "/legacy", "many",
-         "VRX5.0 EFFECT PROGRAM LIST\n40\nA\nB\nA\nB\nA\n\x01"
-         "VRX5.0 EFFECT PRG FILE\n1\t2\t3\t4\t5\t6\n\x01"
-         "bad magic\n");
+    WriteBytes(root + "/legacy/two",
+               "VRX5.0 EFFECT PROGRAM LIST\r\n2\r\nA\r\nB\r\n\x01"
+               "VRX5.0 EFFECT PRG FILE\r\n0\t-1310720\t131072\t6554\t262144\r\n\x01"
+               "VRX5.0 EFFECT PRG FILE\nx\t\t196608\t\n");
+    WriteBytes(root + "/legacy/many", "VRX5.0 EFFECT PROGRAM LIST\n40\nA\nB\nA\nB\nA\n\x01"
+                                      "VRX5.0 EFFECT PRG FILE\n1\t2\t3\t4\t5\t6\n\x01"
+                                      "bad magic\n");
     return 0;
 }
