@@ -1,8 +1,5 @@
-// Small VST 2.4 modules for the host's tests, one per FAKE_KIND:
-//   0 exports no entry at all, 1 has an entry that returns null,
-//   2 returns a record with a wrong magic, 3 is a working stereo effect that is
-//   not the de-esser: its one parameter "Gain" scales by 4 × value − 2
-//   (0.75 passes the audio, 0.25 inverts it, 1 doubles it).
+// Small VST 2.4 modules for the host's tests, one per FAKE_KIND (the kinds
+// are listed at FakePlugin() in HostTestSupport.h).
 #include "AEffect.h"
 
 #include <cstring>
@@ -66,9 +63,3 @@ EXPORT AEffect* VSTPluginMain(audioMasterCallback master)
     return &r;
 }
 #endif
-
-// Every kind needs at least one symbol of its own.
-EXPORT int FakePluginKind()
-{
-    return FAKE_KIND;
-}

@@ -1,5 +1,5 @@
-// The deesser binary run as a user runs it: formats, channel layouts, every
-// refusal, interruption, the legacy import, and the de-esser's settings.
+// The deesser binary run as a user runs it: every refusal, interruption, the
+// plug-in's identity and settings, the legacy import and the demo.
 #include "HostTestSupport.h"
 
 #include <gtest/gtest.h>
@@ -7,61 +7,7 @@
 #include <csignal>
 #include <sys/stat.h>
 #include <sys/wait.h>
-#include <tuple>
 #include <unistd.h>
-
-// Every input format keeps its container, encoding, rate, length and channel
-// count; the stand-in passes or inverts the samples, so they come back within
-// the format's precision only if the audio went through the plug-in.
-TEST(HostRender, FormatsAndLayoutsRoundTrip)
-{
-    const std::tuple<int, const char*, double> formats[] = {
-        {SF_FORMAT_WAV | SF_FORMAT_PCM_16, "wav", 2.0 / 32768},
-        {SF_FORMAT_WAV | SF_FORMAT_FLOAT, "wav", 0.0},
-        {SF_FORMAT_FLAC | SF_FORMAT_PCM_24, "flac", 2.0 / 8388608},
-        {SF_FORMAT_AIFF | SF_FORMAT_PCM_16, "aif", 2.0 / 32768}};
-    const int rates[] = {44100, 48000, 22050, 96000};
-    TempDir dir;
-    int n = 0;
-    for (const auto& [format, ext, tolerance] : formats)
-        for (int channels = 1; channels <= 2; ++channels, ++n)
-        {
-            const int rate = rates[n % 4];
-            const std::string in = dir / (std::to_string(n) + "." + ext),
-                              out = dir / (std::to_string(n) + "-out." + ext);
-            // Not a whole number of blocks.
-            WriteSound(in, format, channels, rate, TestSignal(channels, rate, rate / 2 + 123));
-            const bool invert = n % 3 == 0;
-            RunResult r = RunDeEsser({"render", in, out, "--plugin", FakePlugin(3), "--set",
-                                      invert ? "Gain=0.25" : "Gain=0.75", "--block", "1000"});
-            ASSERT_EQ(r.status, 0) << r.err;
-            SF_INFO a, b;
-            const std::vector<float> x = ReadSound(in, &a), y = ReadSound(out, &b);
-            EXPECT_EQ(std::tie(b.format, b.samplerate, b.channels, b.frames),
-                      std::tie(a.format, a.samplerate, a.channels, a.frames));
-            ASSERT_EQ(y.size(), x.size());
-            for (size_t i = 0; i < x.size(); ++i)
-                ASSERT_NEAR(y[i], invert ? -x[i] : x[i], tolerance) << in << " at " << i;
-        }
-}
-
-TEST(HostRender, SummaryIsPrinted)
-{
-    TempDir dir;
-    std::string in = dir / "in.wav", out = dir / "out.wav";
-    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_24, 2, 44100, TestSignal(2, 44100, 44100));
-    RunResult r = RunDeEsser({"render", in, out, "--plugin", FakePlugin(3), "--set", "gain=0.625"});
-    ASSERT_EQ(r.status, 0) << r.err;
-    // A factor 0.5: every level drops by 6.0 dB.
-    for (const char* row : {"peak", "RMS", "sibilance band 5-9 kHz", "voice band 100-3000 Hz"})
-    {
-        size_t at = r.out.find(row);
-        ASSERT_NE(at, std::string::npos) << row << " in\n" << r.out;
-        EXPECT_NE(r.out.find("-6.0 dB", at), std::string::npos) << r.out;
-    }
-    EXPECT_NE(r.out.find("largest gain reduction: 6.0 dB"), std::string::npos) << r.out;
-    EXPECT_NE(r.out.find("realtime factor"), std::string::npos) << r.out;
-}
 
 // Every refusal: exit status 1, one line on stderr that starts with
 // "deesser: " and names the fault, nothing written, nothing changed.
@@ -72,6 +18,8 @@ TEST(HostRender, RefusalsAreOneLineAndWriteNothing)
     const std::string fake = FakePlugin(3);
     WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100, TestSignal(2, 44100, 22050));
     WriteBytes(text, "this is not a sound file\n");
+    WriteBytes(dir / "locked.wav", "");
+    chmod((dir / "locked.wav").c_str(), 0); // root reads it all the same
     WriteBytes(dir / "keep.wav", "keep me");
     std::string bank = ReadBytes(FACTORY_BANK);
     WriteBytes(dir / "short.fxb", bank.substr(0, 1000));
@@ -95,6 +43,8 @@ TEST(HostRender, RefusalsAreOneLineAndWriteNothing)
         {{"render", dir / "missing.wav", o, "--plugin", fake}, "missing.wav"},
         {{"render", dir.path(), o, "--plugin", fake}, "folder"},
         {{"render", text, o, "--plugin", fake}, "unsupported"},
+        {{"render", dir / "locked.wav", o, "--plugin", fake},
+         geteuid() != 0 ? "cannot read" : "unsupported"},
         // Files that are not VST 2.4 plug-ins.
         {{"render", in, o, "--plugin", FakePlugin(0)}, "no VSTPluginMain"},
         {{"render", in, o, "--plugin", FakePlugin(1)}, "returned null"},
@@ -147,13 +97,6 @@ TEST(HostRender, RefusalsAreOneLineAndWriteNothing)
     EXPECT_EQ(Names(dir.path()), before);
     EXPECT_EQ(ReadBytes(dir / "keep.wav"), "keep me");
     EXPECT_EQ(ReadBytes(in), original);
-
-    if (geteuid() != 0) // root reads everything
-    {
-        chmod(text.c_str(), 0);
-        RunResult r = RunDeEsser({"render", text, o, "--plugin", fake});
-        EXPECT_NE(r.err.find("cannot read"), std::string::npos) << r.err;
-    }
 }
 
 // SIGINT or SIGTERM during a render leaves neither the output nor a temporary.
@@ -217,16 +160,13 @@ TEST(HostDeEsser, SettingsAreReadBackAndBypassHolds)
 TEST(HostDeEsser, LegacyImportWritesABankThatRenderLoads)
 {
     TempDir dir;
-    WriteBytes(dir / "PROGRAM.LST", "VRX5.0 EFFECT PROGRAM LIST\r\n1\r\nSoft Voice\r\n");
+    WriteBytes(dir / "PROGRAM.LST", "VRX5.0 EFFECT PROGRAM LIST\r\n2\r\nSoft Voice\r\nGone\r\n");
     WriteBytes(dir / "Soft Voice.PGM",
                "VRX5.0 EFFECT PRG FILE\r\n0\t-1310720\t65536\t6553\t262144\r\n");
     std::string bank = dir / "bank.fxb";
     RunResult r = RunDeEsser({"import-legacy", dir / "PROGRAM.LST", bank});
     ASSERT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.out.find("Soft Voice              Threshold -20.0 dB, AttackTime 1.0 ms, "
-                         "ReleaseTime 0.10 sec, Ratio 4.0"),
-              std::string::npos)
-        << r.out;
+    EXPECT_NE(r.err.find("Gone.PGM not found"), std::string::npos) << r.err;
     EXPECT_EQ(ReadBytes(bank).size(), 2464u);
 
     std::string in = dir / "in.wav";
@@ -234,11 +174,6 @@ TEST(HostDeEsser, LegacyImportWritesABankThatRenderLoads)
     r = RunDeEsser({"render", in, dir / "out.wav", "--bank", bank, "--program-name", "soft voice"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("program 0 \"Soft Voice\""), std::string::npos) << r.out;
-
-    WriteBytes(dir / "gone.LST", "VRX5.0 EFFECT PROGRAM LIST\n1\nGone\n");
-    r = RunDeEsser({"import-legacy", dir / "gone.LST", dir / "b.fxb"});
-    EXPECT_EQ(r.status, 0) << r.err;
-    EXPECT_NE(r.err.find("Gone.PGM not found"), std::string::npos) << r.err;
 }
 
 // The demo writes its three files with a vocal program (how much it de-esses
@@ -248,11 +183,9 @@ TEST(HostDeEsser, DemoWritesItsFiles)
     TempDir dir;
     RunResult r = RunDeEsser({"demo", "--out-dir", dir.path()});
     ASSERT_EQ(r.status, 0) << r.err;
-    SF_INFO info;
-    const std::vector<float> in = ReadSound(dir / "demo-in.wav", &info);
-    EXPECT_EQ(in.size(), 176400u);
-    EXPECT_EQ(info.samplerate, 44100);
-    const std::vector<float> out = ReadSound(dir / "demo-out.wav");
+    const std::vector<float> in = ReadSound(dir / "demo-in.wav"),
+                             out = ReadSound(dir / "demo-out.wav");
+    EXPECT_EQ(in.size(), 176400u); // 4 s at 44.1 kHz
     EXPECT_EQ(out.size(), 176400u);
     EXPECT_NE(out, in);
     EXPECT_EQ(ReadBytes(dir / "demo.png").substr(1, 3), "PNG");

@@ -9,16 +9,11 @@
 #include <cmath>
 #include <cstring>
 #include <sys/stat.h>
+#include <tuple>
 #include <unistd.h>
 
 namespace
 {
-mode_t modeOf(const std::string& path)
-{
-    struct stat st;
-    return stat(path.c_str(), &st) == 0 ? st.st_mode & 07777 : 0;
-}
-
 RunResult render(const std::string& in, const std::string& out, std::vector<std::string> extra = {})
 {
     std::vector<std::string> args = {"render", in, out, "--plugin", FakePlugin(3)};
@@ -43,7 +38,8 @@ TEST(HostOutput, LinksAreWrittenThroughAndPermissionsKept)
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_TRUE(std::filesystem::is_symlink(dir / "out.wav"));
     EXPECT_EQ(ReadSound(dir / "real/take.wav").size(), 8820u);
-    EXPECT_EQ(modeOf(dir / "real/take.wav"), 0640u);
+    EXPECT_EQ(std::filesystem::status(dir / "real/take.wav").permissions(),
+              std::filesystem::perms(0640));
     EXPECT_EQ(Names(dir / "real"), std::vector<std::string>{"take.wav"});
 
     // A plain file replaced with --force keeps its permissions.
@@ -51,7 +47,8 @@ TEST(HostOutput, LinksAreWrittenThroughAndPermissionsKept)
     ASSERT_EQ(chmod((dir / "plain.wav").c_str(), 0600), 0);
     ASSERT_EQ(render(in, dir / "plain.wav", {"--force"}).status, 0);
     EXPECT_EQ(ReadSound(dir / "plain.wav").size(), 8820u);
-    EXPECT_EQ(modeOf(dir / "plain.wav"), 0600u);
+    EXPECT_EQ(std::filesystem::status(dir / "plain.wav").permissions(),
+              std::filesystem::perms(0600));
 
     // A link to standard output, as /dev/stdout is: the file behind standard
     // output gets the render and the link is not replaced.
@@ -63,38 +60,70 @@ TEST(HostOutput, LinksAreWrittenThroughAndPermissionsKept)
     EXPECT_EQ(ReadSound(dir / "captured.wav").size(), 8820u);
 }
 
-// The extension names the container; the encoding is the input's where the
-// format takes it, else PCM, or what --bits asks; --quality reaches the
-// encoder. (The refusals are among the host's refusals.)
-TEST(HostOutput, FormatFollowsTheExtension)
+// Input format -> output extension -> output format: the input's encoding
+// where the container takes it, else PCM, or what --bits asks. The stand-in
+// passes or inverts the audio, so a lossless output comes back sample for
+// sample (within its precision) only if the audio went through the plug-in;
+// channels (mono and stereo), rate and length stay.
+TEST(HostOutput, FormatsRoundTrip)
 {
-    TempDir dir;
-    std::string in = dir / "in.wav";
-    WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_PCM_16, 2, 48000, TestSignal(2, 48000, 9600));
-    const std::pair<const char*, int> formats[] = {
-        {"wav", SF_FORMAT_WAV | SF_FORMAT_PCM_16},   {"w64", SF_FORMAT_W64 | SF_FORMAT_PCM_16},
-        {"rf64", SF_FORMAT_RF64 | SF_FORMAT_PCM_16}, {"aiff", SF_FORMAT_AIFF | SF_FORMAT_PCM_16},
-        {"flac", SF_FORMAT_FLAC | SF_FORMAT_PCM_16}, {"caf", SF_FORMAT_CAF | SF_FORMAT_PCM_16},
-        {"au", SF_FORMAT_AU | SF_FORMAT_PCM_16},     {"ogg", SF_FORMAT_OGG | SF_FORMAT_VORBIS},
-        {"opus", SF_FORMAT_OGG | SF_FORMAT_OPUS}};
-    for (const auto& [ext, format] : formats)
+    const double k16 = 2.0 / 32768, k24 = 2.0 / 8388608, lossy = -1;
+    const int wav16 = SF_FORMAT_WAV | SF_FORMAT_PCM_16, wavFloat = SF_FORMAT_WAV | SF_FORMAT_FLOAT,
+              flac24 = SF_FORMAT_FLAC | SF_FORMAT_PCM_24, opus = SF_FORMAT_OGG | SF_FORMAT_OPUS,
+              vorbis = SF_FORMAT_OGG | SF_FORMAT_VORBIS, aiff16 = SF_FORMAT_AIFF | SF_FORMAT_PCM_16;
+    struct Row
     {
-        std::string out = dir / (std::string("out.") + ext);
-        RunResult r = render(in, out);
+        int in;
+        const char *inExt, *outExt;
+        int rate, out;
+        double tolerance;
+        const char* bits; // --bits, if not empty
+    };
+    const Row rows[] = {
+        {wav16, "wav", "wav", 44100, wav16, k16, ""},
+        {wavFloat, "wav", "wav", 96000, wavFloat, 0, ""},
+        {flac24, "flac", "flac", 22050, flac24, k24, ""},
+        {aiff16, "aif", "aiff", 48000, aiff16, k16, ""},
+        {wavFloat, "wav", "flac", 44100, flac24, k24, ""},
+        {wav16, "wav", "w64", 48000, SF_FORMAT_W64 | SF_FORMAT_PCM_16, k16, ""},
+        {wav16, "wav", "rf64", 48000, SF_FORMAT_RF64 | SF_FORMAT_PCM_16, k16, ""},
+        {wav16, "wav", "caf", 48000, SF_FORMAT_CAF | SF_FORMAT_PCM_16, k16, ""},
+        {wav16, "wav", "au", 48000, SF_FORMAT_AU | SF_FORMAT_PCM_16, k16, ""},
+        {wav16, "wav", "ogg", 48000, vorbis, lossy, ""},
+        {wav16, "wav", "opus", 48000, opus, lossy, ""},
+        {opus, "opus", "wav", 48000, SF_FORMAT_WAV | SF_FORMAT_PCM_24, lossy, ""},
+        {vorbis, "ogg", "flac", 44100, SF_FORMAT_FLAC | SF_FORMAT_PCM_16, lossy, "16"},
+    };
+    TempDir dir;
+    int n = 0;
+    for (const Row& row : rows)
+    {
+        const int channels = 1 + n % 2;
+        const bool invert = n % 3 == 0;
+        const std::string in = dir / (std::to_string(n) + "." + row.inExt),
+                          out = dir / (std::to_string(n++) + "-out." + row.outExt);
+        // Not a whole number of blocks.
+        WriteSound(in, row.in, channels, row.rate,
+                   TestSignal(channels, row.rate, row.rate / 2 + 123));
+        std::vector<std::string> extra = {"--set", invert ? "Gain=0.25" : "Gain=0.75", "--block",
+                                          "1000"};
+        if (*row.bits)
+            extra.insert(extra.end(), {"--bits", row.bits});
+        RunResult r = render(in, out, extra);
         ASSERT_EQ(r.status, 0) << r.err;
-        SF_INFO info;
-        EXPECT_FALSE(ReadSound(out, &info).empty()) << ext;
-        EXPECT_EQ(info.format & (SF_FORMAT_TYPEMASK | SF_FORMAT_SUBMASK), format) << ext;
+        SF_INFO a, b;
+        const std::vector<float> x = ReadSound(in, &a), y = ReadSound(out, &b);
+        EXPECT_EQ(b.format, row.out) << out;
+        EXPECT_EQ(std::tie(b.samplerate, b.channels, b.frames),
+                  std::tie(a.samplerate, a.channels, a.frames))
+            << out;
+        ASSERT_EQ(y.size(), x.size()) << out;
+        for (size_t i = 0; row.tolerance != lossy && i < x.size(); ++i)
+            ASSERT_NEAR(y[i], invert ? -x[i] : x[i], row.tolerance) << out << " at " << i;
     }
-    SF_INFO info;
-    ASSERT_EQ(render(dir / "out.opus", dir / "from-opus.wav").status, 0);
-    ReadSound(dir / "from-opus.wav", &info);
-    EXPECT_EQ(info.format, SF_FORMAT_WAV | SF_FORMAT_PCM_24);
-    ASSERT_EQ(render(dir / "out.ogg", dir / "b.flac", {"--bits", "16"}).status, 0);
-    ReadSound(dir / "b.flac", &info);
-    EXPECT_EQ(info.format, SF_FORMAT_FLAC | SF_FORMAT_PCM_16);
-    ASSERT_EQ(render(in, dir / "q1.ogg", {"--quality", "1"}).status, 0);
-    ASSERT_EQ(render(in, dir / "q9.ogg", {"--quality", "9"}).status, 0);
+    // --quality reaches the encoder.
+    ASSERT_EQ(render(dir / "0.wav", dir / "q1.ogg", {"--quality", "1"}).status, 0);
+    ASSERT_EQ(render(dir / "0.wav", dir / "q9.ogg", {"--quality", "9"}).status, 0);
     EXPECT_LT(ReadBytes(dir / "q1.ogg").size(), ReadBytes(dir / "q9.ogg").size());
 }
 
@@ -124,8 +153,7 @@ TEST(HostOutput, TagsBroadcastExtensionAndChannelMapAreCarriedOver)
         SF_INFO info{};
         SNDFILE* f = sf_open((dir / out).c_str(), SFM_READ, &info);
         ASSERT_NE(f, nullptr);
-        const char* title = sf_get_string(f, SF_STR_TITLE);
-        EXPECT_STREQ(title ? title : "", "Sibilant speech") << out;
+        EXPECT_STREQ(sf_get_string(f, SF_STR_TITLE), "Sibilant speech") << out;
         int got[4] = {};
         sf_command(f, SFC_GET_CHANNEL_MAP_INFO, got, sizeof(got));
         SF_BROADCAST_INFO_VAR(256) bext{};
@@ -139,32 +167,42 @@ TEST(HostOutput, TagsBroadcastExtensionAndChannelMapAreCarriedOver)
         EXPECT_STREQ(bext.description, "Interview take 3");
         EXPECT_EQ(bext.time_reference_low, 172800000u);
         // The history goes on (libsndfile adds a line for each write).
-        EXPECT_EQ(std::string(bext.coding_history, bext.coding_history_size)
-                      .rfind("A=PCM,F=48000,W=24,M=stereo\r\n", 0),
-                  0u);
+        EXPECT_EQ(std::string(bext.coding_history, 29), "A=PCM,F=48000,W=24,M=stereo\r\n");
     }
 }
 
-// The stand-in doubles the signal: every sample beyond half scale clips in
-// an integer file and is kept (and reported) in a float one.
-TEST(HostOutput, ClippedSamplesAreCounted)
+// A float input up to 2.5 times full scale, halved by the stand-in: the
+// summary shows every level 6 dB down (the largest reduction too), and every
+// output sample still beyond full scale clips in an integer file and is kept
+// (and reported) in a float one.
+TEST(HostOutput, SummaryAndClippedSamples)
 {
     TempDir dir;
     std::vector<float> s = TestSignal(2, 44100, 22050);
     long long beyond = 0;
-    for (float v : s)
-        beyond += std::fabs(2 * v) > 1.0f;
+    for (float& v : s)
+    {
+        v *= 5;
+        beyond += std::fabs(0.5f * v) > 1.0f;
+    }
     ASSERT_GT(beyond, 0);
     std::string in = dir / "in.wav";
     WriteSound(in, SF_FORMAT_WAV | SF_FORMAT_FLOAT, 2, 44100, s);
 
-    RunResult r = render(in, dir / "int.wav", {"--bits", "16", "--set", "Gain=1"});
+    RunResult r = render(in, dir / "int.wav", {"--bits", "16", "--set", "gain=0.625"});
     ASSERT_EQ(r.status, 0) << r.err;
+    for (const char* row : {"peak", "RMS", "sibilance band 5-9 kHz", "voice band 100-3000 Hz"})
+    {
+        const size_t at = r.out.find(row);
+        EXPECT_NE(r.out.substr(at, r.out.find('\n', at) - at).find("-6.0 dB"), std::string::npos)
+            << r.out;
+    }
     const std::string count = std::to_string(beyond);
+    EXPECT_NE(r.out.find("largest gain reduction: 6.0 dB"), std::string::npos) << r.out;
     EXPECT_NE(r.out.find("clipped samples: " + count + "\n"), std::string::npos) << r.out;
     EXPECT_NE(r.err.find(count + " samples clipped at full scale"), std::string::npos) << r.err;
 
-    r = render(in, dir / "float.wav", {"--set", "Gain=1", "--json"});
+    r = render(in, dir / "float.wav", {"--set", "Gain=0.625", "--json"});
     ASSERT_EQ(r.status, 0) << r.err;
     EXPECT_NE(r.out.find("\"overs_kept\":" + count), std::string::npos) << r.out;
     std::vector<float> y = ReadSound(dir / "float.wav");

@@ -4,14 +4,24 @@
 #pragma once
 
 #include "TestFiles.h"
+#include "TestSignal.h"
 
+#include <gtest/gtest.h>
 #include <sndfile.h>
 
-#include <filesystem>
+#include <algorithm>
+#include <fcntl.h>
 #include <functional>
+#include <spawn.h>
 #include <string>
-#include <sys/types.h>
+#include <sys/wait.h>
 #include <vector>
+
+extern char** environ;
+
+// The plug-in reads its user default bank from $XDG_CONFIG_HOME: an empty
+// folder of our own keeps the tests apart from the user's settings.
+inline const TempDir& g_Settings = UseScratchSettings();
 
 struct RunResult
 {
@@ -19,24 +29,86 @@ struct RunResult
     std::string out, err; // what it printed
 };
 
-// Runs the deesser binary with args, stdin from /dev/null, and waits for it.
-RunResult RunDeEsser(const std::vector<std::string>& args);
+// Starts argv[0], stdin from /dev/null, stdout and stderr going to the named
+// files; -1 on failure.
+inline pid_t Spawn(std::vector<std::string> argv, const std::string& out, const std::string& err)
+{
+    std::vector<char*> args;
+    for (std::string& a : argv)
+        args.push_back(a.data());
+    args.push_back(nullptr);
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 0, "/dev/null", O_RDONLY, 0);
+    posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY | O_CREAT, 0644);
+    posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY | O_CREAT, 0644);
+    pid_t pid = -1;
+    if (posix_spawn(&pid, args[0], &actions, nullptr, args.data(), environ) != 0)
+        pid = -1;
+    posix_spawn_file_actions_destroy(&actions);
+    return pid;
+}
+
+inline RunResult Run(const std::vector<std::string>& argv)
+{
+    TempDir capture;
+    RunResult r;
+    pid_t pid = Spawn(argv, capture / "stdout", capture / "stderr");
+    int status = 0;
+    if (pid > 0 && waitpid(pid, &status, 0) == pid && WIFEXITED(status))
+        r.status = WEXITSTATUS(status);
+    r.out = ReadBytes(capture / "stdout");
+    r.err = ReadBytes(capture / "stderr");
+    return r;
+}
+
+inline RunResult RunDeEsser(std::vector<std::string> args)
+{
+    args.insert(args.begin(), DEESSER_BIN);
+    return Run(args);
+}
+
 // Runs a shell script with $DEESSER naming the binary (for pipes and redirections).
-RunResult RunShell(const std::string& script);
-// Starts argv[0] with stdout and stderr going to the named files; -1 on failure.
-pid_t Spawn(std::vector<std::string> argv, const std::string& out, const std::string& err);
+inline RunResult RunShell(const std::string& script)
+{
+    return Run({"/bin/sh", "-c", "DEESSER='" DEESSER_BIN "'\n" + script});
+}
 
 // The kit's vocal signal with sibilant bursts, interleaved.
-std::vector<float> TestSignal(int channels, int sampleRate, long long frames);
+inline std::vector<float> TestSignal(int channels, int sampleRate, long long frames)
+{
+    return testsignal::Vocal((int)frames, sampleRate).Interleaved(channels);
+}
 
 // Writes interleaved samples in the given libsndfile format; tag, if given,
 // adds metadata to the open file before the samples.
-void WriteSound(const std::string& path, int format, int channels, int sampleRate,
-                const std::vector<float>& samples,
-                const std::function<void(SNDFILE*)>& tag = nullptr);
+inline void WriteSound(const std::string& path, int format, int channels, int sampleRate,
+                       const std::vector<float>& samples,
+                       const std::function<void(SNDFILE*)>& tag = nullptr)
+{
+    SF_INFO info{0, sampleRate, channels, format, 0, 0};
+    SNDFILE* f = sf_open(path.c_str(), SFM_WRITE, &info);
+    ASSERT_NE(f, nullptr) << sf_strerror(nullptr);
+    if (tag)
+        tag(f);
+    sf_writef_float(f, samples.data(), (sf_count_t)(samples.size() / channels));
+    sf_close(f);
+}
 
 // Reads a whole file as interleaved floats; info, if given, receives the file's layout.
-std::vector<float> ReadSound(const std::string& path, SF_INFO* info = nullptr);
+inline std::vector<float> ReadSound(const std::string& path, SF_INFO* info = nullptr)
+{
+    SF_INFO own;
+    info = info ? info : &own;
+    *info = SF_INFO{};
+    SNDFILE* f = sf_open(path.c_str(), SFM_READ, info);
+    if (!f)
+        return {};
+    std::vector<float> s((size_t)(info->frames * info->channels));
+    sf_readf_float(f, s.data(), info->frames);
+    sf_close(f);
+    return s;
+}
 
 // How often what occurs in text.
 inline size_t Count(const std::string& text, const std::string& what)
@@ -48,11 +120,13 @@ inline size_t Count(const std::string& text, const std::string& what)
 }
 
 // Names in a folder, sorted.
-std::vector<std::string> Names(const std::string& folder);
-
-inline bool Exists(const std::string& path)
+inline std::vector<std::string> Names(const std::string& folder)
 {
-    return std::filesystem::exists(std::filesystem::symlink_status(path));
+    std::vector<std::string> names;
+    for (const auto& entry : std::filesystem::directory_iterator(folder))
+        names.push_back(entry.path().filename().string());
+    std::sort(names.begin(), names.end());
+    return names;
 }
 
 // The stand-in plug-ins: 0 no entry, 1 null entry, 2 bad magic, 3 a foreign

@@ -5,6 +5,7 @@
 #include "HostError.h"
 #include "Measure.h"
 #include "ParamValue.h"
+#include "TestSignal.h"
 
 #include <gtest/gtest.h>
 
@@ -14,7 +15,7 @@
 
 namespace
 {
-const double kPi = 3.14159265358979323846;
+using testsignal::kPi;
 
 // Level in dB of a sine at freq in the sibilance (or voice) band of the
 // measurement, against the whole sine: two channels of 4 s, so that the start
@@ -102,8 +103,6 @@ TEST(HostMeasure, BandPassAndLevels)
     stats.Finish();
     EXPECT_NEAR(stats.PeakDb(), 0.0, 0.01);
     EXPECT_NEAR(stats.RmsDb(), -3.0103, 0.01);
-    EXPECT_NEAR(stats.VoiceDb(), -3.0103, 0.1);
-    EXPECT_LT(stats.SibilanceDb(), -50.0);
     EXPECT_EQ(stats.WindowPower().size(), 100u); // 441-frame windows
 
     // Output at half the input's amplitude: -6.02 dB in every window.
@@ -135,22 +134,15 @@ TEST(HostMeasure, BandPassAndLevels)
             st->Finish();
         EXPECT_EQ(pa.WindowSibilance(), a.WindowSibilance()) << channels;
         EXPECT_EQ(pb.WindowPower(), b.WindowPower()) << channels;
-        EXPECT_EQ(pb.VoiceDb(), b.VoiceDb()) << channels;
         EXPECT_EQ(pa.PeakDb(), a.PeakDb()) << channels;
     }
 }
 
-TEST(HostDemoSignal, DeterministicVoiceWithSibilantBursts)
+// The demo's bursts lie in the sibilance band, its vowels in the voice band.
+TEST(HostDemoSignal, VoiceWithSibilantBursts)
 {
     std::vector<float> a = SynthesiseDemo(44100, 4.0);
     ASSERT_EQ(a.size(), 176400u);
-    EXPECT_EQ(a, SynthesiseDemo(44100, 4.0));
-    float peak = 0;
-    for (float v : a)
-        peak = std::max(peak, std::fabs(v));
-    EXPECT_LT(peak, 1.0f);
-    EXPECT_GT(peak, 0.25f);
-    // Bursts lie in the sibilance band; vowels in the voice band.
     for (const DemoSegment& seg : DemoSegments())
     {
         CSignalStats st(1, 44100);
@@ -160,5 +152,6 @@ TEST(HostDemoSignal, DeterministicVoiceWithSibilantBursts)
             EXPECT_GT(st.SibilanceDb(), st.VoiceDb() + 20) << seg.start;
         else
             EXPECT_GT(st.VoiceDb(), st.SibilanceDb() + 30) << seg.start;
+        EXPECT_LT(st.PeakDb(), 0.0) << seg.start;
     }
 }

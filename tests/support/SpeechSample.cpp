@@ -20,21 +20,6 @@ const char* const kLines[] = {
 const int kSourceRate = 22050;
 const int kTaps = 32; // per side of the interpolation filter
 
-// Appends the first channel of a file at kSourceRate; false when it cannot.
-bool appendMono(const std::string& path, std::vector<float>& out)
-{
-    SF_INFO info{};
-    SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
-    if (!f)
-        return false;
-    std::vector<float> x((size_t)info.frames * info.channels);
-    sf_count_t n = sf_readf_float(f, x.data(), info.frames);
-    sf_close(f);
-    for (sf_count_t i = 0; i < n; ++i)
-        out.push_back(x[(size_t)i * info.channels]);
-    return info.samplerate == kSourceRate;
-}
-
 // Doubles the rate: the even samples are the input, the odd ones come from a
 // Blackman-windowed sinc halfway between the neighbours.
 std::vector<float> upsample2(const std::vector<float>& x)
@@ -68,11 +53,22 @@ std::vector<float> upsample2(const std::vector<float>& x)
 
 std::vector<float> SpeechSample(double peakDb)
 {
+    // The first channel of each line, then a pause.
     std::vector<float> x;
     for (const char* line : kLines)
     {
-        if (!appendMono(std::string("/usr/share/games/fillets-ng/sound/") + line + ".ogg", x))
+        SF_INFO info{};
+        const std::string path = std::string("/usr/share/games/fillets-ng/sound/") + line + ".ogg";
+        SNDFILE* f = sf_open(path.c_str(), SFM_READ, &info);
+        if (!f)
             return {};
+        std::vector<float> all((size_t)info.frames * info.channels);
+        sf_count_t n = sf_readf_float(f, all.data(), info.frames);
+        sf_close(f);
+        if (info.samplerate != kSourceRate)
+            return {};
+        for (sf_count_t i = 0; i < n; ++i)
+            x.push_back(all[(size_t)i * info.channels]);
         x.insert(x.end(), kSourceRate / 5, 0.f);
     }
     std::vector<float> y = upsample2(x);
