@@ -14,13 +14,12 @@ class ControlsTest : public EditorFixture
 {
 protected:
     CPoint At(int dx, int dy) const { return CPoint(279 + dx, 83 + dy); }
-    float Threshold() const { return effect->getParameter(kParamThreshold); }
     // A click at (dx, dy) with the knob at `from`, away from the end stops.
     float Click(int dx, int dy, float from = 0.5f)
     {
         effect->setParameter(kParamThreshold, from);
         CHeadless::Click(Panel(), At(dx, dy));
-        return Threshold();
+        return effect->getParameter(kParamThreshold);
     }
     // A press at the first point, moves to the others, the value at each.
     std::vector<float> Drag(std::initializer_list<CPoint> points)
@@ -32,7 +31,7 @@ protected:
                 CHeadless::MouseDown(Panel(), At(p.x, p.y));
             else
                 CHeadless::MouseMove(Panel(), At(p.x, p.y));
-            values.push_back(Threshold());
+            values.push_back(effect->getParameter(kParamThreshold));
         }
         CHeadless::MouseUp(Panel(), At(points.end()[-1].x, points.end()[-1].y));
         return values;

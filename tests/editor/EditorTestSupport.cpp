@@ -1,11 +1,8 @@
-// Recording host, editor fixture, pixel helpers and the test program's main:
+// Recording host, editor fixture, pixel comparison and the test program's main:
 // the toolkit runs headless and the effect's user folder is a fresh
 // temporary folder, so saving a program never touches the real one.
 #include "EditorTestSupport.h"
 #include "TestFiles.h"
-
-#include <cstdlib>
-#include <string>
 
 std::vector<RecordedHostCall>& HostCalls()
 {
@@ -52,11 +49,8 @@ void EditorFixture::TearDown()
     effect.reset();
 }
 
-namespace
-{
-template <typename Get>
-::testing::AssertionResult Compare(Get get, const CBitmap& image, int x, int y, int sx, int sy,
-                                   int w, int h)
+::testing::AssertionResult PanelBlockMatches(CWnd* panel, int x, int y, const CBitmap& image,
+                                             int sx, int sy, int w, int h)
 {
     CDC mem;
     mem.CreateCompatibleDC(nullptr);
@@ -64,26 +58,12 @@ template <typename Get>
     for (int j = 0; j < h; ++j)
         for (int i = 0; i < w; ++i)
         {
-            const COLORREF got = get(x + i, y + j);
+            const COLORREF got = CHeadless::GetPixel(panel, x + i, y + j);
             if (got != mem.GetPixel(sx + i, sy + j))
                 return ::testing::AssertionFailure()
                        << "pixel (" << x + i << ", " << y + j << ") is " << std::hex << got;
         }
     return ::testing::AssertionSuccess();
-}
-} // namespace
-
-::testing::AssertionResult BlockMatches(CDC& dc, int x, int y, const CBitmap& image, int sx, int sy,
-                                        int w, int h)
-{
-    return Compare([&](int px, int py) { return dc.GetPixel(px, py); }, image, x, y, sx, sy, w, h);
-}
-
-::testing::AssertionResult PanelBlockMatches(CWnd* panel, int x, int y, const CBitmap& image,
-                                             int sx, int sy, int w, int h)
-{
-    return Compare([&](int px, int py) { return CHeadless::GetPixel(panel, px, py); }, image, x, y,
-                   sx, sy, w, h);
 }
 
 int main(int argc, char** argv)

@@ -1,6 +1,6 @@
 // Shared pieces of the headless editor tests: a host callback that records
-// every call, an effect with its editor open on the headless backend, and
-// pixel helpers over images and device contexts.
+// every call, an effect with its editor open on the headless backend, and a
+// pixel comparison of the panel with its images.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -65,10 +65,7 @@ protected:
     std::unique_ptr<ADeEsser> effect;
 };
 
-// True when the w x h block of `dc` at (x, y) equals the block of `image`
-// at (sx, sy) pixel for pixel; reports the first difference.
-::testing::AssertionResult BlockMatches(CDC& dc, int x, int y, const CBitmap& image, int sx, int sy,
-                                        int w, int h);
-// The same against the panel's back buffer.
+// True when the w x h block of the panel's back buffer at (x, y) equals the
+// block of `image` at (sx, sy) pixel for pixel; reports the first difference.
 ::testing::AssertionResult PanelBlockMatches(CWnd* panel, int x, int y, const CBitmap& image,
                                              int sx, int sy, int w, int h);

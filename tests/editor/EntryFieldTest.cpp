@@ -1,6 +1,6 @@
 // The typed-value entry field as the panel opens it over a value display: its
 // size from the font, the characters it takes, the integer image the panel
-// reads, Return and Escape; and calls on a field never made.
+// reads, Return and Escape.
 #include "EditorTestSupport.h"
 
 #include <string>
@@ -25,16 +25,15 @@ protected:
     }
     std::string Image()
     {
-        CString text;
-        Field().GetText(text);
-        return text.GetString();
+        char text[32] = {};
+        return Field().GetText(text, sizeof(text)), text;
     }
 };
 } // namespace
 
 // The Threshold field (5 digits and a sign: room for 6 characters) from the
 // font's "A": 6 widths, two 2-pixel edges and the spin wide; 1.5 heights tall.
-TEST_F(EntryFieldTest, SizedFromTheFontAndCallsOnAFieldNeverMadeAreHarmless)
+TEST_F(EntryFieldTest, SizedFromTheFont)
 {
     OpenDisplay(kParamThreshold);
     CDC dc;
@@ -50,17 +49,6 @@ TEST_F(EntryFieldTest, SizedFromTheFontAndCallsOnAFieldNeverMadeAreHarmless)
     Field().ScreenToClient(&spinRect);
     EXPECT_EQ(CRect(w - spin, 0, w, h), spinRect);
     EXPECT_EQ(6u, Field().GetEdit().GetLimitText());
-
-    CVRXFloatEditWnd field; // never made
-    field.SetNewValue(1, 0, 2);
-    field.SetSingnFlag(true);
-    field.ChangeSize(4, true);
-    EXPECT_EQ(field.GetMaxChars(), 5);
-    CString none;
-    field.GetText(none);
-    EXPECT_TRUE(none.IsEmpty());
-    char title[] = "";
-    EXPECT_FALSE(field.MakeWindow(nullptr, nullptr, title, nullptr, 6, nullptr, false));
 }
 
 TEST_F(EntryFieldTest, CharacterRulesAndSpinSteps)

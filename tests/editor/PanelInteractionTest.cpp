@@ -24,10 +24,8 @@ CPoint Centre(const PanelRect& r)
 class PanelTest : public EditorFixture
 {
 protected:
-    void Press(CPoint p) { CHeadless::MouseDown(Panel(), p); }
     void Click(CPoint p, unsigned modifiers = 0) { CHeadless::Click(Panel(), p, modifiers); }
-    // Commits `integerImage` as if typed into the open entry field; the
-    // field tells the panel and hides.
+    // Commits `integerImage` as if typed into the open entry field.
     void Commit(const char* integerImage)
     {
         Panel()->EntryField().GetEdit().SetWindowText(integerImage);
@@ -46,8 +44,8 @@ protected:
 } // namespace
 
 // The field shows the value with the decimals of the effect's display text, as
-// an integer image, with the parameter's range and room for its ends.
-TEST_F(PanelTest, PressOnEachDisplayOpensTheEntryAtItsValueAndRange)
+// an integer image, with a sign where the range has one and room for its ends.
+TEST_F(PanelTest, PressOnEachDisplayOpensTheEntryAtItsValue)
 {
     CVRXFloatEditWnd& field = Panel()->EntryField();
     EXPECT_FALSE(field.IsWindowVisible());
@@ -67,13 +65,8 @@ TEST_F(PanelTest, PressOnEachDisplayOpensTheEntryAtItsValueAndRange)
 
         float min, max;
         GetParamMinMax(param, &min, &max);
-        int lower = 0, upper = 0;
-        field.GetSpin().GetRange32(lower, upper);
-        EXPECT_EQ(std::make_pair((int)(min * scale), (int)(max * scale)),
-                  std::make_pair(lower, upper))
-            << param;
         EXPECT_EQ(min < 0, min < 0 && field.GetSign()) << param; // a negative end can be typed
-        EXPECT_GT(field.GetMaxChars(), (int)std::to_string(lower).size()) << param;
+        EXPECT_GT(field.GetMaxChars(), (int)std::to_string((int)(min * scale)).size()) << param;
         CString text;
         field.GetText(text);
         EXPECT_EQ(std::to_string((int)(effect->getParameterDisplayVal(param) * scale)), text.str())
@@ -145,15 +138,14 @@ TEST_F(PanelTest, SecondDisplayPressDiscardsTheFirstEntryAndStrayReturnsOnlyRepa
     EXPECT_EQ(threshold, effect->GetInternalValue(kParamThreshold));
 }
 
-// The mapping of points to values is the controls' own test's business; here
-// a press starts a drag that holds outside the control, tells the host at
-// every step and draws at once, and every control drives its own parameter.
+// A press starts a drag that holds outside the control, tells the host at
+// every step and draws at once; every control drives its own parameter.
 TEST_F(PanelTest, KnobAndFaderDragsFollowThePointerAndTellTheHost)
 {
     effect->setParameter(kParamThreshold, 0.5f); // away from both end stops
     HostCalls().clear();
     const CPoint c(262 + 17, 66 + 17);
-    Press(CPoint(c.x - 10, c.y));                         // jumps to the left: 0.2
+    CHeadless::MouseDown(Panel(), CPoint(c.x - 10, c.y)); // jumps to the left: 0.2
     CHeadless::MouseMove(Panel(), CPoint(c.x + 60, c.y)); // far right, captured: 0.8
     CHeadless::MouseUp(Panel(), CPoint(c.x + 60, c.y));
     EXPECT_FALSE(Panel()->Knob(100).IsDragging());

@@ -23,7 +23,6 @@ protected:
         // Unity input gain, so the input meters read the samples as given.
         effect->setParameter(kParamInput, ValToNormalizeValue(kParamInput, 1.f));
     }
-    CUIWindow* P() const { return Panel(); }
 
     // One block through the effect: a sine of `amp` at `hz` on both inputs.
     void Process(float amp, double hz = 6000.0)
@@ -39,16 +38,16 @@ protected:
     void Idle(int n)
     {
         for (int i = 0; i < n; ++i)
-            P()->idle();
+            Panel()->idle();
     }
     // The strip `image` at (x, y), w x h, shows its rows above `lit` from
     // column litX and the rest from column unlitX (an empty block matches).
     ::testing::AssertionResult StripShows(int x, int y, int image, int litX, int unlitX, int w,
                                           int h, int lit)
     {
-        const CVRXBitmap& strip = P()->Image(image);
-        auto r = PanelBlockMatches(P(), x, y, strip, litX, 0, w, lit);
-        return r ? PanelBlockMatches(P(), x, y + lit, strip, unlitX, lit, w, h - lit) : r;
+        const CVRXBitmap& strip = Panel()->Image(image);
+        auto r = PanelBlockMatches(Panel(), x, y, strip, litX, 0, w, lit);
+        return r ? PanelBlockMatches(Panel(), x, y + lit, strip, unlitX, lit, w, h - lit) : r;
     }
     // Level strip i (0..3) lit from row `litFrom` down; reduction lit rows.
     ::testing::AssertionResult VUShows(int i, int litFrom)
@@ -77,55 +76,42 @@ TEST_F(PanelPaint, ValueDisplaysAreCentredInTheirBoxes)
         int minX = 10000, maxX = -1;
         for (int y = r.t; y < r.b; ++y)
             for (int x = r.l; x < r.r; ++x)
-                if (!PanelBlockMatches(P(), x, y, background, x, y, 1, 1))
+                if (!PanelBlockMatches(Panel(), x, y, background, x, y, 1, 1))
                     minX = std::min(minX, x), maxX = std::max(maxX, x);
         ASSERT_GE(maxX, 0) << "no text in display " << c.id;
         EXPECT_NEAR((r.l + r.r - 1) / 2.0, (minX + maxX) / 2.0, 1.5) << c.id;
-        EXPECT_TRUE(PanelBlockMatches(P(), r.l, r.b, background, r.l, r.b, r.r - r.l, 1)) << c.id;
+        EXPECT_TRUE(PanelBlockMatches(Panel(), r.l, r.b, background, r.l, r.b, r.r - r.l, 1))
+            << c.id;
     }
 }
 
-TEST_F(PanelPaint, LevelMetersLightFromTheirRowFallAQuarterDecibelPerIdleAndRedrawOnChange)
+TEST_F(PanelPaint, LevelMetersLightFromTheirRowAndFallAQuarterDecibelPerIdle)
 {
     // Before any audio: all unlit but the bottom row (-38 dB is row 133).
     PaintNow();
     for (int i = 0; i < 4; ++i)
         EXPECT_TRUE(VUShows(i, 133)) << i;
-    // Idle redraws only what changed: a marker painted over both meters
-    // stays while nothing new arrives.
-    {
-        CClientDC dc(P());
-        dc.FillSolidRect(29, 45, 7, 134, RGB(255, 0, 255));
-        dc.FillSolidRect(198, 55, 8, 120, RGB(255, 0, 255));
-    }
-    Idle(1); // levels at -38 stay, reduction at 0 stays
-    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 30, 50));
-    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(P(), 200, 60));
-    Process(1.f, 11025.0); // peak exactly 1: 0 dB, row 19
+    Process(4.f); // 12 dB over full scale: clamped to +6, row 19 - 6 * 3
     Idle(1);
-    EXPECT_TRUE(VUShows(0, 19));
-
-    Process(4.f); // 12 dB over full scale: clamped to +6
-    Idle(1);
-    EXPECT_FLOAT_EQ(6.f, P()->GetLevelDb(1));
-    EXPECT_TRUE(VUShows(1, 1)); // +6 dB: row 19 - 18 = 1
+    EXPECT_FLOAT_EQ(6.f, Panel()->GetLevelDb(1));
+    EXPECT_TRUE(VUShows(1, 1));
 
     Idle(175);
-    EXPECT_FLOAT_EQ(-37.75f, P()->GetLevelDb(0));
+    EXPECT_FLOAT_EQ(-37.75f, Panel()->GetLevelDb(0));
     EXPECT_TRUE(VUShows(0, 132)); // (int)(37.75 * 3 + 19)
     Idle(2);                      // and stops at -38
-    EXPECT_FLOAT_EQ(-38.f, P()->GetLevelDb(0));
+    EXPECT_FLOAT_EQ(-38.f, Panel()->GetLevelDb(0));
     EXPECT_TRUE(VUShows(0, 133));
 
     // A new block sets the level at once: 0.5 is -6 dB (6 dB per doubling).
     Process(0.5f, 11025.0); // samples 0, 0.5, 0, -0.5: peak exactly 0.5
     Idle(1);
-    EXPECT_FLOAT_EQ(-6.f, P()->GetLevelDb(0));
+    EXPECT_FLOAT_EQ(-6.f, Panel()->GetLevelDb(0));
     EXPECT_TRUE(VUShows(0, 37));
     // Silence converts to minus infinity and shows -38.
     Process(0.f);
     Idle(1);
-    EXPECT_FLOAT_EQ(-38.f, P()->GetLevelDb(0));
+    EXPECT_FLOAT_EQ(-38.f, Panel()->GetLevelDb(0));
 }
 
 TEST_F(PanelPaint, ReductionMeterFillsDownwardAndReturnsOneDecibelPerIdle)
@@ -138,24 +124,15 @@ TEST_F(PanelPaint, ReductionMeterFillsDownwardAndReturnsOneDecibelPerIdle)
     for (int i = 0; i < 40; ++i)
         Process(0.9f);
     Idle(1);
-    ASSERT_FLOAT_EQ(-40.f, P()->GetReductionDb());
+    ASSERT_FLOAT_EQ(-40.f, Panel()->GetReductionDb());
     EXPECT_TRUE(ReductionShows(120)); // 40 dB fills the strip
 
     Idle(10);
-    EXPECT_FLOAT_EQ(-30.f, P()->GetReductionDb());
+    EXPECT_FLOAT_EQ(-30.f, Panel()->GetReductionDb());
     EXPECT_TRUE(ReductionShows(90)); // 120 / 40 * 30
     Idle(32);                        // and stops at 0
-    EXPECT_FLOAT_EQ(0.f, P()->GetReductionDb());
+    EXPECT_FLOAT_EQ(0.f, Panel()->GetReductionDb());
     EXPECT_TRUE(ReductionShows(0));
-
-    // Listening, the effect reports a gain of 1: 0 dB at the next block.
-    Process(0.9f);
-    Idle(1);
-    ASSERT_LT(P()->GetReductionDb(), -1.f);
-    effect->SetListen(true);
-    Process(0.9f);
-    Idle(1);
-    EXPECT_FLOAT_EQ(0.f, P()->GetReductionDb());
 }
 
 // The whole panel painted off-screen while a vocal runs, at 1x and at 2x,

@@ -1,7 +1,6 @@
-// The preset save dialog as SAVE opens it over the panel, driven as a user
-// would through the modal hook: the slot list and name it opens with, slot
-// changes, OK and Cancel, the 23-byte Shift-JIS name rule, and a stored name
-// that fills its whole field.
+// The preset save dialog as SAVE opens it, driven as a user would through the
+// modal hook: the slot list and name it opens with, slot changes, OK and
+// Cancel, the 23-byte Shift-JIS name rule, a stored name filling its field.
 #include "EditorTestSupport.h"
 
 #include <cstring>
