@@ -126,7 +126,6 @@ std::vector<FileJob> PlanJobs(const std::vector<std::string>& inputs, const std:
     }
     else
     {
-        ensureFolder(outDir);
         std::string prefix = outDir.back() == '/' ? outDir : outDir + "/";
         std::set<std::string> names;
         for (const std::string& in : inputs)
@@ -154,6 +153,8 @@ std::vector<FileJob> PlanJobs(const std::vector<std::string>& inputs, const std:
         }
         if (jobs.empty())
             throw CHostError("no sound files in the folders given");
+        // Only a batch that can start gets its folder.
+        ensureFolder(outDir);
     }
     for (FileJob& job : jobs)
         if (job.input == "-")

@@ -80,6 +80,7 @@ TEST(HostRender, RefusalsAreOneLineAndWriteNothing)
         {{"render", in, dir / "x.xyz", "--plugin", fake}, "unknown extension .xyz; formats"},
         {{"render", in, dir / "noext", "--plugin", fake}, "no extension"},
         {{"render", in, dir / "x.flac", "--plugin", fake, "--bits", "float"}, "cannot hold float"},
+        {{"render", in, in, "--out-dir", dir / "new", "--plugin", fake}, "would both be written"},
         {{"render", in, o, "--plugin", fake, "--quality", "3"}, "lossy outputs"},
         {{"render", in, dir / "x.mp3", "--plugin", fake, "--bits", "24"}, "lossy format"},
         {{"render", in, o, "--plugin", fake, "--set", "Gain=1", "--bits", "16", "--fail-on-clip"},
