@@ -1,7 +1,6 @@
-// Shelving biquad (the types the effect uses): coefficients against an
-// independent float routine and the analytic shelf levels, the recursion
-// against the direct form I written out, side-by-side filters against
-// separate calls.
+// Shelving/peaking biquad: coefficients against an independent float routine
+// and the analytic shelf levels, the recursion against the direct form I
+// written out, side-by-side filters against separate calls.
 #include "CBiquadFilter.h"
 #include "DspTestUtil.h"
 
@@ -15,39 +14,46 @@ using namespace dsptest;
 
 namespace
 {
-// The cookbook shelves in float with pow/sin/cos in double, slope term
-// sqrt(A / q), sign +1 for the low shelf and -1 for the high one; returns a0
-// raw and a1 a2 b0 b1 b2 divided by it.
-std::vector<float> Shelf(float rate, float freq, float gainDb, float q, float sign)
+// The cookbook shelf/peak in float with pow/sin/cos in double, slope term
+// sqrt(A / q), alpha sin / 2q; returns a0 raw and a1 a2 b0 b1 b2 divided by it.
+std::vector<float> Reference(float rate, float freq, float gainDb, float q, int type)
 {
-    float A = (float)pow(10.0, (double)(gainDb / 40.f));
+    float A = (float)pow(10.0, (double)(gainDb / 40.f)), sign = 1.f - (float)type; // 1, 0, -1
     float w = std::min(freq, rate * 0.5f * 0.95f) / rate * 6.2831855f;
-    float c = (float)cos((double)w), bs = sqrtf(A / q) * (float)sin((double)w);
-    float am = A - 1.f, ap = A + 1.f, amc = sign * am * c, apc = sign * ap * c;
+    float c = (float)cos((double)w), s = (float)sin((double)w), bs = sqrtf(A / q) * s;
+    float am = A - 1.f, ap = A + 1.f, amc = sign * am * c, apc = sign * ap * c, al = s / (2.f * q);
     float a0 = ap + amc + bs, a1 = -sign * 2.f * (am + apc), a2 = ap + amc - bs;
     float b0 = A * (ap - amc + bs), b1 = sign * 2.f * A * (am - apc), b2 = A * (ap - amc - bs);
+    if (type == CBiquadFilter::kPeaking)
+    {
+        a0 = 1.f + al / A, a2 = 1.f - al / A, b0 = 1.f + al * A, b2 = 1.f - al * A;
+        a1 = b1 = -2.f * c;
+    }
     return {a0, a1 / a0, a2 / a0, b0 / a0, b1 / a0, b2 / a0};
 }
 } // namespace
 
-// The shelved side sits at the gain, the other side at 0 dB. 20000 Hz lies
-// above 0.475 x 32000 and is clamped to 15200 Hz.
-TEST(BiquadFilter, ShelfCoefficientsMatchIndependentRoutineAndLevels)
+// The shelved side sits at the gain, the other side at 0 dB; the peak is 0 dB
+// at both ends. 20000 Hz lies above 0.475 x 32000 and is clamped to 15200 Hz.
+// An unknown type divides the stored coefficients by the raw a0 once more.
+TEST(BiquadFilter, CoefficientsMatchIndependentRoutineAndLevels)
 {
     for (float rate : {32000.f, 96000.f})
         for (float freq : {2000.f, 20000.f})
             for (float gain : {-12.f, 0.f})
-                for (int type : {CBiquadFilter::kLowShelf, CBiquadFilter::kHighShelf})
+                for (int type : {0, 1, 2})
                 {
                     CBiquadFilter f;
                     f.CalcCoefficients(rate, freq, gain, 0.7f, type);
-                    EXPECT_EQ(std::vector<float>({f.a0, f.a1, f.a2, f.b0, f.b1, f.b2}),
-                              Shelf(rate, freq, gain, 0.7f, type == 0 ? 1.f : -1.f))
-                        << rate << " " << freq << " " << gain << " " << type;
                     for (double at : {0.0, rate / 2.0})
                         EXPECT_NEAR(BiquadGainDb(f.b0, f.b1, f.b2, f.a1, f.a2, at, rate),
-                                    (at == 0.0) == (type == 0) ? gain : 0.f, 0.01)
+                                    type != 1 && (at == 0.0) == (type == 0) ? gain : 0.f, 0.01)
                             << rate << " " << freq << " " << gain << " " << type << " " << at;
+                    const std::vector<float> want = Reference(rate, freq, gain, 0.7f, type);
+                    EXPECT_EQ(std::vector<float>({f.a0, f.a1, f.a2, f.b0, f.b1, f.b2}), want)
+                        << rate << " " << freq << " " << gain << " " << type;
+                    f.CalcCoefficients(rate, freq, gain, 0.7f, 3);
+                    EXPECT_EQ(f.b0, want[3] / want[0]);
                 }
 }
 

@@ -167,6 +167,9 @@ TEST(Compressor, GainComputerAtKnownLevels)
         e.setThresh(-60.0);
         e.setRatio(10.0);
         EXPECT_EQ(Gain(e, 0.8f, key, true) < 0.5f, reduces) << key;
+        double l = 0.8, r = -0.1; // the per-sample form, the same envelope again
+        e.process(l, r, key, true);
+        EXPECT_EQ(l < 0.5, reduces) << key;
     }
     // AutoThreshold: while the envelope lies below the level over threshold
     // the target is a fixed 20 dB, so with attack 0 a key 1 dB over reduces

@@ -1,6 +1,6 @@
 // Filter processor: the block path against a reference built from its parts
 // (gains, filter, output gain twice) without allocation whatever the block
-// length, formats, state reset, and the chain of two processors.
+// length, meters, formats, state reset, and the chain of two processors.
 #include "AllocationCounter.h"
 #include "CVRXLPF.h"
 #include "DspTestUtil.h"
@@ -26,10 +26,10 @@ struct Lpf : CVRXLPF
     }
 };
 
-// in * inputGain -> Butterworth recursion -> * outputGain (over-level test)
-// -> * outputGain, one channel, written from the definitions.
+// in * inputGain -> Butterworth -> * outputGain (over-level test) -> * outputGain
+// (LPFData: outGains 1), one channel, written from the definitions.
 std::vector<float> Reference(const std::vector<float>& in, float cutoff, bool lowPass, float inDb,
-                             float outDb)
+                             float outDb, int outGains = 2)
 {
     float ig = (float)std::pow(10.0, (double)inDb / 20.0);
     float og = (float)std::pow(10.0, (double)outDb / 20.0);
@@ -40,8 +40,15 @@ std::vector<float> Reference(const std::vector<float>& in, float cutoff, bool lo
         v *= ig;
     f.OperateEqualizer(work.data(), y.data(), (int)in.size());
     for (float& v : y)
-        v = (og * v) * og;
+        v = outGains == 2 ? (og * v) * og : og * v;
     return y;
+}
+
+std::vector<float> VU(CVRXLPF& p) // in l, in r, out l, out r
+{
+    std::vector<float> v(4);
+    p.GetVU(&v[0], &v[1], &v[2], &v[3]);
+    return v;
 }
 
 void RunLPF(CVRXLPF& p, std::vector<float>& l, std::vector<float>& r, std::vector<float>& ol,
@@ -73,9 +80,32 @@ TEST(LPF, TransformMatchesReferenceInAnyChunksWithoutAllocating)
         const long before = AllocationCount(); // -1 under sanitizers: not counted
         RunLPF(p, l, r, ol, orr, chunk);
         EXPECT_EQ(AllocationCount(), before) << chunk;
-        EXPECT_EQ(ol, wantL) << chunk;
-        EXPECT_EQ(orr, wantR) << chunk;
+        EXPECT_EQ(std::vector({ol, orr}), std::vector({wantL, wantR})) << chunk;
     }
+}
+
+// Input meters after the input gain; inactive, output meters = raw input peaks.
+TEST(LPF, MetersOverLevelLPFDataAndFixedPoint)
+{
+    Lpf p(true);
+    int v[2];
+    p.get_OverLevelThreshold(&v[0]); // the default 2^31, saturated
+    p.set_OutputLevel(-393216);
+    p.get_OutputLevel(&v[1]); // -6 dB back, truncated toward zero
+    EXPECT_EQ(std::vector<int>(v, v + 2), std::vector<int>({2147483647, -393216}));
+    p.set_InputLevel(-393216);
+    std::vector<float> l = {0.1f, -0.6f, 0.2f, 0.f}, r = {0.3f, 0.1f, -0.2f, 0.f}, ol(4), orr;
+    p.LPFData(0, l.data(), ol.data(), 4);
+    EXPECT_EQ(ol, Reference(l, 20000.f, true, 0.f, -6.f, 1));
+    p.set_OverLevelThreshold(0); // any output sets the flag, cleared when read
+    RunLPF(p, l, r, ol, orr, 4);
+    EXPECT_EQ(VU(p)[0], 0.6f * (float)std::pow(10.0, -6.0 / 20.0));
+    bool over = false;
+    EXPECT_TRUE(p.get_OverLevel(&over) && over);
+    EXPECT_TRUE(p.get_OverLevel(&over) && !over);
+    p.set_Activate(false);
+    RunLPF(p, l, r, ol, orr, 4);
+    EXPECT_EQ(VU(p), std::vector<float>({0.6f, 0.3f, 0.6f, 0.3f}));
 }
 
 TEST(LPF, FormatsMonoAndOtherChannelCounts)
@@ -152,5 +182,6 @@ TEST(LPF, ChainEqualsTwoTransforms)
                           b2.Transform(w, n, w + 2, &c);
                       });
             EXPECT_EQ(got, want) << secondActive << " " << chunk;
+            EXPECT_EQ(std::vector({VU(a1), VU(a2)}), std::vector({VU(b1), VU(b2)}));
         }
 }
