@@ -1,14 +1,16 @@
 // The effect's block processing seen from inside, against the same filters
-// run here: the key in side-chain listen, the split-band sum, its compressed
-// middle band and its listen, the meters and the block counters.
+// run here: side-chain de-essing, the key in side-chain listen, the split-band
+// sum, its compressed middle band and its listen, the meters and counters.
 #include "ADeEsser.h"
 #include "CBiquadFilter.h"
 #include "CVRXLPF.h"
+#include "TestSignal.h"
 
 #include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
+#include <numeric>
 
 namespace
 {
@@ -73,6 +75,27 @@ TEST_F(EffectAudio, ListenInSideChainModeOutputsTheKey)
     float g = 0.f;
     fx->GetReductionVU(&g);
     EXPECT_EQ(g, 1.f);
+}
+
+// Side-chain mode turns the whole signal down while the key band (4-8 kHz) is
+// loud: the sibilants (above 5 kHz) lose 3 dB more than the voice (below 3).
+TEST_F(EffectAudio, SideChainTamesSibilanceMoreThanTheVoice)
+{
+    const testsignal::Vocal vocal(44100);
+    fx->setParameter(kParamThreshold, ValToNormalizeValue(kParamThreshold, -30.f));
+    fx->setParameter(kParamRatio, ValToNormalizeValue(kParamRatio, 4.f));
+    std::vector<float> io[2] = {vocal.left, vocal.right};
+    float* p[2] = {io[0].data(), io[1].data()};
+    fx->processReplacing(p, p, 44100);
+    auto energy = [](std::vector<float> x, float cutoff, bool lowPass)
+    {
+        CIIRFilter filter;
+        filter.SetParams(1.f / 44100, cutoff, lowPass);
+        filter.OperateEqualizer(x.data(), x.data(), (int)x.size());
+        return std::inner_product(x.begin(), x.end(), x.begin(), 0.0);
+    };
+    EXPECT_LT(energy(io[0], 5000, false) / energy(vocal.left, 5000, false),
+              0.5 * energy(io[0], 3000, true) / energy(vocal.left, 3000, true));
 }
 
 TEST_F(EffectAudio, SplitBandIsTwoThirdsOfTheThreeBandsTheMiddleOneCompressed)

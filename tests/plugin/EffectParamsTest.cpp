@@ -1,8 +1,10 @@
 // The effect's parameter paths (host, panel control, typed value): what each
-// stores, what it tells the panel and the host; suspend/resume; and the
-// program operations of the panel.
+// stores, what it tells the panel and the host; suspend/resume; the program
+// operations of the panel; and the entry module's bitmap lookup.
 #include "ADeEsser.h"
 #include "FakeEditor.h"
+#include "TestFiles.h"
+#include "VstEntry.h"
 
 #include <cmath>
 #include <cstdlib>
@@ -174,4 +176,17 @@ TEST_F(Effect, ProgramsChangedRevertAndCopy)
     std::vector<ADeEsserProgram> before(&fx->GetProgram(0), &fx->GetProgram(0) + 32);
     fx->ProgramToAllFactory();
     EXPECT_EQ(std::memcmp(before.data(), &fx->GetProgram(0), 32 * sizeof(ADeEsserProgram)), 0);
+}
+
+// Bitmaps are resources/bmp%05d.png beside the module (this program), or null.
+TEST(ResourcePath, BesideTheModuleOrNull)
+{
+    const auto folder = std::filesystem::read_symlink("/proc/self/exe").parent_path() / "resources";
+    std::filesystem::create_directories(folder);
+    WriteBytes(folder / "bmp00005.png", "");
+    std::unique_ptr<char, decltype(&std::free)> path(getResourcePath(5, nullptr), std::free);
+    ASSERT_NE(path, nullptr);
+    EXPECT_TRUE(std::filesystem::equivalent(path.get(), folder / "bmp00005.png"));
+    std::filesystem::remove(folder / "bmp00005.png");
+    EXPECT_EQ(getResourcePath(5, nullptr), nullptr);
 }

@@ -272,6 +272,10 @@ TEST_F(Persistence, ForeignFilesAreHarmless)
     auto effect = OpenEffect();
     EXPECT_STREQ(effect->GetProgram(2).name, "Empty");
     EXPECT_STREQ(effect->GetFactoryProgram(2).name, "P2");
+
+    WriteBytes(cwd / "PROGRAM.LST", "VRX5.0 EFFECT PROGRAM LIST\n1\nSoft\n"); // a legacy list
+    effect->ConvertFrom((cwd / "PROGRAM.LST").c_str(), "");
+    EXPECT_STREQ(effect->GetProgram(0).name, "Soft");
 }
 
 TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
@@ -281,7 +285,6 @@ TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
     std::string previous = ReadBytes(UserFile());
     FakeEditor* editor = FakeEditorOf(effect.get());
     ASSERT_NE(editor, nullptr);
-    editor->open(nullptr);
 
     // Files may not grow past 1000 bytes: the write fails half-way.
     struct rlimit old;
@@ -290,7 +293,9 @@ TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
     struct rlimit limited = old;
     limited.rlim_cur = 1000;
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
+    testing::internal::CaptureStderr();
     effect->SaveProgram(7, "Lost");
+    const std::string err = testing::internal::GetCapturedStderr(); // no panel: stderr
     setrlimit(RLIMIT_FSIZE, &old);
     std::signal(SIGXFSZ, oldHandler);
 
@@ -299,6 +304,7 @@ TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
         << "the temporary file is gone";
     ASSERT_EQ(editor->messages.size(), 1u);
     EXPECT_NE(editor->messages[0].find("could not be saved"), std::string::npos);
+    EXPECT_NE(err.find(editor->messages[0]), std::string::npos);
     EXPECT_STREQ(effect->GetProgram(7).name, "Lost"); // memory is already updated
     EXPECT_EQ(effect->getProgram(), 7);
 }

@@ -33,6 +33,9 @@ TEST(StrTerminateTab, FieldsNextStartsAndBounds)
         EXPECT_EQ(StrTerminateTab(&line[0], start, field), next) << text << start;
         EXPECT_STREQ(field, want) << text << start;
     }
+    std::string line = "abcdef\tx";
+    EXPECT_EQ(StrTerminateTab(&line[0], 0, field, 3), 7); // a 3-byte field: "ab"
+    EXPECT_STREQ(field, "ab");
 }
 
 TEST(Myifstream, LinesWithLfAndCrLf)
@@ -51,6 +54,9 @@ TEST(Myifstream, LinesWithLfAndCrLf)
         in.getline(buffer, 5, '\n');
         EXPECT_STREQ(buffer, want);
     }
+    EXPECT_EQ(in.rdstate(), Myifstream::eofbit); // "end" reached the end
+    in.getline(buffer, 5, '\n');
+    EXPECT_EQ(in.rdstate(), Myifstream::eofbit | Myifstream::failbit); // nothing read
 }
 
 TEST(LoadPGMFileBody, ValueLineOnlyAfterTheMagic)
