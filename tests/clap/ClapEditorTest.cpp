@@ -1,8 +1,5 @@
-// DeEsser.clap's editor in a real X server (run under xvfb-run; skips without
-// $DISPLAY): embedded into a window of ours through set_parent, pumped by the
-// host's timers, its X connection's descriptor registered, painted, a
-// drag on the threshold knob reported as a gesture, and destroyed with no
-// window left behind and no X error.
+// DeEsser.clap's editor embedded through set_parent in a real X server and
+// pumped by the host's timers (xvfb-run; skipped without $DISPLAY).
 #include "ClapTestHost.h"
 #include "TestFiles.h"
 
@@ -46,7 +43,7 @@ protected:
     ClapTestHost host{DEESSER_CLAP_PATH};
 };
 
-TEST_F(ClapEditor, EmbedsPaintsReportsADragAndGoesAwayCleanly)
+TEST_F(ClapEditor, EmbedsPaintsReportsAClickAndGoesAwayCleanly)
 {
     ASSERT_NE(host.Create(), nullptr);
     auto gui = host.Ext<clap::PluginGui>(clap::kExtGui);
@@ -78,13 +75,10 @@ TEST_F(ClapEditor, EmbedsPaintsReportsADragAndGoesAwayCleanly)
 
     if (x.HasXTest())
     {
-        // A drag from left of the threshold knob's centre to right of it
-        // (0.8: -20 dB); the gesture ends once the knob rests.
-        const int cx = 262 + 17, cy = 66 + 17;
-        x.MovePointer(x.window, cx - 10, cy);
+        // A click right of the threshold knob's centre (0.8: -20 dB); the
+        // gesture ends once the knob rests.
+        x.MovePointer(x.window, 262 + 17 + 12, 66 + 17);
         x.Button(true);
-        Run(100);
-        x.MovePointer(x.window, cx + 12, cy);
         Run(100);
         x.Button(false);
         RunUntil(

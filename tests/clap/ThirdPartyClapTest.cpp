@@ -1,8 +1,5 @@
-// Our CLAP records and test host against a plug-in built elsewhere: Debian's
-// zam-plugins CLAP build of a stereo multiband compressor, with its
-// compressors off, turns a tone down by 6 dB when a host event sets "Master
-// Trim" to -6 dB at the first sample. That needs the host's loading, port,
-// event and process records to be laid out as CLAP lays them out.
+// Our CLAP records and test host against Debian's zam-plugins CLAP build of
+// a multiband compressor: right only if laid out as CLAP lays them out.
 #include "ClapTestHost.h"
 
 #include <cmath>

@@ -31,11 +31,10 @@ ClapEventList::ClapEventList()
 
 void ClapEventList::Add(uint32_t time, clap::Id paramId, double value)
 {
-    clap::EventParamValue e{};
+    clap::EventParamValue e{}; // by field names: as laid out in ClapAbi.h
     e.header = {sizeof(e), time, clap::kCoreEventSpace, clap::kEventParamValue, 0};
     e.paramId = paramId;
-    e.noteId = -1;
-    e.portIndex = e.channel = e.key = -1;
+    e.noteId = e.portIndex = e.channel = e.key = -1;
     e.value = value;
     m_Events.push_back(e);
 }
@@ -157,18 +156,14 @@ bool ClapTestHost::LoadState(const std::vector<uint8_t>& bytes) const
 
 void ClapTestHost::RunMainLoop(int milliseconds)
 {
-    using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::milliseconds(milliseconds);
-    std::map<clap::Id, Clock::time_point> due;
-    while (Clock::now() < end)
+    for (int waited = 0; waited < milliseconds; waited += 10)
     {
-        std::this_thread::sleep_for(std::chrono::milliseconds(5));
-        const auto now = Clock::now();
-        for (auto [id, period] : std::map<clap::Id, uint32_t>(timers))
-            if (due[id] <= now && timers.count(id))
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        for (const auto& timer : std::map<clap::Id, uint32_t>(timers)) // may change meanwhile
+            if (timers.count(timer.first))
             {
-                due[id] = now + std::chrono::milliseconds(period);
-                Ext<clap::PluginTimerSupport>(clap::kExtTimerSupport)->onTimer(m_Plugin, id);
+                Ext<clap::PluginTimerSupport>(clap::kExtTimerSupport)
+                    ->onTimer(m_Plugin, timer.first);
                 ++timerCalls;
             }
     }
@@ -196,14 +191,13 @@ const void* ClapTestHost::GetExtension(const clap::Host* host, const char* id)
         { return Self(h)->fds.emplace(fd, flags).second; },
         nullptr, [](const clap::Host* h, int fd) { return Self(h)->fds.erase(fd) == 1; }};
 
-    const std::string name = id ? id : "";
-    if (name == clap::kExtThreadCheck)
-        return &threadCheck;
-    if (name == clap::kExtParams)
-        return &params;
-    if (name == clap::kExtTimerSupport)
-        return Self(host)->offerTimers ? &timers : nullptr;
-    if (name == clap::kExtPosixFdSupport)
-        return &fdSupport;
+    const std::pair<const char*, const void*> table[] = {
+        {clap::kExtThreadCheck, &threadCheck},
+        {clap::kExtParams, &params},
+        {clap::kExtTimerSupport, Self(host)->offerTimers ? &timers : nullptr},
+        {clap::kExtPosixFdSupport, &fdSupport}};
+    for (const auto& [name, ext] : table)
+        if (id && std::strcmp(id, name) == 0)
+            return ext;
     return nullptr;
 }

@@ -1,8 +1,6 @@
-// A small CLAP host for tests and benchmarks: loads a .clap with dlopen, looks
-// up nothing but "clap_entry", creates the factory's first plug-in and records
-// what the plug-in asks of the host (flushes, value rescans, timers, file
-// descriptors, output events). Processing runs on the calling thread, marked
-// as the audio thread for the duration of the call.
+// A small CLAP host for tests and benchmarks: loads a .clap through
+// "clap_entry" alone and records what the plug-in asks of the host.
+// Processing runs on the calling thread, marked as the audio thread.
 #pragma once
 
 #include "ClapExtensions.h"
@@ -59,7 +57,7 @@ public:
     std::vector<uint8_t> SaveState() const; // empty on refusal
     bool LoadState(const std::vector<uint8_t>& bytes) const;
 
-    // Runs the main loop for a while: timers at their periods. Descriptors
+    // Runs the main loop for a while, every timer every 10 ms. Descriptors
     // are only registered: the timers pump the editor as well.
     void RunMainLoop(int milliseconds);
 

@@ -3,8 +3,6 @@
 #include <lv2/atom/atom.h>
 #include <lv2/buf-size/buf-size.h>
 
-#include <cmath>
-
 CLv2TestHost::CLv2TestHost(const std::string& bundleDir, const char* pluginUri)
 {
     m_World = lilv_world_new();

@@ -1,7 +1,5 @@
-// A small LV2 host for tests and benchmarks, through lilv only: loads one
-// bundle, maps URIs, and runs instances of a stereo plug-in (audio ports
-// in_l, in_r, out_l, out_r) with their control ports as plain floats
-// addressed by symbol.
+// A small LV2 host for tests and benchmarks, through lilv only: instances of
+// a stereo plug-in (in_l, in_r, out_l, out_r) with control ports by symbol.
 #pragma once
 
 #include <lilv/lilv.h>

@@ -1,8 +1,6 @@
-// A host's window on the X server, for tests that embed an editor: opens
-// $DISPLAY (waiting a little for a server still resetting after an earlier
-// program), counts X errors instead of exiting, and maps a top-level window
-// to embed into. XTest moves the pointer and presses the first button as a
-// user would. Include after gtest (Xlib's macros clash with its names).
+// A host's window on $DISPLAY to embed an editor into, counting X errors
+// instead of exiting; XTest moves the pointer and presses the first button.
+// Include after gtest (Xlib's macros clash with its names).
 #pragma once
 
 #include <X11/Xlib.h>
