@@ -211,7 +211,8 @@ TEST_F(PanelTest, SwitchClicksToggleTheirParametersListenAndResetToFactory)
 
     // Control asks for the bank-wide reset, which the effect keeps empty, and
     // a plain click: both only toggle the power.
-    effect->setProgram(3);
+    const int other = (cur + 3) % kNumPrograms;
+    effect->setProgram(other);
     effect->setParameter(kParamRatio, 0.9f);
     effect->setProgram(cur);
     for (unsigned modifiers : {(unsigned)KEYMOD_CONTROL, 0u})
@@ -222,7 +223,7 @@ TEST_F(PanelTest, SwitchClicksToggleTheirParametersListenAndResetToFactory)
         EXPECT_NE(power, effect->getParameter(kParamOnOff));
         EXPECT_FLOAT_EQ(0.8f, effect->getParameter(kParamRatio));
     }
-    EXPECT_FLOAT_EQ(0.9f, effect->GetProgram(3).values[kParamRatio]);
+    EXPECT_FLOAT_EQ(0.9f, effect->GetProgram(other).values[kParamRatio]);
 }
 
 TEST_F(PanelTest, HostChangesMoveTheControls)
@@ -250,8 +251,8 @@ TEST_F(PanelTest, HostChangesMoveTheControls)
 
 TEST_F(PanelTest, CopyMenuListsAllProgramsAndCopiesTheChosenOne)
 {
-    const int cur = effect->getProgram();
-    effect->setProgram(5);
+    const int cur = effect->getProgram(), source = (cur + 5) % kNumPrograms;
+    effect->setProgram(source);
     effect->setParameter(kParamThreshold, 0.3125f);
     effect->setProgram(cur);
     ASSERT_NE(0.3125f, effect->getParameter(kParamThreshold));
@@ -264,7 +265,7 @@ TEST_F(PanelTest, CopyMenuListsAllProgramsAndCopiesTheChosenOne)
             entries = list.EntryCount();
             drawnPressed = PanelBlockMatches(Panel(), 64, 10, Panel()->Image(5017), 0, 0, 25, 17);
             CHeadless::SetModalHook({});
-            CHeadless::PickMenuItem(1010 + 5);
+            CHeadless::PickMenuItem(1010 + source);
         });
     Click(CPoint(70, 15));
     Pump();
@@ -272,7 +273,7 @@ TEST_F(PanelTest, CopyMenuListsAllProgramsAndCopiesTheChosenOne)
     EXPECT_TRUE(drawnPressed);
     EXPECT_TRUE(PanelBlockMatches(Panel(), 64, 10, Panel()->Image(5018), 0, 0, 25, 17));
     EXPECT_FLOAT_EQ(0.3125f, Panel()->Knob(100).GetValue());
-    EXPECT_EQ(0, std::memcmp(effect->GetProgram(5).values, effect->GetProgram(cur).values,
+    EXPECT_EQ(0, std::memcmp(effect->GetProgram(source).values, effect->GetProgram(cur).values,
                              sizeof(float) * 11));
 
     // The current program's entry cannot be chosen; no such slot is ignored.

@@ -5,8 +5,6 @@
 
 #include <cmath>
 
-#include <cairo.h>
-
 #include "ParamTable.h"
 #include "ReferencePicture.h"
 #include "TestFiles.h"
@@ -168,7 +166,6 @@ TEST(PanelPicture, RunningPanelMatchesItsReferenceAtOneAndTwoTimes)
         CBitmap shot;
         shot.Attach(CHeadless::Snapshot(panel));
         const std::string name = scale == 1.0 ? "panel_headless.png" : "panel_headless@2x.png";
-        EXPECT_EQ(scale * 460, cairo_image_surface_get_width(shot.GetHandle()));
         EXPECT_TRUE(MatchesReferencePicture(shot.GetHandle(),
                                             std::string(EDITOR_REFERENCE_DIR) + "/" + name,
                                             std::string(EDITOR_SCREENSHOT_DIR) + "/" + name));

@@ -44,9 +44,8 @@ void FakeClick(Display* d, int x, int y)
     XSync(d, False);
 }
 
-// Runs `actions` in a child process with its own connection, as a user acts
-// while the plug-in sits in a modal loop inside an idle call. The child's
-// exit status is what `actions` returned (0-255).
+// Runs `actions` in a child process on its own connection (a user acting while
+// the plug-in sits in a modal loop in an idle call); exits with its result.
 pid_t StartUser(const std::function<int(Display*)>& actions)
 {
     const pid_t pid = fork();
@@ -381,31 +380,87 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     XDestroyWindow(display, hostFocus);
 }
 
-// A host that forwards no keys, its focus on a window of its own. The copy
-// menu pops up below COPY on the screen and takes its clicks through a
-// pointer grab, leaving the focus alone; the save dialog opens as a top-level
-// window of its own and holds the keyboard while open (the name typed into it
-// is stored); the focus is the host's again after each.
-TEST_F(X11Editor, CopyMenuAndSaveDialogOpenOnTheScreenAndGiveTheKeyboardBack)
+// A host that forwards no keys, its focus on a window of its own. The save
+// dialog opens as a top-level window of its own and holds the keyboard while
+// open (the name typed into it is stored); the copy menu pops up below COPY on
+// the screen and takes its clicks through a pointer grab, leaving the focus
+// alone; the focus is the host's again after each.
+TEST_F(X11Editor, SaveDialogAndCopyMenuOpenOnTheScreenAndGiveTheKeyboardBack)
 {
-    host->Dispatch(effSetProgram, 0, 5);
-    effect->setParameter(effect, 3, 0.3125f);
-    host->Dispatch(effSetProgram, 0, 0);
-    ASSERT_NE(0.3125f, effect->getParameter(effect, 3));
     MakeHostWindow();
     const Window hostFocus = MakeHostFocusWindow();
     ASSERT_TRUE(OpenEditor());
     Idle(5);
 
+    // The dialog runs a modal loop inside the idle call that delivers the
+    // click on SAVE; the "user" types from a second connection meanwhile.
+    const pid_t typist = StartUser(
+        [host = hostWindow, hostFocus](Display* d)
+        {
+            // Into the name field (under the slot list) once it is there, in
+            // a top-level window not the host's, and the dialog has the
+            // keyboard (at most 10 s); else the dialog, wherever it is, is
+            // closed unused.
+            const Window root = DefaultRootWindow(d);
+            Window top = None;
+            auto ready = [&]
+            {
+                Window field = None, focus = None;
+                int x, y, revert;
+                XGetInputFocus(d, &focus, &revert);
+                return XTranslateCoordinates(d, root, root, 230, 120, &x, &y, &top) &&
+                       top != None && top != host &&
+                       XTranslateCoordinates(d, root, top, 230, 120, &x, &y, &field) &&
+                       field != None && focus != hostFocus;
+            };
+            for (int look = 0; look < 500 && !ready(); ++look)
+                usleep(20 * 1000);
+            if (!ready())
+            {
+                XEvent close{};
+                close.xclient.type = ClientMessage;
+                close.xclient.message_type = XInternAtom(d, "WM_PROTOCOLS", False);
+                close.xclient.format = 32;
+                close.xclient.data.l[0] = (long)XInternAtom(d, "WM_DELETE_WINDOW", False);
+                Window parent, *windows = nullptr;
+                unsigned count = 0;
+                XQueryTree(d, root, &top, &parent, &windows, &count);
+                for (unsigned i = 0; i < count; ++i)
+                    if (windows[i] != host && windows[i] != hostFocus)
+                        XSendEvent(d, close.xclient.window = windows[i], False, 0, &close);
+                XFree(windows);
+                XSync(d, False);
+                return 1;
+            }
+            FakeClick(d, 230, 120);
+            for (KeySym sym : {XK_V, XK_o, XK_x, XK_Return})
+            {
+                const KeyCode code = XKeysymToKeycode(d, sym);
+                XTestFakeKeyEvent(d, code, True, 0);
+                XTestFakeKeyEvent(d, code, False, 0);
+            }
+            XSync(d, False);
+            return 0;
+        });
+    FakeClick(display, 216, 18);
+    EXPECT_EQ(0, IdleUntilUserDone(typist)) << "the dialog did not take the keyboard";
+    EXPECT_EQ(Focus(), hostFocus) << "after the dialog closed";
+    EXPECT_NE(std::string::npos, host->String(effGetProgramNameIndexed, 0).find("vox"));
+    EXPECT_EQ(hostKeyPresses, 0);
+
+    // Copied after the save, so that the saved bank keeps the default program.
+    host->Dispatch(effSetProgram, 0, 5);
+    effect->setParameter(effect, 3, 0.3125f);
+    host->Dispatch(effSetProgram, 0, 0);
+    ASSERT_NE(0.3125f, effect->getParameter(effect, 3));
     // The menu runs a modal loop inside the idle call that delivers the
     // press; the "user" works from a second connection meanwhile.
     const pid_t user = StartUser(
         [](Display* d)
         {
-            // The menu hangs from panel point (89, 13); below the panel the
-            // root is black, so its lower edge shows in one column. Looked
-            // for until two looks agree (at most 10 s): it opens when the
-            // host's idle call gets to the click.
+            // The menu hangs from panel point (89, 13); its lower edge shows
+            // in one column of the black root below the panel. Looked for
+            // until two looks agree (at most 10 s).
             auto lowerEdge = [d]
             {
                 XImage* shot =
@@ -435,56 +490,6 @@ TEST_F(X11Editor, CopyMenuAndSaveDialogOpenOnTheScreenAndGiveTheKeyboardBack)
     EXPECT_GT(rowHeight, 10) << "no menu seen below the panel";
     EXPECT_FLOAT_EQ(0.3125f, effect->getParameter(effect, 3));
     EXPECT_EQ(Focus(), hostFocus) << "the menu takes keys through its grab, not the focus";
-
-    // The dialog runs a modal loop inside the idle call that delivers the
-    // click on SAVE; the "user" types from a second connection meanwhile.
-    const pid_t typist = StartUser(
-        [host = hostWindow, hostFocus](Display* d)
-        {
-            // Into the name field (under the slot list) once it is there, in
-            // a top-level window not the host's, and the dialog has the
-            // keyboard (at most 10 s); else the dialog is closed unused.
-            const Window root = DefaultRootWindow(d);
-            Window top = None;
-            auto ready = [&]
-            {
-                Window field = None, focus = None;
-                int x, y, revert;
-                XGetInputFocus(d, &focus, &revert);
-                return XTranslateCoordinates(d, root, root, 230, 120, &x, &y, &top) &&
-                       top != None && top != host &&
-                       XTranslateCoordinates(d, root, top, 230, 120, &x, &y, &field) &&
-                       field != None && focus != hostFocus;
-            };
-            for (int look = 0; look < 500 && !ready(); ++look)
-                usleep(20 * 1000);
-            if (!ready())
-            {
-                XEvent close{};
-                close.xclient.type = ClientMessage;
-                close.xclient.window = top;
-                close.xclient.message_type = XInternAtom(d, "WM_PROTOCOLS", False);
-                close.xclient.format = 32;
-                close.xclient.data.l[0] = (long)XInternAtom(d, "WM_DELETE_WINDOW", False);
-                XSendEvent(d, top, False, NoEventMask, &close);
-                XSync(d, False);
-                return 1;
-            }
-            FakeClick(d, 230, 120);
-            for (KeySym sym : {XK_V, XK_o, XK_x, XK_Return})
-            {
-                const KeyCode code = XKeysymToKeycode(d, sym);
-                XTestFakeKeyEvent(d, code, True, 0);
-                XTestFakeKeyEvent(d, code, False, 0);
-            }
-            XSync(d, False);
-            return 0;
-        });
-    FakeClick(display, 216, 18);
-    EXPECT_EQ(0, IdleUntilUserDone(typist)) << "the dialog did not take the keyboard";
-    EXPECT_EQ(Focus(), hostFocus) << "after the dialog closed";
-    EXPECT_NE(std::string::npos, host->String(effGetProgramNameIndexed, 0).find("vox"));
-    EXPECT_EQ(hostKeyPresses, 0);
     XDestroyWindow(display, hostFocus);
 }
 
