@@ -1,0 +1,19 @@
+// The logging window's message map.
+#include "ToolkitFixture.h"
+
+std::vector<std::string> g_Log;
+
+BEGIN_MESSAGE_MAP(CLogWnd, CWnd)
+ON_WM_CREATE()
+ON_WM_DESTROY()
+ON_WM_SETFOCUS()
+ON_WM_KILLFOCUS()
+ON_WM_KEYDOWN()
+ON_WM_LBUTTONDOWN()
+ON_WM_LBUTTONDBLCLK()
+ON_WM_MOUSEMOVE()
+ON_WM_LBUTTONUP()
+ON_COMMAND_RANGE(1000, 1300, OnCommand)
+ON_WM_TIMER()
+ON_WM_PAINT()
+END_MESSAGE_MAP()
