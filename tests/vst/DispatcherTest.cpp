@@ -1,6 +1,6 @@
-// The base classes' guards, the obsolete process call and the host-callback
-// helpers, on a bare effect that overrides nothing but processing. (What the
-// plug-in answers a host is checked through the built plug-in.)
+// The base classes' default answers and guards, the obsolete process call and
+// the host-callback helpers, on a bare effect that overrides nothing but
+// processing.
 #include "AudioEffectX.h"
 
 #include <gtest/gtest.h>
@@ -30,7 +30,7 @@ public:
 };
 } // namespace
 
-TEST(Dispatcher, CallsWithoutAnEditorOrForAProgramOutOfRangeChangeNothing)
+TEST(Dispatcher, DefaultAnswersAndGuards)
 {
     BareEffect fx(nullptr, 4, 2);
     AEffect* e = fx.getAeffect();
@@ -43,14 +43,30 @@ TEST(Dispatcher, CallsWithoutAnEditorOrForAProgramOutOfRangeChangeNothing)
         void* ptr;
         VstIntPtr expected;
     } rows[] = {
-        {effEditGetRect, 0, &rect, 0}, // answered with a null rectangle
-        {effEditOpen, 0, &window, 0},    {effSetProgram, 3, nullptr, 0},
+        // clang-format off
+        {effEditGetRect, 0, &rect, 0}, // without an editor: a null rectangle
+        {effEditOpen, 0, &window, 0},
+        {effSetProgram, 3, nullptr, 0},
         {effSetProgram, 4, nullptr, 0}, // equal to the count: ignored
-        {effSetProgram, -2, nullptr, 0}, {effGetProgram, 0, nullptr, 3},
+        {effSetProgram, -2, nullptr, 0},
+        {effGetProgram, 0, nullptr, 3},
+        {effIdentify, 0, nullptr, VstFourCC('N', 'v', 'E', 'f')},
+        {effGetVu, 0, nullptr, 0},
+        // clang-format on
     };
     for (const auto& r : rows)
         EXPECT_EQ(e->dispatcher(e, r.opcode, 0, r.value, r.ptr, 0.f), r.expected) << r.opcode;
     EXPECT_EQ(rect, nullptr);
+    // Opcodes 25-79 without an override answer 0, but for three fixed answers.
+    for (VstInt32 op = effProcessEvents; op <= effGetNumMidiOutputChannels; ++op)
+    {
+        VstIntPtr expected = op == effCanBeAutomated    ? 1
+                             : op == effGetPlugCategory ? kPlugCategEffect
+                             : op == effGetVstVersion   ? 2300
+                                                        : 0;
+        char buffer[256] = {};
+        EXPECT_EQ(e->dispatcher(e, op, 0, 0, buffer, 0.f), expected) << "opcode " << op;
+    }
     // The obsolete accumulating call processes as the replacing one.
     float* io[2] = {nullptr, nullptr};
     e->process(e, io, io, 32);
