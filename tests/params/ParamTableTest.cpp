@@ -5,7 +5,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
-TEST(ParamTable, NormalisedToInternalAndBack)
+TEST(ParamTable, NormalisedInternalAndFixedPointValues)
 {
     const struct
     {
@@ -58,10 +58,8 @@ TEST(ParamTable, NormalisedToInternalAndBack)
     GetParamMinMax(kParamOutput, &lo, &hi);
     EXPECT_NEAR(lo, -59.79, 0.01);
     EXPECT_NEAR(hi, 19.93, 0.01);
-}
 
-TEST(ParamTable, FixedPointTruncatesAndWrapsNegativeDecibels)
-{
+    // 16.16 values truncate; negative decibels wrap as two's complement.
     EXPECT_EQ(NormalizeValToDWValue(kParamLowFreq, 0.f), 2000u * 65536u);
     EXPECT_EQ(NormalizeValToDWValue(kParamHiFreq, 1.f), 20000u * 65536u);
     EXPECT_EQ((int32_t)NormalizeValToDWValue(kParamThreshold, 0.8f), -20 * 65536);

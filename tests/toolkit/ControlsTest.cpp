@@ -1,5 +1,5 @@
-// Menus, modal dialogs and the edit, spin and combo controls, driven by
-// synthetic input on the headless backend.
+// Menus, modal dialogs, message boxes and the edit, spin and combo controls,
+// driven by synthetic input on the headless backend.
 #include "ToolkitFixture.h"
 
 TEST_F(ToolkitTest, MenuChoiceArrivesAsPostedCommand)
@@ -25,8 +25,20 @@ TEST_F(ToolkitTest, MenuChoiceArrivesAsPostedCommand)
             CHeadless::Key(VK_RETURN_KEY);
         });
     EXPECT_EQ(menu.TrackPopupMenu(TPM_RETURNCMD, 89, 13, &m_Top), 1011);
+    EXPECT_EQ(menu.CheckMenuItem(9999, MF_CHECKED), (UINT)-1);
     CMenu empty;
     EXPECT_FALSE(empty.TrackPopupMenu(0, 0, 0, &m_Top));
+}
+
+TEST_F(ToolkitTest, MessageBoxAnswers)
+{
+    CHeadless::SetModalHook([](CWnd* modal)
+                            { CHeadless::Click(modal->GetDlgItem(IDNO), CPoint(4, 4)); });
+    EXPECT_EQ(m_Top.MessageBox("Really?", "DeEsser", MB_YESNO), IDNO);
+    CHeadless::SetModalHook([](CWnd*) { CHeadless::Key(VK_ESCAPE_KEY); });
+    EXPECT_EQ(AfxMessageBox("Overwrite?\nSecond line", MB_OKCANCEL), IDCANCEL);
+    CHeadless::SetModalHook(nullptr);
+    EXPECT_EQ(AfxMessageBox("Nobody reads this", MB_OK), IDOK);
 }
 
 namespace
@@ -119,6 +131,9 @@ TEST_F(ToolkitTest, EditTextLimitSelectionAndKeys)
     EXPECT_EQ(text(), "\xC3\xA9-155");
     CHeadless::Type("xy"); // the limit counts characters, not bytes
     EXPECT_EQ(text(), "\xC3\xA9x-155");
+    edit.SetSel(0, -1);
+    edit.ReplaceSel("7");
+    EXPECT_EQ(edit.GetWindowTextLength(), 1);
     CToolkit::Pump(); // the field paints itself white
     EXPECT_EQ(CHeadless::GetPixel(&edit, 3, 3), RGB(255, 255, 255));
 }
@@ -133,9 +148,11 @@ TEST_F(ToolkitTest, SpinClampsAndStepsFromItsBuddysText)
     spin.SetRange32(-50, 50);
     spin.SetPos32(1000);
     EXPECT_EQ(spin.GetPos32(), 50);
+    CString shown;
+    buddy.GetWindowText(shown);
+    EXPECT_STREQ(shown, "50");
     buddy.SetWindowText("-49"); // typed into the buddy, then a step down
     CHeadless::Click(&spin, CPoint(7, 15));
-    CString shown;
     buddy.GetWindowText(shown);
     EXPECT_STREQ(shown, "-50");
 }
@@ -144,8 +161,9 @@ TEST_F(ToolkitTest, ComboSelectsByKeysAndItsListAndRefusesBadIndices)
 {
     CComboBox combo;
     ASSERT_TRUE(combo.Create(WS_VISIBLE | CBS_DROPDOWNLIST, CRect(0, 0, 100, 20), &m_Top, 1120));
-    for (const char* s : {"1:Init", "2:Vocal", "3:Drums"})
-        combo.AddString(s);
+    EXPECT_EQ(combo.AddString("1:Init"), 0);
+    EXPECT_EQ(combo.AddString("2:Vocal"), 1);
+    combo.AddString("3:Drums");
     combo.SetFocus();
     CHeadless::Key(VK_DOWN);
     CHeadless::Key(VK_DOWN);
@@ -166,4 +184,6 @@ TEST_F(ToolkitTest, ComboSelectsByKeysAndItsListAndRefusesBadIndices)
     CString s("unchanged");
     EXPECT_EQ(combo.GetLBText(7, s), CB_ERR);
     EXPECT_TRUE(s.IsEmpty());
+    combo.ResetContent();
+    EXPECT_EQ(combo.GetCount(), 0);
 }

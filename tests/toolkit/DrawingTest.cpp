@@ -1,13 +1,8 @@
-// Drawing: copies within one image, PNG loading and bad data, clipped text,
-// and paint and client contexts. (Raster operations, images at a scale and
-// text extents show in the panel's own drawing tests.)
-#include <gtest/gtest.h>
-
+// Drawing: raster operations on known pixels, PNG loading, images at a
+// scale, fonts, text extents, clipped text, paint and client contexts.
 #include <cairo.h>
-#include <vector>
 
-#include "AfxWin.h"
-#include "CHeadless.h"
+#include "ToolkitFixture.h"
 
 namespace
 {
@@ -44,6 +39,33 @@ COLORREF PixelOf(CBitmap& bmp, int x, int y)
     return dc.GetPixel(x, y);
 }
 } // namespace
+
+TEST(ToolkitDrawing, BitBltCopyAndXorOnKnownPixelsWithinTheSource)
+{
+    const COLORREF dstColor = RGB(0xF0, 0x0F, 0xAA), srcColor = RGB(0x3C, 0xFF, 0x55);
+    const struct
+    {
+        DWORD rop;
+        COLORREF result;
+    } rows[] = {
+        {SRCCOPY, srcColor}, {SRCAND, RGB(0x30, 0x0F, 0x00)}, {SRCINVERT, RGB(0xCC, 0xF0, 0xFF)}};
+    for (const auto& r : rows)
+    {
+        CDC dst, src;
+        ASSERT_TRUE(dst.CreateBitmapDC(8, 8));
+        ASSERT_TRUE(src.CreateBitmapDC(4, 4));
+        dst.FillSolidRect(0, 0, 8, 8, dstColor);
+        src.FillSolidRect(0, 0, 4, 4, srcColor);
+        // 5x5 from (1,1) of the source to (2,2): the source has only 3x3
+        // pixels there, so nothing beyond (4,4) changes.
+        ASSERT_TRUE(dst.BitBlt(2, 2, 5, 5, &src, 1, 1, r.rop));
+        for (int y = 0; y < 8; ++y)
+            for (int x = 0; x < 8; ++x)
+                EXPECT_EQ(dst.GetPixel(x, y),
+                          x >= 2 && x <= 4 && y >= 2 && y <= 4 ? r.result : dstColor)
+                    << r.rop << " at " << x << "," << y;
+    }
+}
 
 TEST(ToolkitDrawing, OverlappingCopyWithinOneContextAndBadArguments)
 {
@@ -87,6 +109,50 @@ TEST(ToolkitDrawing, PngFromMemoryResourcesAndBadData)
     EXPECT_EQ(GetBitmapSize0(nullptr), CSize());
 }
 
+// The resource drawn at the scale asked for is taken as it is, another scale
+// is resampled from the next one drawn above it (else below), a scale outside
+// 1..4 means 1; sizes stay in window pixels.
+TEST(ToolkitDrawing, ImagesAtAScale)
+{
+    std::vector<unsigned char> one = TwoColourPng(4, 2), two = TwoColourPng(8, 4);
+    AfxRegisterResource("7100.png", one.data(), one.size());
+    AfxRegisterResource("7100@2x.png", two.data(), two.size());
+    const struct
+    {
+        double scale;
+        int deviceWidth;
+    } rows[] = {{1.0, 4}, {1.5, 6}, {3.0, 12}, {9.0, 4}};
+    for (const auto& r : rows)
+    {
+        CBitmap bmp;
+        ASSERT_TRUE(bmp.Attach(LoadBitmapScaled(7100, r.scale))) << r.scale;
+        EXPECT_EQ(bmp.GetSize(), CSize(4, 2)) << r.scale;
+        EXPECT_EQ(cairo_image_surface_get_width(bmp.GetHandle()), r.deviceWidth) << r.scale;
+        EXPECT_EQ(PixelOf(bmp, r.deviceWidth - 1, 0), RGB(0, 0, 255)) << r.scale;
+    }
+}
+
+TEST(ToolkitDrawing, FontsInPointsOrTenthsAndTextExtents)
+{
+    CFont small, large;
+    ASSERT_TRUE(small.CreatePointFont(9, "Osaka"));
+    ASSERT_TRUE(large.CreatePointFont(120, "Osaka")); // tenths of a point
+    EXPECT_DOUBLE_EQ(large.GetPixelSize(), 12.0);
+    EXPECT_FALSE(CFont().CreatePointFont(0, "Osaka"));
+    CDC dc;
+    dc.CreateDC("DISPLAY", nullptr, nullptr, nullptr);
+    dc.SelectObject(&small);
+    EXPECT_EQ(dc.GetTextExtent(CString("")).cx, 0);
+    const int aaaa = dc.GetTextExtent(CString("AAAA")).cx;
+    EXPECT_NEAR(aaaa, 4 * dc.GetTextExtent(CString("A")).cx, 4);
+    EXPECT_EQ(dc.SelectObject(&large), &small);
+    EXPECT_GT(dc.GetTextExtent(CString("AAAA")).cx, aaaa);
+    // Japanese text has width (the fallback face covers it), and bad UTF-8
+    // is measured rather than refused.
+    EXPECT_GT(dc.GetTextExtent(CString("\xE3\x83\x97\xE3\x83\xAA")).cx, 0);
+    EXPECT_GT(dc.GetTextExtent(CString("a\xFF_b")).cx, 0);
+}
+
 TEST(ToolkitDrawing, TextIsDrawnAtItsTopLeftAndClipped)
 {
     CFont font;
@@ -113,33 +179,28 @@ TEST(ToolkitDrawing, TextIsDrawnAtItsTopLeftAndClipped)
         EXPECT_EQ(dark(0, 4, 30), 0);  // nothing left of x
         EXPECT_EQ(dark(0, 120, 5), 0); // nor above y
         EXPECT_EQ(dark(20, 120, 30) > 0, !clipped);
-        // Bad UTF-8 is measured rather than refused.
-        EXPECT_GT(dc.GetTextExtent(CString("a\xFF_b")).cx, 0);
     }
 }
 
-TEST(ToolkitDrawing, PaintContextsAreClippedToTheInvalidArea)
+TEST_F(ToolkitTest, PaintContextsAreClippedToTheInvalidArea)
 {
-    ASSERT_TRUE(CHeadless::Use());
-    CWnd wnd;
-    ASSERT_TRUE(wnd.Create(nullptr, "", WS_POPUP | WS_VISIBLE, CRect(0, 0, 30, 20), nullptr, 0));
     CToolkit::Pump();
     {
-        CClientDC dc(&wnd);
+        CClientDC dc(&m_Top);
         dc.FillSolidRect(0, 0, 30, 20, RGB(10, 200, 30));
     }
     CRect part(0, 0, 10, 10);
-    wnd.InvalidateRect(&part, FALSE);
+    m_Top.InvalidateRect(&part, FALSE);
     {
-        CPaintDC dc(&wnd);
+        CPaintDC dc(&m_Top);
         EXPECT_EQ(dc.m_rcPaint, part);
         dc.FillSolidRect(0, 0, 30, 20, RGB(255, 0, 0));
     }
-    EXPECT_EQ(CHeadless::GetPixel(&wnd, 5, 5), RGB(255, 0, 0));
-    EXPECT_EQ(CHeadless::GetPixel(&wnd, 15, 15), RGB(10, 200, 30));
+    EXPECT_EQ(CHeadless::GetPixel(&m_Top, 5, 5), RGB(255, 0, 0));
+    EXPECT_EQ(CHeadless::GetPixel(&m_Top, 15, 15), RGB(10, 200, 30));
     // A context outliving its window draws into an orphaned image safely.
-    CClientDC late(&wnd);
-    wnd.DestroyWindow();
+    CClientDC late(&m_Top);
+    m_Top.DestroyWindow();
     late.FillSolidRect(0, 0, 5, 5, RGB(1, 2, 3));
     EXPECT_EQ(late.GetPixel(1, 1), RGB(1, 2, 3));
 }

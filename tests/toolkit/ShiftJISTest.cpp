@@ -1,6 +1,8 @@
-// Shift-JIS <-> UTF-8 conversion of program names and the lead-byte test.
+// Shift-JIS <-> UTF-8 conversion of program names, the lead-byte test and the
+// modifier key state.
 #include <gtest/gtest.h>
 
+#include "KeyState.h"
 #include "ShiftJIS.h"
 
 // Valid rows convert both ways; in bad rows each bad byte becomes U+FFFD and
@@ -45,4 +47,25 @@ TEST(ShiftJIS, LeadBytes)
         EXPECT_EQ(IsDBCSLeadByte((unsigned char)b),
                   (b >= 0x81 && b <= 0x9F) || (b >= 0xE0 && b <= 0xFC))
             << b;
+}
+
+// Modifier set -> which of the keys 16..19 read as down; other keys never do.
+TEST(KeyState, ReadsRecordedModifiers)
+{
+    const struct
+    {
+        unsigned mods;
+        bool down[4];
+    } cases[] = {{0, {}},
+                 {KEYMOD_SHIFT, {true, false, false, false}},
+                 {KEYMOD_CONTROL | KEYMOD_OPTION, {false, true, false, true}},
+                 {KEYMOD_COMMAND, {false, false, true, false}}};
+    for (auto& c : cases)
+    {
+        SetKeyModifierState(c.mods);
+        for (int k = 0; k < 4; ++k)
+            EXPECT_EQ((uint16_t)GetKeyState(16 + k), c.down[k] ? 0x8000 : 0) << c.mods << " " << k;
+        EXPECT_EQ(GetKeyState(65), 0);
+    }
+    SetKeyModifierState(0);
 }

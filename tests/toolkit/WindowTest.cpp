@@ -15,6 +15,7 @@ public:
     void OnLButtonDown(UINT, CPoint) { Note("derived down"); }
     void OnRange(UINT id) { Note("range " + std::to_string(id)); }
     void OnSingle() { Note("single"); }
+    void OnSelChange() { Note("selchange"); }
     LRESULT OnUser(WPARAM w, LPARAM l) { return w * 10 + l; }
     DECLARE_MESSAGE_MAP()
 };
@@ -23,6 +24,7 @@ ON_WM_LBUTTONDOWN()
 ON_COMMAND_RANGE(1010, 1110, OnRange)
 ON_COMMAND(1050, OnSingle)
 ON_COMMAND(1200, OnSingle)
+ON_CBN_SELCHANGE(1120, OnSelChange)
 ON_MESSAGE(WM_TEST_USER, OnUser)
 END_MESSAGE_MAP()
 } // namespace
@@ -35,9 +37,11 @@ TEST_F(ToolkitTest, MessageMapsAreSearchedDerivedFirstInTableOrder)
     wnd.SendMessage(WM_LBUTTONDOWN, 0, MAKELPARAM(3, 4));
     for (UINT id : {1050, 1200, 1250})
         wnd.SendMessage(WM_COMMAND, MAKEWPARAM(id, 0), 0);
+    wnd.SendMessage(WM_COMMAND, MAKEWPARAM(1120, CBN_SELCHANGE), 0);
+    wnd.SendMessage(WM_COMMAND, MAKEWPARAM(1121, CBN_SELCHANGE), 0); // no entry: ignored
     EXPECT_EQ(wnd.SendMessage(WM_TEST_USER, 7, -3), 67);
     EXPECT_EQ(g_Log, (std::vector<std::string>{"d:derived down", "d:range 1050", "d:single",
-                                               "d:cmd 1250"}));
+                                               "d:cmd 1250", "d:selchange"}));
     wnd.DestroyWindow();
     EXPECT_EQ(wnd.SendMessage(WM_TEST_USER, 1, 1), 0); // no window: nothing dispatched
 }
@@ -77,13 +81,18 @@ TEST_F(ToolkitTest, InvalidWindowsArePaintedOnceOnThePumpAndOnlyWhenVisible)
     CToolkit::Pump();
     EXPECT_EQ(m_Top.m_nPaints, 1);
     EXPECT_EQ(CHeadless::GetPixel(&m_Top, 199, 99), RGB(0, 128, 255));
+    CRect a(0, 0, 5, 5), update;
+    m_Top.InvalidateRect(&a, FALSE);
+    EXPECT_TRUE(m_Top.GetUpdateRect(&update));
+    EXPECT_EQ(update, a);
 
-    m_Top.ShowWindow(SW_HIDE);
+    EXPECT_TRUE(m_Top.ShowWindow(SW_HIDE)); // the previous state
+    EXPECT_EQ(m_Top.GetStyle() & WS_VISIBLE, 0u);
     EXPECT_FALSE(child.IsWindowVisible()); // hidden with its parent
     m_Top.Invalidate();
     CToolkit::Pump();
     EXPECT_EQ(m_Top.m_nPaints, 1);
-    m_Top.ShowWindow(SW_SHOW);
+    EXPECT_FALSE(m_Top.ShowWindow(SW_SHOW));
     EXPECT_TRUE(child.IsWindowVisible());
     CToolkit::Pump();
     EXPECT_EQ(m_Top.m_nPaints, 2);
@@ -103,11 +112,8 @@ TEST_F(ToolkitTest, TimersFireFromThePump)
     CToolkit::Pump();
     // 1024 is not due again 10 ms later; 7 goes to its callback.
     m_Top.SetTimer(7, 10,
-                   [](HWND, UINT message, UINT_PTR id, DWORD)
-                   {
-                       if (message == WM_TIMER)
-                           g_Log.push_back("callback " + std::to_string(id));
-                   });
+                   [](HWND, UINT, UINT_PTR id, DWORD)
+                   { g_Log.push_back("callback " + std::to_string(id)); });
     CHeadless::AdvanceTime(10);
     CToolkit::Pump();
     const std::vector<std::string> fired = {"top:timer 1024", "top:timer 1024", "callback 7"};
@@ -158,6 +164,7 @@ TEST_F(ToolkitTest, LaterChildrenAreOnTopAndDestructionGoesParentFirst)
     EXPECT_EQ(g_Log.size(), 3u);
     EXPECT_EQ(under.m_hWnd, nullptr);
     EXPECT_EQ(over.m_hWnd, nullptr);
+    EXPECT_FALSE(over.DestroyWindow()); // already gone
 }
 
 TEST_F(ToolkitTest, CaptureRoutesMovesAndReleaseToTheCapturingWindow)
