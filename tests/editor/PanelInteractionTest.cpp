@@ -113,7 +113,6 @@ TEST_F(PanelTest, TypedValuesAreNudgedAndClampedBeforeReachingTheParameter)
             << c.param << " " << c.image;
     }
     EXPECT_EQ(-1, Panel()->GetEditId());
-    EXPECT_FALSE(Panel()->EntryField().IsWindowVisible());
     EXPECT_FLOAT_EQ(effect->getParameter(kParamOutput), Panel()->Fader(105).GetValue());
 }
 

@@ -71,13 +71,16 @@ TEST_F(PanelPaint, ValueDisplaysAreCentredInTheirBoxes)
         if (c.kind == PANEL_SWITCH)
             continue;
         const PanelRect& r = c.display;
-        int minX = 10000, maxX = -1;
+        int minX = 10000, maxX = -1, darkest = 255;
         for (int y = r.t; y < r.b; ++y)
             for (int x = r.l; x < r.r; ++x)
                 if (!PanelBlockMatches(Panel(), x, y, background, x, y, 1, 1))
+                {
                     minX = std::min(minX, x), maxX = std::max(maxX, x);
-        ASSERT_GE(maxX, 0) << "no text in display " << c.id;
+                    darkest = std::min(darkest, (int)GetGValue(CHeadless::GetPixel(Panel(), x, y)));
+                }
         EXPECT_NEAR((r.l + r.r - 1) / 2.0, (minX + maxX) / 2.0, 1.5) << c.id;
+        EXPECT_EQ(72, darkest) << c.id; // RGB(72, 72, 72) where a glyph covers a pixel
         EXPECT_TRUE(PanelBlockMatches(Panel(), r.l, r.b, background, r.l, r.b, r.r - r.l, 1))
             << c.id;
     }

@@ -39,9 +39,8 @@ protected:
     void SetName(int slot, const char* sjis)
     {
         effect->setProgram(slot);
-        char name[kProgramNameSize] = {};
-        std::strncpy(name, sjis, kProgramNameSize - 1);
-        effect->setProgramName(name);
+        std::string name(sjis);
+        effect->setProgramName(name.data());
     }
     static std::string ItemText(CWnd& dlg, int id)
     {
