@@ -194,6 +194,12 @@ TEST_F(Lv2Ui, EmbedsFollowsPortsWritesEditsScalesAndCloses)
     m_Ui = Open(2.f);
     ASSERT_NE(nullptr, m_Ui);
     EXPECT_EQ(m_Sizes.back(), std::make_pair(920, 420));
+    // A new scale while open, through the options interface.
+    m_Scale = 1.5f;
+    auto* options = static_cast<const LV2_Options_Interface*>(
+        m_Descriptor->extension_data(LV2_OPTIONS__interface));
+    EXPECT_EQ(options->set(m_Ui, m_Options.data()), (uint32_t)LV2_OPTIONS_SUCCESS);
+    EXPECT_EQ(m_Sizes.back(), std::make_pair(690, 315));
     EXPECT_EQ(nullptr, Open(1.f)) << "one panel per instance";
 }
 } // namespace

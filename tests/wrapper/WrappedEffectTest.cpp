@@ -1,8 +1,10 @@
 // The effect driven through CWrappedEffect: the bundle folder as the
-// plug-in's directory, block splitting, in-place and inactive processing.
+// plug-in's directory, block splitting, in-place and inactive processing,
+// the end of a typed edit and shown values.
 #include "ADeEsser.h"
 #include "BankFile.h"
 #include "CWrappedEffect.h"
+#include "IWrapperListener.h"
 #include "ParamRange.h"
 #include "TestFiles.h"
 #include "TestSignal.h"
@@ -59,5 +61,22 @@ TEST_F(WrappedEffectTest, ProcessSplitsLongBlocksWorksInPlaceAndIsSilentWhenInac
     split.Deactivate();
     split.Process(ios, ios, kFrames);
     EXPECT_EQ(io[0], std::vector<float>(kFrames, 0.f));
+}
+
+TEST_F(WrappedEffectTest, TypedValueEndsItsEditAndShownValuesCompareInRange)
+{
+    struct EndListener : IWrapperListener
+    {
+        void OnEndEdit(int index) override { ended = index; }
+        int ended = -1;
+    } listener;
+    CWrappedEffect wrapped(m_Config.path().c_str());
+    wrapped.SetListener(&listener);
+    wrapped.Effect().setParameterFromDiaplay(kParamHiFreq, 30000.f); // typed in the panel
+    EXPECT_EQ(listener.ended, kParamHiFreq);
+    // Beyond the range shows as its end; a switch is on for any value above 0.
+    EXPECT_TRUE(wrapped.ShowsPlain(kParamHiFreq, 26000.f));
+    EXPECT_TRUE(wrapped.ShowsPlain(kParamOnOff, 0.5f));
+    EXPECT_FALSE(wrapped.ShowsPlain(kParamOnOff, 0.f));
 }
 } // namespace
