@@ -1,7 +1,7 @@
 // The panel's knobs and faders as a user works them, against formulas worked
-// out here: the knob turns clockwise from straight down with a dead zone at
-// the bottom and end stops, the fader travels logarithmically; each drawn at
-// once from its image. (Switches toggle on the press: the panel tests.)
+// out here: the knob turns clockwise from straight down with a dead zone and
+// end stops, the fader travels logarithmically, each drawn from its image;
+// then each bitmap control alone, with the options the panel does not use.
 #include "EditorTestSupport.h"
 
 #include <cmath>
@@ -104,4 +104,57 @@ TEST_F(ControlsTest, FaderTravelsLogarithmicallyAndDrawsItsCapOverTheTrack)
         EXPECT_TRUE(PanelBlockMatches(Panel(), 48, 45 + below, track, 0, below, 16, 133 - below))
             << v;
     }
+}
+
+// A logarithmic knob, 0..1 in 11 frames: 0.12 shows frame floor(10 log10(2.08)
+// + 0.5) = 3, index value ceil(1.2) = 2; straight up drags to (10^0.5 - 1) / 9.
+TEST(BitmapControls, OptionsThePanelDoesNotUse)
+{
+    CRect rect(0, 0, 20, 110), none;
+    CVRXNewBitmapTumamiDC knob;
+    knob.Make(rect, none, nullptr, nullptr, 0.f, 1.f, 1, 11, 30.f, 330.f, 0, true, nullptr,
+              nullptr);
+    knob.SetValue(0.12f, nullptr, false);
+    EXPECT_EQ(std::pair(3, 2), std::pair(knob.GetFrameIndex(), knob.GetIndexValue()));
+    knob.SetValue(CPoint(10, 0));
+    EXPECT_NEAR((std::sqrt(10.0) - 1.0) / 9.0, knob.GetValue(), 1e-6);
+
+    // Linear over -1..1 from row 100 to 10, reversed 10 to 100; snapping picks
+    // the end of the value's half. Rows: reversed, snap, row, value.
+    const float rows[][4] = {{0, 0, 40, 1.f / 3}, {1, 0, 40, -1.f / 3}, {1, 0, 5, -1},
+                             {1, 0, 105, 1},      {0, 1, 40, 1},        {0, 1, 70, -1}};
+    CVRXBitmapSliderDC fader;
+    for (auto& r : rows)
+    {
+        fader.Make(rect, none, nullptr, nullptr, nullptr, nullptr, -1.f, 1.f,
+                   CPoint(5, r[0] ? 10 : 100), CPoint(5, r[0] ? 100 : 10), 2, 1, false, r[0] != 0,
+                   false, r[1] != 0, nullptr, nullptr);
+        fader.SetValueByPoint(CPoint(5, (int)r[2]));
+        EXPECT_NEAR(r[3], fader.GetValue(), 1e-6) << r[0] << r[1] << r[2];
+    }
+
+    // A latched switch whose one 4 x 8 image (rows 0-1 white, black below) is
+    // also its disable mask: drawn on, the background shows on rows 0-1.
+    CVRXBitmap image;
+    image.CreateBitmap(4, 8);
+    CDC dc;
+    dc.CreateCompatibleDC(nullptr);
+    dc.SelectObject(&image);
+    dc.FillSolidRect(0, 0, 4, 2, RGB(255, 255, 255));
+    CVRXBitmapSwitch2DC sw;
+    sw.Make(rect, nullptr, &image, &image, 3, none, true, &image, nullptr, nullptr);
+    sw.Enable(false);
+    sw.SetValue(1, false); // disabled: ignored
+    sw.Enable(true);
+    EXPECT_TRUE(sw.LButtonDown(CPoint(3, 3)) && sw.IsDown());
+    sw.LButtonUp(CPoint(30, 3)); // released outside: no toggle
+    EXPECT_EQ(std::pair(0, false), std::pair(sw.GetValue(), sw.IsDown()));
+    sw.LButtonDown(CPoint(3, 3));
+    sw.LButtonUp(CPoint(3, 3));
+    sw.SetValue(0, false); // latched: once on, it stays on
+    EXPECT_EQ(1, sw.GetValue());
+    dc.CreateBitmapDC(8, 8);
+    dc.FillSolidRect(0, 0, 8, 8, RGB(9, 9, 9));
+    sw.DrawSwitch(&dc);
+    EXPECT_EQ(std::pair(RGB(9, 9, 9), 0u), std::pair(dc.GetPixel(1, 1), dc.GetPixel(3, 3)));
 }

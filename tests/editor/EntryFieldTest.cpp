@@ -79,6 +79,7 @@ TEST_F(EntryFieldTest, CharacterRulesAndSpinSteps)
     // the caret is.
     effect->setParameter(kParamThreshold, 0.999f); // -0.1 dB
     OpenDisplay(kParamThreshold);
+    EXPECT_EQ(-1, Field().GetSpin().GetPos32()); // the spin starts at the value
     for (int step = 0; step < 2; ++step)
         Field().GetSpin().Step(1);
     EXPECT_EQ(Image(), "0");
@@ -134,4 +135,30 @@ TEST_F(EntryFieldTest, ReturnAndKey35CommitWhileOtherKeysStayAndEscapeOnlyHides)
     EXPECT_FALSE(Field().IsWindowVisible());
     EXPECT_FLOAT_EQ(-20.005f, effect->GetInternalValue(kParamThreshold));
     EXPECT_EQ(CWnd::GetFocus(), Panel()); // focus back to the panel
+}
+
+// The owner hears of Return while the field still shows (it reads the text
+// then), and of Escape. A field never made takes no value.
+TEST_F(EntryFieldTest, TellsItsOwnerOfReturnBeforeHidingAndOfEscape)
+{
+    struct Owner : CWnd
+    {
+        CVRXFloatEditWnd field;
+        std::vector<UINT> told; // while the field shows
+        LRESULT WindowProc(UINT message, WPARAM w, LPARAM l) override
+        {
+            if (field.IsWindowVisible())
+                told.push_back(message);
+            return CWnd::WindowProc(message, w, l);
+        }
+    } owner;
+    owner.field.SetNewValue(5, 0, 9);
+    EXPECT_EQ(0, owner.field.GetSpin().GetPos32());
+    ASSERT_TRUE(owner.Create(nullptr, "", WS_CHILD, CRect(), Panel(), 1));
+    ASSERT_TRUE(owner.field.MakeWindow(Panel(), &owner, nullptr, nullptr, 3, nullptr, false));
+    owner.field.ShowWindow(SW_SHOW);
+    owner.field.SendMessage(WM_INPUTVAL_RETURN);
+    owner.field.ShowWindow(SW_SHOW);
+    owner.field.SendMessage(WM_INPUTVAL_ESCAPE);
+    EXPECT_EQ((std::vector<UINT>{WM_INPUTVAL_RETURN, WM_INPUTVAL_ESCAPE}), owner.told);
 }
