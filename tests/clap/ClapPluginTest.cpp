@@ -8,6 +8,7 @@
 #include "TestSignal.h"
 
 #include <cmath>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <memory>
 #include <string>
@@ -140,8 +141,16 @@ TEST_F(ClapPlugin, StateRoundTripsAndBadStreamsLeaveTheEffectAlone)
         EXPECT_FALSE(host.LoadState(b)) << b.size();
         EXPECT_EQ(host.SaveState(), before) << b.size();
     }
-    clap::InputStream failing{
-        nullptr, [](const clap::InputStream*, void*, uint64_t) -> int64_t { return -1; }};
+    // A read error after a whole state is no end of the stream.
+    std::vector<uint8_t> whole = saved;
+    clap::InputStream failing{&whole, [](const clap::InputStream* s, void* to, uint64_t n)
+                              {
+                                  auto* rest = static_cast<std::vector<uint8_t>*>(s->ctx);
+                                  if (rest->empty() || n < rest->size())
+                                      return (int64_t)-1;
+                                  std::memcpy(to, rest->data(), rest->size());
+                                  return (int64_t)std::exchange(*rest, {}).size();
+                              }};
     EXPECT_FALSE(host.Ext<clap::PluginState>(clap::kExtState)->load(host.Plugin(), &failing));
 }
 
@@ -161,6 +170,7 @@ TEST_F(ClapPlugin, BadHostCallsGetClearAnswers)
     EXPECT_FALSE(params->textToValue(p, 3, nullptr, &value));
     EXPECT_EQ(p->getExtension(p, nullptr), nullptr);
     EXPECT_EQ(p->getExtension(p, "clap.note-ports"), nullptr);
+    EXPECT_FALSE(host.Ext<clap::PluginGui>(clap::kExtGui)->isApiSupported(p, "win32", false));
 
     // Values flushed while not processing: clamped to the range; NaN ignored.
     Set(4, 1e300);

@@ -140,6 +140,7 @@ TEST(HostOutput, TagsBroadcastExtensionAndChannelMapAreCarriedOver)
         {
             SF_BROADCAST_INFO_VAR(256) bext{};
             std::strcpy(bext.description, "Interview take 3");
+            std::strcpy(bext.originator, "Field recorder");
             bext.time_reference_low = 172800000; // one hour at 48 kHz
             std::strcpy(bext.coding_history, "A=PCM,F=48000,W=24,M=stereo\r\n");
             bext.coding_history_size = (uint32_t)std::strlen(bext.coding_history);
@@ -165,6 +166,7 @@ TEST(HostOutput, TagsBroadcastExtensionAndChannelMapAreCarriedOver)
         EXPECT_EQ(info.format, SF_FORMAT_WAVEX | SF_FORMAT_PCM_24);
         ASSERT_TRUE(hasBext);
         EXPECT_STREQ(bext.description, "Interview take 3");
+        EXPECT_STREQ(bext.originator, "Field recorder");
         EXPECT_EQ(bext.time_reference_low, 172800000u);
         // The history goes on (libsndfile adds a line for each write).
         EXPECT_EQ(std::string(bext.coding_history, 29), "A=PCM,F=48000,W=24,M=stereo\r\n");

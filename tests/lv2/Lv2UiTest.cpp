@@ -57,8 +57,8 @@ protected:
             dlclose(m_Library);
     }
 
-    // Instantiates with the host's scale (the panel's pixels whatever the
-    // desktop says) and, optionally, without a parent or instance access.
+    // Instantiates with the host's scale (0: one the plug-in ignores) and,
+    // optionally, without a parent or instance access.
     LV2UI_Handle Open(float scale, bool parent = true, bool instance = true)
     {
         m_Scale = scale;
@@ -117,7 +117,7 @@ protected:
     }
 
     TempDir m_Config;
-    ScopedEnv m_Env{"XDG_CONFIG_HOME", m_Config.path().c_str()};
+    ScopedEnv m_Env{"XDG_CONFIG_HOME", m_Config.path().c_str()}, m_UiScale{"DEESSER_UI_SCALE", "1"};
     CLv2TestHost m_Host{DEESSER_LV2_BUNDLE, kUri};
     CLv2TestInstance m_Instance{m_Host, 44100.0};
     CX11HostWindow m_X{1000, 500};
@@ -138,9 +138,10 @@ protected:
 
 TEST_F(Lv2Ui, EmbedsFollowsPortsWritesEditsScalesAndCloses)
 {
-    EXPECT_EQ(nullptr, Open(1.f, false, true)) << "no parent";
+    // A refused panel leaves no scale behind for the next, opened without one.
+    EXPECT_EQ(nullptr, Open(2.f, false, true)) << "no parent";
     EXPECT_EQ(nullptr, Open(1.f, true, false)) << "no instance access";
-    m_Ui = Open(1.f);
+    m_Ui = Open(0.f);
     ASSERT_NE(nullptr, m_Ui);
     const Window panel = (Window)(uintptr_t)m_Widget;
     EXPECT_EQ(m_X.Children(), std::vector<Window>{panel});

@@ -2,6 +2,7 @@
 // the legacy text files and their reader, and the folders.
 #include "BankFile.h"
 #include "CFile.h"
+#include "DWordFile.h"
 #include "Myifstream.h"
 #include "ParamTable.h"
 #include "ProgramFile.h"
@@ -83,7 +84,7 @@ TEST(LoadPGMFileBody, ValueLineOnlyAfterTheMagic)
     }
 }
 
-TEST(CFile, UrlsAndPaths)
+TEST(CFile, UrlsPathsAndHeaderWords)
 {
     EXPECT_EQ(CFile::PercentDecode("a%20b%2F%2x%"), "a b/%2x%");
     EXPECT_EQ(CFile::ToSystemPath("file:///tmp/a%20b/c.fxb"), "/tmp/a b/c.fxb");
@@ -103,6 +104,13 @@ TEST(CFile, UrlsAndPaths)
     EXPECT_FALSE(file.Open(dir.path().c_str(), CFile::modeRead));
     ASSERT_TRUE(file.Open(url.c_str(), CFile::modeRead));
     EXPECT_EQ(file.GetLength(), 3);
+    // Header words, most significant byte first; a byte missing at the end
+    // repeats the last one read in that word (0 when none was).
+    EXPECT_EQ(getWordFile(&file), 0x7879u);
+    EXPECT_EQ(getWordFile(&file), 0x7A7Au);
+    file.Seek(1, CFile::begin);
+    EXPECT_EQ(getDWordFile(&file), 0x797A7A7Au);
+    EXPECT_EQ(getDWordFile(&file), 0u);
 }
 
 TEST(UserFolder, SettingsFolderAsUrl)

@@ -19,13 +19,16 @@ TEST(ParamRange, DisplayValuesAndStoredValuesBothWays)
     const float gain2 = (2.f - 0.001f) / 9.999f; // output gain 2 in 0.001..10
     EXPECT_NEAR(PlainToNormalised(kParamOutput, 6.f), gain2, 2e-7f);
     EXPECT_NEAR(NormalisedToPlain(kParamOutput, gain2), 6.f, 1e-4f);
+    // Beyond the range stores what the range's end stores, bit for bit.
+    EXPECT_EQ(PlainToNormalised(kParamOutput, 40.f),
+              PlainToNormalised(kParamOutput, GetParamRange(kParamOutput).maxPlain));
     // A switch is on for any value above 0 and shows on only from 1, as the
     // effect's own display does.
     EXPECT_EQ(PlainToNormalised(kParamOnOff, 0.5f), 1.f);
     EXPECT_EQ(PlainToNormalised(kParamSideChain, -1.f), 0.f);
     EXPECT_EQ(NormalisedToPlain(kParamOnOff, 0.99f), 0.f);
     EXPECT_EQ(NormalisedToPlain(kParamSideChain, 1.f), 1.f);
-    EXPECT_TRUE(std::isnan(PlainToNormalised(kParamRatio, NAN)));
+    EXPECT_TRUE(std::isnan(PlainToNormalised(kParamSideChain, NAN))); // not "off"
 }
 
 TEST(ParamRange, SymbolsSwitchesAndDefaults)

@@ -76,6 +76,7 @@ TEST_F(WrappedEffectTest, TypedValueEndsItsEditAndShownValuesCompareInRange)
     EXPECT_EQ(listener.ended, kParamHiFreq);
     // Beyond the range shows as its end; a switch is on for any value above 0.
     EXPECT_TRUE(wrapped.ShowsPlain(kParamHiFreq, 26000.f));
+    EXPECT_FALSE(wrapped.SetPlain(kParamHiFreq, 26000.f)); // already there: no change
     EXPECT_TRUE(wrapped.ShowsPlain(kParamOnOff, 0.5f));
     EXPECT_FALSE(wrapped.ShowsPlain(kParamOnOff, 0.f));
 }
