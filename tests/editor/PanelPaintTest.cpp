@@ -92,6 +92,11 @@ TEST_F(PanelPaint, LevelMetersLightFromTheirRowAndFallAQuarterDecibelPerIdle)
     PaintNow();
     for (int i = 0; i < 4; ++i)
         EXPECT_TRUE(VUShows(i, 133)) << i;
+    // Idle redraws only what changed: a marker over both meters stays.
+    CClientDC(Panel()).FillSolidRect(29, 45, 180, 134, RGB(255, 0, 255));
+    Idle(1);
+    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(Panel(), 30, 50));
+    EXPECT_EQ(RGB(255, 0, 255), CHeadless::GetPixel(Panel(), 200, 60));
     Process(4.f); // 12 dB over full scale: clamped to +6, row 19 - 6 * 3
     Idle(1);
     EXPECT_FLOAT_EQ(6.f, Panel()->GetLevelDb(1));
