@@ -191,13 +191,17 @@ TEST_F(ClapPlugin, BadHostCallsGetClearAnswers)
     EXPECT_FALSE(p->activate(p, 0.0, 1, 256));              // no sample rate
     EXPECT_EQ(p->process(p, nullptr), clap::kProcessError); // not active
 
-    // Active, without audio buffers: the events still apply.
+    // Active, without audio buffers: the events still apply; without a stereo
+    // input the outputs are silenced.
     ASSERT_TRUE(p->activate(p, 44100.0, 1, 256));
     ClapEventList events;
     events.Add(5, 3, -25.0);
     EXPECT_EQ(host.Process(nullptr, nullptr, nullptr, nullptr, 64, &events),
               clap::kProcessContinue);
     EXPECT_EQ(host.Value(3), -25.0);
+    std::vector<float> in(64, 0.5f), out(64, 1.f);
+    host.Process(in.data(), nullptr, out.data(), out.data(), 64);
+    EXPECT_EQ(out, std::vector<float>(64, 0.f));
 }
 constexpr float kRate = 44100.f;
 constexpr uint32_t kBlock = 256;

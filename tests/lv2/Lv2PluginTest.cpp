@@ -13,6 +13,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <dlfcn.h>
 #include <cmath>
 #include <cstring>
 #include <map>
@@ -85,6 +86,14 @@ TEST_F(Lv2Plugin, DescriptionPortsAndOutputs)
     LilvNodes* required = lilv_plugin_get_required_features(p);
     EXPECT_EQ(lilv_nodes_size(required), 0u);
     lilv_nodes_free(required);
+    // One plug-in in the library, and none without a sample rate.
+    char* path = lilv_file_uri_parse(lilv_node_as_uri(lilv_plugin_get_library_uri(p)), nullptr);
+    void* library = dlopen(path, RTLD_NOW | RTLD_LOCAL);
+    auto entry = (const LV2_Descriptor* (*)(uint32_t))dlsym(library, "lv2_descriptor");
+    EXPECT_TRUE(entry && entry(0) && !entry(1));
+    dlclose(library);
+    lilv_free(path);
+    EXPECT_EQ(CLv2TestInstance(m_Host, 0.0).Raw(), nullptr);
 
     const char* expected[] = {"in_l",         "in_r",           "out_l",          "out_r",
                               "threshold",    "ratio",          "attack",         "release",
