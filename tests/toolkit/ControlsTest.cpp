@@ -186,4 +186,14 @@ TEST_F(ToolkitTest, ComboSelectsByKeysAndItsListAndRefusesBadIndices)
     EXPECT_TRUE(s.IsEmpty());
     combo.ResetContent();
     EXPECT_EQ(combo.GetCount(), 0);
+    bool opened = false; // an empty combo opens no list
+    CHeadless::SetModalHook(
+        [&](CWnd*)
+        {
+            opened = true;
+            CHeadless::Key(VK_ESCAPE_KEY);
+        });
+    EXPECT_EQ(combo.ShowDropDown(), CB_ERR);
+    EXPECT_FALSE(opened);
+    CHeadless::SetModalHook(nullptr);
 }
