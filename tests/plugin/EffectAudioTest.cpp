@@ -6,11 +6,13 @@
 #include "CVRXLPF.h"
 #include "TestSignal.h"
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <memory>
 #include <numeric>
+#include <vector>
 
 namespace
 {
@@ -54,12 +56,12 @@ TEST_F(EffectAudio, ListenInSideChainModeOutputsTheKey)
     // The key: high-pass at 4 kHz, then low-pass at 8 kHz.
     CVRXLPF hp(false), lp(true);
     WAVEFORMATEX wf{WAVE_FORMAT_IEEE_FLOAT, 2, 44100, 352800, 8, 32, 0};
-    hp.SetMediaType(&wf);
-    lp.SetMediaType(&wf);
-    hp.set_CutOff(4000 * 65536);
-    lp.set_CutOff(8000 * 65536);
-    hp.SetSampleSize(kN);
-    lp.SetSampleSize(kN);
+    for (auto [filter, cutoff] : {std::pair{&hp, 4000}, {&lp, 8000}})
+    {
+        filter->SetMediaType(&wf);
+        filter->set_CutOff(cutoff * 65536);
+        filter->SetSampleSize(kN);
+    }
     float m0[kN], m1[kN], k0[kN], k1[kN];
     float* in[2] = {l, r};
     float* mid[2] = {m0, m1};
@@ -67,11 +69,8 @@ TEST_F(EffectAudio, ListenInSideChainModeOutputsTheKey)
     int count = 0;
     hp.Transform(in, kN, mid, &count);
     lp.Transform(mid, kN, key, &count);
-    for (int i = 0; i < kN; ++i)
-    {
-        ASSERT_EQ(ol[i], k0[i]) << i;
-        ASSERT_EQ(orr[i], k1[i]) << i;
-    }
+    EXPECT_EQ(std::vector<float>(ol, ol + kN), std::vector<float>(k0, k0 + kN));
+    EXPECT_EQ(std::vector<float>(orr, orr + kN), std::vector<float>(k1, k1 + kN));
     float g = 0.f;
     fx->GetReductionVU(&g);
     EXPECT_EQ(g, 1.f);
@@ -146,8 +145,7 @@ TEST_F(EffectAudio, SplitBandIsTwoThirdsOfTheThreeBandsTheMiddleOneCompressed)
     Run();
     lowLow.OperateFilter(l, mid0, kN);
     hiHigh.OperateFilter(mid0, mid, kN);
-    for (int i = 0; i < kN; ++i)
-        ASSERT_EQ(ol[i], mid[i]) << i;
+    EXPECT_EQ(std::vector<float>(ol, ol + kN), std::vector<float>(mid, mid + kN));
 }
 
 TEST_F(EffectAudio, MetersAndCounters)
@@ -157,8 +155,8 @@ TEST_F(EffectAudio, MetersAndCounters)
     fx->setParameter(kParamInput, 0.5f);
     Run();
     EXPECT_EQ(fx->GetBlockCounters(), 0u); // both halves wrapped to 0
-    float inL, inR, outL, outR;
-    fx->GetVU(&inL, &inR, &outL, &outR);
+    std::array<float, 4> vu;               // input left, right, output left, right
+    fx->GetVU(&vu[0], &vu[1], &vu[2], &vu[3]);
     float peakL = 0, peakR = 0;
     for (int i = 0; i < kN; ++i)
     {
@@ -166,15 +164,12 @@ TEST_F(EffectAudio, MetersAndCounters)
         peakL = std::max(peakL, std::fabs(l[i] * 0.5f));
         peakR = std::max(peakR, std::fabs(r[i] * 0.5f));
     }
-    EXPECT_EQ(inL, peakL);
-    EXPECT_EQ(inR, peakR);
-    EXPECT_EQ(outL, inL);
-    EXPECT_EQ(outR, inR);
+    EXPECT_EQ(vu, (std::array<float, 4>{peakL, peakR, peakL, peakR}));
 
     // A block of 0 frames advances the counters and clears the peaks.
     float* none[2] = {l, r};
     fx->processReplacing(none, none, 0);
     EXPECT_EQ(fx->GetBlockCounters(), 0x00010001u);
-    fx->GetVU(&inL, &inR, &outL, &outR);
-    EXPECT_EQ(inL + inR + outL + outR, 0.f);
+    fx->GetVU(&vu[0], &vu[1], &vu[2], &vu[3]);
+    EXPECT_EQ(vu, (std::array<float, 4>{}));
 }

@@ -3,6 +3,7 @@
 // operations of the panel; and the entry module's bitmap lookup.
 #include "ADeEsser.h"
 #include "FakeEditor.h"
+#include "HostHarness.h"
 #include "TestFiles.h"
 #include "VstEntry.h"
 
@@ -15,18 +16,7 @@
 
 namespace
 {
-struct Sent
-{
-    VstInt32 opcode, index;
-    float opt;
-};
-std::vector<Sent> g_Sent;
-
-VstIntPtr Recorder(AEffect*, VstInt32 opcode, VstInt32 index, VstIntPtr, void*, float opt)
-{
-    g_Sent.push_back({opcode, index, opt});
-    return 0;
-}
+std::vector<HostCall>& g_Sent = HostHarness::calls; // what the effect sent the host
 
 class Effect : public ::testing::Test
 {
@@ -35,7 +25,7 @@ protected:
     {
         setenv("XDG_CONFIG_HOME", "/nonexistent-deesser-test", 1);
         g_Sent.clear();
-        fx = std::make_unique<ADeEsser>(Recorder);
+        fx = std::make_unique<ADeEsser>(HostHarness::Callback);
         editor = FakeEditorOf(fx.get());
         editor->open((void*)1);
         editor->panel.controls.clear();
@@ -70,10 +60,7 @@ TEST_F(Effect, AttackReachesTheCompressorsInMsFromTheHostNormalisedFromThePanel)
 {
     fx->setParameterFormUI(5, 0.5f);
     EXPECT_DOUBLE_EQ(fx->GetComp().getAttack(), 0.5);
-    ASSERT_EQ(g_Sent.size(), 1u);
-    EXPECT_EQ(g_Sent[0].opcode, audioMasterAutomate);
-    EXPECT_EQ(g_Sent[0].index, 5);
-    EXPECT_EQ(g_Sent[0].opt, 0.5f);
+    EXPECT_EQ(g_Sent, (std::vector<HostCall>{{audioMasterAutomate, 5, 0, 0.5f}}));
     fx->setParameter(5, 0.5f);
     EXPECT_DOUBLE_EQ(fx->GetComp().getAttack(), 10.0);
     // Release is handed over in milliseconds, threshold and ratio as is.
@@ -86,8 +73,7 @@ TEST_F(Effect, AttackReachesTheCompressorsInMsFromTheHostNormalisedFromThePanel)
     // Indices above 10 store nothing but are still announced to the host.
     g_Sent.clear();
     fx->setParameterFormUI(12, 0.4f);
-    ASSERT_EQ(g_Sent.size(), 1u);
-    EXPECT_EQ(g_Sent[0].index, 12);
+    EXPECT_EQ(g_Sent, (std::vector<HostCall>{{audioMasterAutomate, 12, 0, 0.4f}}));
 }
 
 TEST_F(Effect, TypedValues)
@@ -119,12 +105,10 @@ TEST_F(Effect, TypedValues)
     g_Sent.clear();
     editor->panel.controls.clear();
     fx->setParameterFromDiaplay(0, 1.f);
-    ASSERT_EQ(editor->panel.controls.size(), 1u);
-    EXPECT_EQ(editor->panel.controls[0].first, 0);
-    ASSERT_EQ(g_Sent.size(), 2u);
-    EXPECT_EQ(g_Sent[0].opcode, audioMasterAutomate);
-    EXPECT_EQ(g_Sent[1].opcode, audioMasterEndEdit);
-    EXPECT_EQ(g_Sent[1].index, 0);
+    EXPECT_EQ(editor->panel.controls, (std::vector<std::pair<int, float>>{{0, 1.f}}));
+    const std::vector<HostCall> sent = {{audioMasterAutomate, 0, 0, 1.f},
+                                        {audioMasterEndEdit, 0, 0, 0.f}};
+    EXPECT_EQ(g_Sent, sent);
 }
 
 TEST_F(Effect, SuspendAndResumeDriveOnOffWhateverTheProgram)

@@ -1,8 +1,9 @@
 // Whole-effect tests of the host chunk, the default bank file and saving: an
-// ADeEsser with a recording host callback and the test editor; the settings,
-// plug-in and working folders are private temporary ones.
+// ADeEsser with the test host's recording callback and the test editor; the
+// settings, plug-in and working folders are private temporary ones.
 #include "ADeEsser.h"
 #include "FakeEditor.h"
+#include "HostHarness.h"
 #include "TestFiles.h"
 
 #include <gtest/gtest.h>
@@ -19,21 +20,6 @@
 
 namespace
 {
-// What the host answers to audioMasterGetDirectory (null: no answer), and the
-// opcodes it was sent.
-const char* g_HostDirectory = nullptr;
-std::vector<VstInt32> g_HostOpcodes;
-
-VstIntPtr HostCallback(AEffect*, VstInt32 opcode, VstInt32, VstIntPtr, void*, float)
-{
-    g_HostOpcodes.push_back(opcode);
-    if (opcode == audioMasterVersion)
-        return 2400;
-    if (opcode == audioMasterGetDirectory)
-        return (VstIntPtr)g_HostDirectory;
-    return 0;
-}
-
 std::string ChunkOf(ADeEsser& effect, bool isPreset)
 {
     void* data = nullptr;
@@ -63,8 +49,7 @@ class Persistence : public ::testing::Test
 protected:
     Persistence() : m_Config("XDG_CONFIG_HOME", config.path().c_str())
     {
-        g_HostDirectory = nullptr;
-        g_HostOpcodes.clear();
+        HostHarness::directoryAnswer = nullptr;
         // The factory bank of an instance with a user file is looked up under
         // the bare name, in the working folder: make that one ours too.
         char here[PATH_MAX];
@@ -75,7 +60,7 @@ protected:
 
     std::unique_ptr<ADeEsser> OpenEffect()
     {
-        auto effect = std::make_unique<ADeEsser>(HostCallback);
+        auto effect = std::make_unique<ADeEsser>(HostHarness::Callback);
         effect->open();
         return effect;
     }
@@ -84,7 +69,7 @@ protected:
     void PluginFolderBank(const std::string& chunk)
     {
         WriteBytes(plugins / "DeEsserDef.fxb", BankFileBytes(chunk));
-        g_HostDirectory = m_SoPath.c_str();
+        HostHarness::directoryAnswer = m_SoPath.c_str();
     }
 
     TempDir config, plugins, cwd;
@@ -105,9 +90,7 @@ TEST_F(Persistence, ChunkRoundTripsTakingAtMostTheDestination)
     // program chunk is the current record.
     std::string bank = ChunkOf(*a, false), seven = ChunkOf(*a, true);
     ASSERT_EQ(bank.size(), 2304u);
-    int32_t stored;
-    std::memcpy(&stored, bank.data() + 68, 4);
-    EXPECT_EQ(stored, 7);
+    EXPECT_EQ(bank.substr(68, 4), std::string("\7\0\0\0", 4));
     EXPECT_EQ(seven, bank.substr(7 * 72, 72));
 
     // A whole bank restores the current program with it; of far more bytes
@@ -193,10 +176,11 @@ TEST_F(Persistence, SaveWritesTheBankFileAndMakesTheSlotCurrent)
     auto effect = OpenEffect();
     ADeEsserProgram saved2 = effect->GetProgram(2);
     effect->setParameter(kParamRatio, 0.75f);
-    g_HostOpcodes.clear();
+    HostHarness::calls.clear();
     effect->SaveProgram(5, "A much longer name than fits");
-    EXPECT_NE(std::find(g_HostOpcodes.begin(), g_HostOpcodes.end(), audioMasterUpdateDisplay),
-              g_HostOpcodes.end());
+    EXPECT_TRUE(std::any_of(HostHarness::calls.begin(), HostHarness::calls.end(),
+                            [](const HostCall& c)
+                            { return c.opcode == audioMasterUpdateDisplay; }));
 
     // 160 header bytes (byte-size field zero) and the 2304-byte bank chunk.
     const std::string file = ReadBytes(UserFile());
@@ -287,11 +271,10 @@ TEST_F(Persistence, FailedSaveKeepsThePreviousFileAndSaysSo)
     ASSERT_NE(editor, nullptr);
 
     // Files may not grow past 1000 bytes: the write fails half-way.
-    struct rlimit old;
+    rlimit old;
     ASSERT_EQ(getrlimit(RLIMIT_FSIZE, &old), 0);
     void (*oldHandler)(int) = std::signal(SIGXFSZ, SIG_IGN);
-    struct rlimit limited = old;
-    limited.rlim_cur = 1000;
+    const rlimit limited{1000, old.rlim_max};
     ASSERT_EQ(setrlimit(RLIMIT_FSIZE, &limited), 0);
     testing::internal::CaptureStderr();
     effect->SaveProgram(7, "Lost");

@@ -113,7 +113,7 @@ TEST(CFile, UrlsPathsAndHeaderWords)
     EXPECT_EQ(getDWordFile(&file), 0u);
 }
 
-TEST(UserFolder, SettingsFolderAsUrl)
+TEST(UserFolder, SettingsFolderAsUrlAndPluginFolderCut)
 {
     ScopedEnv home("HOME", "/home/some one");
     // A relative XDG_CONFIG_HOME is ignored; a trailing "/" gets no second one.
@@ -137,25 +137,21 @@ TEST(UserFolder, SettingsFolderAsUrl)
         EXPECT_STREQ(szGlobalMyApplicationDataPathName, "file:///kept/");
     }
     szGlobalMyApplicationDataPathName[0] = '\0';
-}
 
-TEST(UserFolder, PluginFolderCut)
-{
-    auto cut = [](const char* in)
-    {
-        char buffer[64];
-        std::strcpy(buffer, in);
-        CutAfterLastSlash(buffer);
-        return std::string(buffer);
-    };
-    const std::pair<const char*, const char*> cases[] = {
+    // The plug-in's folder: its path cut after the last "/".
+    const std::pair<const char*, const char*> cuts[] = {
         {"/usr/lib/vst/DeEsser.so", "/usr/lib/vst/"},
         {"/usr/lib/vst/", "/usr/lib/vst/"},
         {"a", "a"},
         {"", ""},
         {"DeEsser.so", ""}};
-    for (const auto& [in, want] : cases)
-        EXPECT_EQ(cut(in), want) << in;
+    for (const auto& [in, want] : cuts)
+    {
+        char buffer[64];
+        std::strcpy(buffer, in);
+        CutAfterLastSlash(buffer);
+        EXPECT_STREQ(buffer, want) << in;
+    }
 
     char module[4096];
     ASSERT_TRUE(GetModulePathName(module, sizeof(module)));
@@ -218,10 +214,6 @@ class LegacyImport : public ::testing::Test
 {
 protected:
     void WriteList(const std::string& body) { WriteBytes(dir / "PROGRAM.LST", body); }
-    void WriteProgram(const std::string& name, const std::string& body)
-    {
-        WriteBytes(dir / (name + ".PGM"), body);
-    }
     int Import()
     {
         return ImportProgramList((dir / "PROGRAM.LST").c_str(), (dir.path() + "/").c_str(), bank,
@@ -237,9 +229,10 @@ TEST_F(LegacyImport, ValuesNamesAndLineEnds)
 {
     WriteList("VRX5.0 EFFECT PROGRAM LIST and more text\r\n3\r\nVocal\r\nDrums\r\n"
               "A name far longer than twenty-three bytes\r\n");
-    WriteProgram("Vocal", "VRX5.0 EFFECT PRG FILE\r\n0\t-1310720\t131072\t6554\t262144\t99\r\n");
+    WriteBytes(dir / "Vocal.PGM",
+               "VRX5.0 EFFECT PRG FILE\r\n0\t-1310720\t131072\t6554\t262144\t99\r\n");
     // Field 0 "x", 1 empty, 2 = 3.0 ms, 3 empty: only the attack time changes.
-    WriteProgram("Drums", "VRX5.0 EFFECT PRG FILE\nx\t\t196608\t\n");
+    WriteBytes(dir / "Drums.PGM", "VRX5.0 EFFECT PRG FILE\nx\t\t196608\t\n");
     // The third program file is missing: its values come from the previous line.
     EXPECT_EQ(Import(), 3);
 
@@ -285,7 +278,7 @@ TEST_F(LegacyImport, BadListsChangeNothingAndLongListsStopAt32)
     for (int i = 0; i < 40; ++i)
         list += "P" + std::to_string(i) + "\n";
     WriteList(list);
-    WriteProgram("P31", "VRX5.0 EFFECT PRG FILE\n0\t-655360\n"); // -10 dB
+    WriteBytes(dir / "P31.PGM", "VRX5.0 EFFECT PRG FILE\n0\t-655360\n"); // -10 dB
     EXPECT_EQ(Import(), kNumPrograms);
     EXPECT_STREQ(bank[31].name, "P31");
     EXPECT_FLOAT_EQ(bank[31].values[kParamThreshold], 0.9f);

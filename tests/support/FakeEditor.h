@@ -18,7 +18,7 @@ public:
     int modifyCount = 0;
 };
 
-// Its panel is there from open() to close(); messages show only then.
+// Its panel is there from open(window) to close(); messages show only then.
 class FakeEditor : public IDeEsserEditor
 {
 public:
@@ -27,22 +27,16 @@ public:
     bool open(void* parent) override
     {
         systemWindow = parent;
-        return panelOpen = true;
+        return true;
     }
-    void close() override
-    {
-        systemWindow = nullptr;
-        panelOpen = false;
-    }
-    IDeEsserPanel* GetPanel() override { return panelOpen ? &panel : nullptr; }
+    IDeEsserPanel* GetPanel() override { return isOpen() ? &panel : nullptr; }
     bool ShowMessage(const char* text) override
     {
         messages.push_back(text);
-        return panelOpen;
+        return isOpen();
     }
 
     FakePanel panel;
-    bool panelOpen = false;
     std::vector<std::string> messages;
 };
 

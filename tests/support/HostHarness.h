@@ -18,6 +18,10 @@ struct HostCall
     VstInt32 index;
     VstIntPtr value;
     float opt;
+    bool operator==(const HostCall& o) const
+    {
+        return opcode == o.opcode && index == o.index && value == o.value && opt == o.opt;
+    }
 };
 
 class HostHarness

@@ -24,9 +24,8 @@ public:
     }
     ~TempDir()
     {
-        std::error_code ignored;
-        if (!m_Path.empty())
-            std::filesystem::remove_all(m_Path, ignored);
+        std::error_code ignored; // none was made when the path is empty
+        std::filesystem::remove_all(m_Path, ignored);
     }
     const std::string& path() const { return m_Path; }
     std::string operator/(const std::string& name) const { return m_Path + "/" + name; }
@@ -90,16 +89,14 @@ private:
     std::optional<std::string> m_Old;
 };
 
-// Big-endian 32-bit word as four bytes.
-inline std::string BE32(unsigned v)
-{
-    return std::string{(char)(v >> 24), (char)(v >> 16), (char)(v >> 8), (char)v};
-}
-
-// A bank file built by hand (independently of the writer under test).
+// A bank file built by hand (independently of the writer under test); words
+// are big-endian.
 inline std::string BankFileBytes(const std::string& chunk, unsigned fxID = 0x49446545u,
                                  unsigned chunkSize = 0xFFFFFFFFu, const char* fxMagic = "FBCh")
 {
+    auto BE32 = [](unsigned v) {
+        return std::string{(char)(v >> 24), (char)(v >> 16), (char)(v >> 8), (char)v};
+    };
     if (chunkSize == 0xFFFFFFFFu)
         chunkSize = (unsigned)chunk.size();
     return std::string("CcnK") + BE32(0) + fxMagic + BE32(1) + BE32(fxID) + BE32(1) + BE32(32) +

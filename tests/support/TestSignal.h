@@ -1,4 +1,4 @@
-// The test-signal kit: deterministic noise and sines, and the vocal-like
+// The test-signal kit: deterministic noise, and the vocal-like
 // signal with sibilant bursts that tests and benchmarks run through the effect.
 #pragma once
 
@@ -26,22 +26,13 @@ inline std::vector<float> Noise(int n, float amp, uint32_t seed = 12345u)
     return v;
 }
 
-inline std::vector<float> Sine(int n, double freq, double rate, double amp = 0.5)
-{
-    std::vector<float> v((size_t)n);
-    for (int i = 0; i < n; ++i)
-        v[(size_t)i] = (float)(amp * std::sin(2.0 * kPi * freq * i / rate));
-    return v;
-}
-
 // A voiced tone (150 Hz with vibrato, 24 harmonics falling 6 dB per octave) in
 // 4 Hz syllables, and bursts of 5-9 kHz noise (sibilants) in the first 80 ms
 // of every 400 ms. Peaks near -6 dBFS for the voice and -12 dBFS for the
 // sibilants; the right channel has a little less voice and more sibilance.
 struct Vocal
 {
-    explicit Vocal(int frames, double sampleRate = 44100.0)
-        : rate(sampleRate), left((size_t)frames), right((size_t)frames)
+    explicit Vocal(int frames, double rate = 44100.0) : left((size_t)frames), right((size_t)frames)
     {
         std::vector<float> hiss = Noise(frames, 1.f, 0x9E3779B9u), band((size_t)frames);
         CIIRFilter hp, lp;
@@ -59,21 +50,12 @@ struct Vocal
             for (int k = 1; k <= 24; ++k)
                 voice += std::sin(k * phase) / k;
             const double v = 0.3 * (0.5 - 0.5 * std::cos(2.0 * kPi * 4.0 * t)) * voice;
-            const double sib = InBurst(t) ? 0.9 * hiss[(size_t)i] : 0.0;
+            const double sib = std::fmod(t, 0.4) < 0.08 ? 0.9 * hiss[(size_t)i] : 0.0;
             left[(size_t)i] = (float)(v + sib);
             right[(size_t)i] = (float)(0.9 * v + 1.1 * sib);
         }
     }
 
-    static bool InBurst(double t) { return std::fmod(t, 0.4) < 0.08; }
-    // Samples where `pick(time)` holds.
-    std::vector<bool> Mask(bool (*pick)(double)) const
-    {
-        std::vector<bool> m(left.size());
-        for (size_t i = 0; i < m.size(); ++i)
-            m[i] = pick(i / rate);
-        return m;
-    }
     // `channels` interleaved: left, right, then left at 1 - 0.25 c.
     std::vector<float> Interleaved(int channels) const
     {
@@ -84,7 +66,6 @@ struct Vocal
         return s;
     }
 
-    double rate;
     std::vector<float> left, right;
 };
 } // namespace testsignal
