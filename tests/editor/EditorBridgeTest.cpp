@@ -14,47 +14,22 @@
 #include "EditorScale.h"
 #include "TestFiles.h"
 
-namespace
-{
-std::unique_ptr<ADeEsser> MakeEffect()
-{
-    auto effect = std::make_unique<ADeEsser>(RecordingHostCallback);
-    effect->dispatcher(effOpen, 0, 0, nullptr, 0.f);
-    return effect;
-}
-
-CDeEsserEditor* EditorOf(ADeEsser* effect)
-{
-    return static_cast<CDeEsserEditor*>(effect->getEditor());
-}
-
-VstIntPtr Open(ADeEsser* effect, void* parent = (void*)0x77)
-{
-    return effect->dispatcher(effEditOpen, 0, 0, parent, 0.f);
-}
-
-void Close(ADeEsser* effect)
-{
-    effect->dispatcher(effEditClose, 0, 0, nullptr, 0.f);
-}
-} // namespace
-
 TEST(EditorBridge, OpenTwiceMakesOnePanelAndCloseRemovesIt)
 {
     const int windows = CToolkit::WindowCount();
     auto effect = MakeEffect();
     CDeEsserEditor* editor = EditorOf(effect.get());
     // Idle and draw before open do nothing.
-    effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
-    effect->dispatcher(effEditDraw, 0, 0, nullptr, 0.f);
+    Dispatch(effect.get(), effEditIdle);
+    Dispatch(effect.get(), effEditDraw);
     EXPECT_EQ(windows, CToolkit::WindowCount());
 
-    ASSERT_EQ(1, Open(effect.get()));
+    ASSERT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x77));
     CUIWindow* panel = editor->GetUIWindow();
     ASSERT_NE(nullptr, panel);
     EXPECT_EQ(static_cast<IDeEsserPanel*>(panel), editor->GetPanel());
     const int open = CToolkit::WindowCount();
-    EXPECT_EQ(1, Open(effect.get()));
+    EXPECT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x77));
     EXPECT_EQ(panel, editor->GetUIWindow());
     EXPECT_EQ(open, CToolkit::WindowCount());
 
@@ -63,36 +38,35 @@ TEST(EditorBridge, OpenTwiceMakesOnePanelAndCloseRemovesIt)
         CClientDC dc(panel);
         dc.FillSolidRect(0, 0, 460, 210, RGB(255, 0, 255));
     }
-    effect->dispatcher(effEditDraw, 0, 0, nullptr, 0.f);
+    Dispatch(effect.get(), effEditDraw);
     EXPECT_TRUE(PanelBlockMatches(panel, 0, 0, editor->GetBackground(), 0, 0, 20, 5));
     EXPECT_TRUE(PanelBlockMatches(panel, 440, 200, editor->GetBackground(), 440, 200, 20, 10));
 
-    Close(effect.get());
+    Dispatch(effect.get(), effEditClose);
     EXPECT_EQ(nullptr, editor->GetPanel());
     EXPECT_EQ(windows, CToolkit::WindowCount());
-    effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f); // after close: nothing
-    Close(effect.get());                                 // twice: harmless
+    Dispatch(effect.get(), effEditIdle);  // after close: nothing
+    Dispatch(effect.get(), effEditClose); // twice: harmless
 
     // Changes while closed show at the next open.
     effect->setParameter(kParamThreshold, 0.125f);
-    ASSERT_EQ(1, Open(effect.get()));
+    ASSERT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x77));
     EXPECT_FLOAT_EQ(0.125f, editor->GetUIWindow()->Knob(100).GetValue());
-    Close(effect.get());
+    Dispatch(effect.get(), effEditClose);
 
     // A null parent is refused without a panel.
-    EXPECT_EQ(0, Open(effect.get(), nullptr));
+    EXPECT_EQ(0, Dispatch(effect.get(), effEditOpen));
     EXPECT_EQ(windows, CToolkit::WindowCount());
 
     // Destroying the effect while open closes the panel first.
-    ASSERT_EQ(1, Open(effect.get()));
+    ASSERT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x77));
     effect.reset();
     EXPECT_EQ(windows, CToolkit::WindowCount());
 }
 
 // Other threads get a mailbox, not the panel; messages show only while open
-// and with a text;
-// control callbacks without a panel or for no control change nothing; a
-// missing image loads empty.
+// and with a text; control callbacks without a panel or for no control change
+// nothing; a missing image loads empty.
 TEST(EditorBridge, OtherThreadsMessagesAndBadCalls)
 {
     auto effect = MakeEffect();
@@ -101,7 +75,7 @@ TEST(EditorBridge, OtherThreadsMessagesAndBadCalls)
     auto ask = [&] { std::thread([&] { seen = editor->GetPanel(); }).join(); };
     ask();
     EXPECT_EQ(nullptr, seen);
-    ASSERT_EQ(1, Open(effect.get()));
+    ASSERT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x77));
     ask();
     ASSERT_NE(nullptr, seen);
     EXPECT_NE(static_cast<IDeEsserPanel*>(editor->GetUIWindow()), seen);
@@ -111,7 +85,7 @@ TEST(EditorBridge, OtherThreadsMessagesAndBadCalls)
     seen->UpdateControl(kParamOutput, 0.75f);
     seen->UpdateControl(42, 1.f); // no such parameter: dropped
     EXPECT_NE(0.5f, editor->GetUIWindow()->Knob(103).GetValue());
-    effect->dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
+    Dispatch(effect.get(), effEditIdle);
     EXPECT_FLOAT_EQ(0.5f, editor->GetUIWindow()->Knob(103).GetValue());
     EXPECT_FLOAT_EQ(0.75f, editor->GetUIWindow()->Fader(105).GetValue());
 
@@ -124,7 +98,7 @@ TEST(EditorBridge, OtherThreadsMessagesAndBadCalls)
     EXPECT_FALSE(ControlCallback(100, 0.9f, nullptr));
     EXPECT_FLOAT_EQ(threshold, effect->getParameter(kParamThreshold));
     EXPECT_TRUE(HostCalls().empty());
-    Close(effect.get());
+    Dispatch(effect.get(), effEditClose);
     ask();
     EXPECT_EQ(nullptr, seen);
     EXPECT_FALSE(editor->ShowMessage("closed"));
@@ -199,7 +173,7 @@ TEST(EditorBridge, HostScaleSizesTheEditorAndEveryWindowItShows)
     EXPECT_EQ(0, effect->dispatcher(effVendorSpecific, kPreS, 0, nullptr, 3.f)); // not ours
     EXPECT_EQ(CSize(920, 420), rect());
 
-    ASSERT_EQ(1, Open(effect.get()));
+    ASSERT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x77));
     CUIWindow* panel = EditorOf(effect.get())->GetUIWindow();
     EXPECT_EQ(920, deviceWidth(panel));
     CRect client;
@@ -242,7 +216,7 @@ TEST(EditorBridge, HostScaleSizesTheEditorAndEveryWindowItShows)
     effect->dispatcher(effVendorSpecific, kPreS, kAeCs, nullptr, 0.f); // withdrawn: the desktop
     EXPECT_EQ(CSize(690, 315), rect());
     ASSERT_EQ(1u, HostCalls().size());
-    Close(effect.get());
+    Dispatch(effect.get(), effEditClose);
     CHeadless::SetDesktopScale(0.0);
     EXPECT_EQ(CSize(460, 210), rect());
 }

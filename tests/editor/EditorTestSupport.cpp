@@ -28,15 +28,21 @@ std::vector<float> AutomatedValues(int index)
     return values;
 }
 
+std::unique_ptr<ADeEsser> MakeEffect()
+{
+    auto effect = std::make_unique<ADeEsser>(RecordingHostCallback);
+    Dispatch(effect.get(), effOpen);
+    return effect;
+}
+
 void EditorFixture::SetUp()
 {
     CHeadless::SetModalHook({});
     SetKeyModifierState(0);
-    effect = std::make_unique<ADeEsser>(RecordingHostCallback);
-    effect->dispatcher(effOpen, 0, 0, nullptr, 0.f);
-    ASSERT_EQ(1, effect->dispatcher(effEditOpen, 0, 0, (void*)0x1234, 0.f));
+    effect = MakeEffect();
+    ASSERT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x1234));
     ASSERT_NE(nullptr, Panel());
-    Pump();
+    CHeadless::Pump();
     HostCalls().clear();
 }
 
@@ -45,7 +51,7 @@ void EditorFixture::TearDown()
     CHeadless::SetModalHook({});
     SetKeyModifierState(0);
     if (effect)
-        effect->dispatcher(effEditClose, 0, 0, nullptr, 0.f);
+        Dispatch(effect.get(), effEditClose);
     effect.reset();
 }
 

@@ -29,6 +29,21 @@ VstIntPtr RecordingHostCallback(AEffect* effect, VstInt32 opcode, VstInt32 index
 // The audioMasterAutomate calls recorded so far for one parameter.
 std::vector<float> AutomatedValues(int index);
 
+// An effect made as a host makes it (constructor, effOpen).
+std::unique_ptr<ADeEsser> MakeEffect();
+inline CDeEsserEditor* EditorOf(ADeEsser* effect)
+{
+    return static_cast<CDeEsserEditor*>(effect->getEditor());
+}
+inline VstIntPtr Dispatch(ADeEsser* effect, VstInt32 opcode, void* ptr = nullptr)
+{
+    return effect->dispatcher(opcode, 0, 0, ptr, 0.f);
+}
+inline CPoint Centre(const PanelRect& r)
+{
+    return CPoint((r.l + r.r) / 2, (r.t + r.b) / 2);
+}
+
 // Runs act(window) whenever the toolkit's modal loop runs a window of type T.
 template <class T, class Act> void OnModal(Act act)
 {
@@ -40,26 +55,21 @@ template <class T, class Act> void OnModal(Act act)
         });
 }
 
-// An effect made as a host makes it (constructor, effOpen), with its editor
-// opened into a stand-in host window.
+// An effect with its editor opened into a stand-in host window.
 class EditorFixture : public ::testing::Test
 {
 protected:
     void SetUp() override;
     void TearDown() override;
 
-    CDeEsserEditor* Editor() const { return static_cast<CDeEsserEditor*>(effect->getEditor()); }
+    CDeEsserEditor* Editor() const { return EditorOf(effect.get()); }
     CUIWindow* Panel() const { return Editor()->GetUIWindow(); }
-    // Runs the toolkit's event pump (posted messages, timers, paints).
-    void Pump() const { CHeadless::Pump(); }
-    void PaintNow() const { Panel()->SendMessage(WM_PAINT); }
     // Opens the entry field by a click on a parameter's value display.
     void OpenDisplay(int param) const
     {
         for (const PanelControl& c : kPanelControls)
             if (c.kind != PANEL_SWITCH && c.drives == param)
-                CHeadless::Click(Panel(), CPoint((c.display.l + c.display.r) / 2,
-                                                 (c.display.t + c.display.b) / 2));
+                CHeadless::Click(Panel(), Centre(c.display));
     }
 
     std::unique_ptr<ADeEsser> effect;

@@ -88,17 +88,15 @@ TEST_F(EntryFieldTest, CharacterRulesAndSpinSteps)
     CHeadless::Char('-');
     EXPECT_EQ(EditText(), "-79.25");
     EXPECT_EQ(Image(), "-793");
-}
 
-// The Release field shows two decimals: its image is the value times 100.
-TEST_F(EntryFieldTest, TwoDecimalsAndImagesStopAtTheIntegerRange)
-{
+    // The Release field shows two decimals: its image is the value times 100,
+    // cut to the buffer and stopped at the integer range.
     OpenDisplay(kParamRelease);
     Retype("1.23");
     char buffer[50];
     EXPECT_EQ(Field().GetText(buffer, sizeof(buffer)), 3);
     EXPECT_STREQ(buffer, "123");
-    EXPECT_EQ(Field().GetText(buffer, 2), 1); // cut to the buffer
+    EXPECT_EQ(Field().GetText(buffer, 2), 1);
     EXPECT_STREQ(buffer, "1");
     Retype("4.5q"); // a refused key re-formats with two decimals
     EXPECT_EQ(EditText(), "4.50");

@@ -11,16 +11,6 @@
 
 namespace
 {
-CRect Rect(const PanelRect& r)
-{
-    return CRect(r.l, r.t, r.r, r.b);
-}
-
-CPoint Centre(const PanelRect& r)
-{
-    return CPoint((r.l + r.r) / 2, (r.t + r.b) / 2);
-}
-
 class PanelTest : public EditorFixture
 {
 protected:
@@ -54,34 +44,52 @@ TEST_F(PanelTest, PressOnEachDisplayOpensTheEntryAtItsValue)
         if (c.kind == PANEL_SWITCH)
             continue;
         const int param = c.drives;
+        SCOPED_TRACE(param);
         Click(Centre(c.display));
-        EXPECT_TRUE(field.IsWindowVisible()) << param;
+        EXPECT_TRUE(field.IsWindowVisible());
         char shown[32] = {};
         effect->getParameterDisplay(param, shown);
         const char* point = std::strchr(shown, '.');
         const int decimals = point ? (int)std::strlen(point + 1) : 0;
         const int scale = decimals == 2 ? 100 : 10;
-        EXPECT_EQ(decimals, field.GetEdit().GetFloatPoint()) << param;
+        EXPECT_EQ(decimals, field.GetEdit().GetFloatPoint());
 
         float min, max;
         GetParamMinMax(param, &min, &max);
-        EXPECT_EQ(min < 0, min < 0 && field.GetSign()) << param; // a negative end can be typed
-        EXPECT_GT(field.GetMaxChars(), (int)std::to_string((int)(min * scale)).size()) << param;
+        EXPECT_EQ(min < 0, min < 0 && field.GetSign()); // a negative end can be typed
+        EXPECT_GT(field.GetMaxChars(), (int)std::to_string((int)(min * scale)).size());
         CString text;
         field.GetText(text);
-        EXPECT_EQ(std::to_string((int)(effect->getParameterDisplayVal(param) * scale)), text.str())
-            << param;
+        EXPECT_EQ(std::to_string((int)(effect->getParameterDisplayVal(param) * scale)), text.str());
         // Top-left corner one pixel right of the display's.
         CRect wr, pr;
         field.GetWindowRect(&wr);
         Panel()->GetWindowRect(&pr);
-        EXPECT_EQ(CPoint(c.display.l + 1, c.display.t), CPoint(wr.left - pr.left, wr.top - pr.top))
-            << param;
+        EXPECT_EQ(CPoint(c.display.l + 1, c.display.t), CPoint(wr.left - pr.left, wr.top - pr.top));
     }
     // A press anywhere else closes the field unused.
     Click(CPoint(240, 30));
     EXPECT_EQ(-1, Panel()->GetEditId());
     EXPECT_FALSE(field.IsWindowVisible());
+
+    // A second display's press discards the first entry; a stray Return only repaints.
+    const float threshold = effect->GetInternalValue(kParamThreshold);
+    OpenDisplay(kParamThreshold);
+    Panel()->EntryField().GetEdit().SetWindowText("-300");
+    OpenDisplay(kParamAttack);
+    EXPECT_EQ(121, Panel()->GetEditId());
+    EXPECT_EQ(threshold, effect->GetInternalValue(kParamThreshold));
+
+    Panel()->HideEdit();
+    HostCalls().clear();
+    {
+        CClientDC dc(Panel());
+        dc.FillSolidRect(0, 0, 10, 10, RGB(255, 0, 255));
+    }
+    Panel()->SendMessage(WM_INPUTVAL_RETURN);
+    EXPECT_TRUE(PanelBlockMatches(Panel(), 0, 0, Editor()->GetBackground(), 0, 0, 10, 10));
+    EXPECT_TRUE(HostCalls().empty());
+    EXPECT_EQ(threshold, effect->GetInternalValue(kParamThreshold));
 }
 
 // Typed values are nudged by half a last decimal away from zero and clamped
@@ -114,27 +122,6 @@ TEST_F(PanelTest, TypedValuesAreNudgedAndClampedBeforeReachingTheParameter)
     }
     EXPECT_EQ(-1, Panel()->GetEditId());
     EXPECT_FLOAT_EQ(effect->getParameter(kParamOutput), Panel()->Fader(105).GetValue());
-}
-
-TEST_F(PanelTest, SecondDisplayPressDiscardsTheFirstEntryAndStrayReturnsOnlyRepaint)
-{
-    const float threshold = effect->GetInternalValue(kParamThreshold);
-    OpenDisplay(kParamThreshold);
-    Panel()->EntryField().GetEdit().SetWindowText("-300");
-    OpenDisplay(kParamAttack);
-    EXPECT_EQ(121, Panel()->GetEditId());
-    EXPECT_EQ(threshold, effect->GetInternalValue(kParamThreshold));
-
-    Panel()->HideEdit();
-    HostCalls().clear();
-    {
-        CClientDC dc(Panel());
-        dc.FillSolidRect(0, 0, 10, 10, RGB(255, 0, 255));
-    }
-    Panel()->SendMessage(WM_INPUTVAL_RETURN);
-    EXPECT_TRUE(PanelBlockMatches(Panel(), 0, 0, Editor()->GetBackground(), 0, 0, 10, 10));
-    EXPECT_TRUE(HostCalls().empty());
-    EXPECT_EQ(threshold, effect->GetInternalValue(kParamThreshold));
 }
 
 // A press starts a drag that holds outside the control, tells the host at
@@ -267,7 +254,7 @@ TEST_F(PanelTest, CopyMenuListsAllProgramsAndCopiesTheChosenOne)
             CHeadless::PickMenuItem(1010 + source);
         });
     Click(CPoint(70, 15));
-    Pump();
+    CHeadless::Pump();
     EXPECT_EQ(32, entries);
     EXPECT_TRUE(drawnPressed);
     EXPECT_TRUE(PanelBlockMatches(Panel(), 64, 10, Panel()->Image(5018), 0, 0, 25, 17));
@@ -280,7 +267,7 @@ TEST_F(PanelTest, CopyMenuListsAllProgramsAndCopiesTheChosenOne)
     HostCalls().clear();
     CHeadless::PickMenuItem(1010 + cur);
     Click(CPoint(70, 15));
-    Pump();
+    CHeadless::Pump();
     Panel()->SendMessage(WM_COMMAND, MAKEWPARAM(1100, 0), 0);
     EXPECT_FLOAT_EQ(0.75f, effect->getParameter(kParamThreshold));
     for (const RecordedHostCall& c : HostCalls())
@@ -290,7 +277,7 @@ TEST_F(PanelTest, CopyMenuListsAllProgramsAndCopiesTheChosenOne)
 TEST_F(PanelTest, LampShowsAChangedProgramAndAClickRevertsIt)
 {
     const CVRXBitmap& lamp = Panel()->Image(5020);
-    PaintNow();
+    Panel()->SendMessage(WM_PAINT);
     ASSERT_FALSE(effect->IsProgramChanged());
     EXPECT_TRUE(PanelBlockMatches(Panel(), 141, 10, lamp, 0, 0, 43, 16));
     EXPECT_TRUE(PanelBlockMatches(Panel(), 195, 10, Panel()->Image(5019), 0, 0, 43, 16));
@@ -299,13 +286,13 @@ TEST_F(PanelTest, LampShowsAChangedProgramAndAClickRevertsIt)
     Click(CPoint(310, 60)); // auto threshold
     Click(CPoint(262 + 7, 66 + 17));
     ASSERT_TRUE(effect->IsProgramChanged());
-    Pump(); // the invalidated lamp is painted at the next pump
+    CHeadless::Pump(); // the invalidated lamp is painted at the next pump
     EXPECT_TRUE(PanelBlockMatches(Panel(), 141, 10, lamp, 0, 16, 43, 16));
 
     Click(CPoint(160, 18));
     EXPECT_FALSE(effect->IsProgramChanged());
     EXPECT_FLOAT_EQ(threshold, Panel()->Knob(100).GetValue());
-    Pump();
+    CHeadless::Pump();
     EXPECT_TRUE(PanelBlockMatches(Panel(), 141, 10, lamp, 0, 0, 43, 16));
 }
 
@@ -314,17 +301,19 @@ TEST_F(PanelTest, LampShowsAChangedProgramAndAClickRevertsIt)
 // displays, lamp, save face) overlap.
 TEST(PanelLayout, NoTwoPressTargetsOverlap)
 {
-    std::vector<CRect> targets{Rect(kPanelLampRect), Rect(kPanelSaveRect)};
+    std::vector<PanelRect> targets{kPanelLampRect, kPanelSaveRect};
     for (const PanelControl& c : kPanelControls)
     {
-        targets.push_back(Rect(c.rect));
+        targets.push_back(c.rect);
         if (c.kind != PANEL_SWITCH)
-            targets.push_back(Rect(c.display));
+            targets.push_back(c.display);
     }
+    auto rect = [&](size_t i)
+    { return CRect(targets[i].l, targets[i].t, targets[i].r, targets[i].b); };
     for (size_t i = 0; i < targets.size(); ++i)
         for (size_t j = i + 1; j < targets.size(); ++j)
         {
             CRect both;
-            EXPECT_FALSE(both.IntersectRect(targets[i], targets[j])) << i << " and " << j;
+            EXPECT_FALSE(both.IntersectRect(rect(i), rect(j))) << i << " and " << j;
         }
 }

@@ -64,7 +64,7 @@ protected:
 // within 1.5 px of the box's) and nothing below it.
 TEST_F(PanelPaint, ValueDisplaysAreCentredInTheirBoxes)
 {
-    PaintNow();
+    Panel()->SendMessage(WM_PAINT);
     const CVRXBitmap& background = Editor()->GetBackground();
     for (const PanelControl& c : kPanelControls)
     {
@@ -89,7 +89,7 @@ TEST_F(PanelPaint, ValueDisplaysAreCentredInTheirBoxes)
 TEST_F(PanelPaint, LevelMetersLightFromTheirRowAndFallAQuarterDecibelPerIdle)
 {
     // Before any audio: all unlit but the bottom row (-38 dB is row 133).
-    PaintNow();
+    Panel()->SendMessage(WM_PAINT);
     for (int i = 0; i < 4; ++i)
         EXPECT_TRUE(VUShows(i, 133)) << i;
     // Idle redraws only what changed: a marker over both meters stays.
@@ -122,7 +122,7 @@ TEST_F(PanelPaint, LevelMetersLightFromTheirRowAndFallAQuarterDecibelPerIdle)
 
 TEST_F(PanelPaint, ReductionMeterFillsDownwardAndReturnsOneDecibelPerIdle)
 {
-    PaintNow();
+    Panel()->SendMessage(WM_PAINT);
     EXPECT_TRUE(ReductionShows(0));
     // Everything set for the deepest reduction of a loud sibilant.
     for (int param : {kParamThreshold, kParamRatio, kParamAttack, kParamAutoThreshold})
@@ -151,14 +151,13 @@ TEST(PanelPicture, RunningPanelMatchesItsReferenceAtOneAndTwoTimes)
     for (double scale : {1.0, 2.0})
     {
         CHeadless::SetDesktopScale(scale);
-        ADeEsser effect(RecordingHostCallback);
-        effect.dispatcher(effOpen, 0, 0, nullptr, 0.f);
-        effect.dispatcher(effSetSampleRate, 0, 0, nullptr, 44100.f);
-        effect.dispatcher(effMainsChanged, 0, 1, nullptr, 0.f);
-        effect.setParameter(kParamThreshold, 0.7f); // -30 dB: the reduction meter moves
-        effect.setParameter(kParamRatio, 0.4f);
-        effect.setParameter(kParamAutoThreshold, 0.f);
-        ASSERT_EQ(1, effect.dispatcher(effEditOpen, 0, 0, (void*)0x1, 0.f));
+        auto effect = MakeEffect();
+        effect->dispatcher(effSetSampleRate, 0, 0, nullptr, 44100.f);
+        effect->dispatcher(effMainsChanged, 0, 1, nullptr, 0.f);
+        effect->setParameter(kParamThreshold, 0.7f); // -30 dB: the reduction meter moves
+        effect->setParameter(kParamRatio, 0.4f);
+        effect->setParameter(kParamAutoThreshold, 0.f);
+        ASSERT_EQ(1, Dispatch(effect.get(), effEditOpen, (void*)0x1));
         const testsignal::Vocal vocal(12 * 256); // ends inside a sibilant burst
         std::vector<float> l(256), r(256);
         for (int block = 0; block < 12; ++block)
@@ -166,10 +165,10 @@ TEST(PanelPicture, RunningPanelMatchesItsReferenceAtOneAndTwoTimes)
             float* in[2] = {const_cast<float*>(&vocal.left[block * 256]),
                             const_cast<float*>(&vocal.right[block * 256])};
             float* out[2] = {l.data(), r.data()};
-            effect.processReplacing(in, out, 256);
-            effect.dispatcher(effEditIdle, 0, 0, nullptr, 0.f);
+            effect->processReplacing(in, out, 256);
+            Dispatch(effect.get(), effEditIdle);
         }
-        CUIWindow* panel = static_cast<CDeEsserEditor*>(effect.getEditor())->GetUIWindow();
+        CUIWindow* panel = EditorOf(effect.get())->GetUIWindow();
         panel->SendMessage(WM_PAINT);
         CBitmap shot;
         shot.Attach(CHeadless::Snapshot(panel));
@@ -177,7 +176,7 @@ TEST(PanelPicture, RunningPanelMatchesItsReferenceAtOneAndTwoTimes)
         EXPECT_TRUE(MatchesReferencePicture(shot.GetHandle(),
                                             std::string(EDITOR_REFERENCE_DIR) + "/" + name,
                                             std::string(EDITOR_SCREENSHOT_DIR) + "/" + name));
-        effect.dispatcher(effEditClose, 0, 0, nullptr, 0.f);
+        Dispatch(effect.get(), effEditClose);
     }
     CHeadless::SetDesktopScale(0.0);
 }

@@ -100,7 +100,7 @@ TEST_F(SaveDialogTest, OpensAtTheCurrentProgramAndOKStoresIntoTheChosenSlot)
     EXPECT_EQ(9, effect->getProgram());
 }
 
-TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
+TEST_F(SaveDialogTest, NamesStayWithinTheFieldAndNeverEndInHalfACharacter)
 {
     ASSERT_EQ(Sjis(kTwelveKanji).size(), 24u);
     Save(
@@ -118,11 +118,9 @@ TEST_F(SaveDialogTest, DoubleByteNameNeverEndsInHalfACharacter)
     EXPECT_EQ(std::string(CPresetSaveDlg::MakeProgramName(mixed.c_str()).GetString()),
               Sjis(mixed.c_str()).substr(0, 23));
     EXPECT_STREQ(CPresetSaveDlg::MakeProgramName(""), "");
-}
 
-TEST_F(SaveDialogTest, NameFillingTheWholeFieldIsReadSafely)
-{
-    // A name with no terminator in its 24 bytes (e.g. from a foreign chunk).
+    // A name with no terminator in its 24 bytes (e.g. from a foreign chunk)
+    // is read safely.
     ADeEsserProgram bank[kNumPrograms];
     for (auto& p : bank)
         std::memset(p.name, 'N', sizeof(p.name));

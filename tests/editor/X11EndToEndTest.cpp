@@ -16,6 +16,7 @@
 #include <X11/keysym.h>
 #include <X11/extensions/XTest.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
 #include <filesystem>
@@ -27,6 +28,7 @@
 #include "HostHarness.h"
 #include "ReferencePicture.h"
 #include "TestFiles.h"
+#include "X11HostWindow.h"
 
 namespace
 {
@@ -113,8 +115,7 @@ protected:
         return w;
     }
 
-    // A key pressed and released through XTest (to whichever window has the
-    // keyboard focus), then one idle call.
+    // A key through XTest to whichever window has the focus, then one idle.
     void Key(KeySym sym)
     {
         const KeyCode code = XKeysymToKeycode(display, sym);
@@ -142,8 +143,7 @@ protected:
         while (ev.type != MapNotify);
     }
 
-    // A window of the host's that holds the keyboard focus and forwards no
-    // keys (key presses there count in hostKeyPresses).
+    // A host window holding the keyboard focus; its key presses count in hostKeyPresses.
     Window MakeHostFocusWindow()
     {
         const Window w =
@@ -179,8 +179,7 @@ protected:
         }
     }
 
-    // Idles until `done` holds or `seconds` have passed: the editor answers
-    // input and paints when the X server gets to it, on a loaded machine late.
+    // Idles until `done` holds or `seconds` have passed (a loaded X server answers late).
     bool IdleUntil(const std::function<bool()>& done, double seconds = 10.0)
     {
         const auto end = std::chrono::steady_clock::now() + std::chrono::duration<double>(seconds);
@@ -193,8 +192,7 @@ protected:
         return true;
     }
 
-    // Idles until the user process has exited (at most 20 s); its exit
-    // status, or -1 when it failed or had to be stopped.
+    // The user process's exit status, or -1 when it failed or ran over 20 s.
     int IdleUntilUserDone(pid_t pid)
     {
         int status = 0;
@@ -220,8 +218,7 @@ protected:
 } // namespace
 
 // The default panel while audio runs, against a checked-in picture (also the
-// one in the README). DEESSER_UPDATE_REFERENCE=1 writes a new reference when
-// the artwork or the painting changes on purpose.
+// README's; DEESSER_UPDATE_REFERENCE=1 writes a new one).
 TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
 {
     MakeHostWindow();
@@ -249,17 +246,12 @@ TEST_F(X11Editor, RunningPanelMatchesTheReferencePicture)
     }
     EXPECT_EQ(hostHandler, XSetErrorHandler(nullptr));
     // The host window as the screen shows it (24-bit TrueColor, as Xvfb's).
-    XSync(display, False);
-    XImage* image = XGetImage(display, hostWindow, 0, 0, width, height, AllPlanes, ZPixmap);
-    ASSERT_NE(nullptr, image);
-    cairo_surface_t* shot = cairo_image_surface_create(CAIRO_FORMAT_RGB24, width, height);
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x)
-            reinterpret_cast<uint32_t*>(cairo_image_surface_get_data(shot) +
-                                        y * cairo_image_surface_get_stride(shot))[x] =
-                XGetPixel(image, x, y) & 0xFFFFFF;
-    cairo_surface_mark_dirty(shot);
-    XDestroyImage(image);
+    const std::vector<unsigned long> shown =
+        XWindowPixels(display, hostWindow, 0, 0, width, height);
+    std::vector<uint32_t> rgb(shown.begin(), shown.end());
+    ASSERT_EQ(rgb.size(), (size_t)width * height);
+    cairo_surface_t* shot = cairo_image_surface_create_for_data(
+        reinterpret_cast<unsigned char*>(rgb.data()), CAIRO_FORMAT_RGB24, width, height, 4 * width);
     EXPECT_TRUE(MatchesReferencePicture(
         shot, EDITOR_REFERENCE_PNG, std::string(EDITOR_SCREENSHOT_DIR) + "/editor_running.png"));
     cairo_surface_destroy(shot);
@@ -296,14 +288,9 @@ TEST_F(X11Editor, EachScaleSourceGivesTheScaledSizePaintedAndDraggable)
     // Pixels of the host's magenta background the editor leaves uncovered.
     auto magenta = [&]
     {
-        XImage* image = XGetImage(display, hostWindow, 0, 0, width, height, AllPlanes, ZPixmap);
-        int n = image ? 0 : -1;
-        for (int y = 0; image && y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                n += XGetPixel(image, x, y) == 0x00FF00FF;
-        if (image)
-            XDestroyImage(image);
-        return n;
+        const std::vector<unsigned long> p =
+            XWindowPixels(display, hostWindow, 0, 0, width, height);
+        return p.empty() ? -1 : (int)std::count(p.begin(), p.end(), 0x00FF00FFul);
     };
     // From 10 panel pixels left of the knob's centre (279, 83) to (40, 20)
     // from it, outside the knob: atan2 clockwise from down = 296.57 degrees.
@@ -347,7 +334,6 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
 {
     MakeHostWindow();
     const Window hostFocus = MakeHostFocusWindow();
-    auto idleUntilHostFocus = [&] { IdleUntil([&] { return Focus() == hostFocus; }); };
     auto openThresholdField = [&]
     {
         XSetInputFocus(display, hostFocus, RevertToPointerRoot, CurrentTime);
@@ -363,7 +349,7 @@ TEST_F(X11Editor, EntryFieldHoldsTheKeyboardWhileOpen)
     openThresholdField();
     for (KeySym sym : {XK_minus, XK_1, XK_5, XK_Return})
         Key(sym);
-    idleUntilHostFocus();
+    IdleUntil([&] { return Focus() == hostFocus; });
     EXPECT_EQ("-15.0", host->String(effGetParamDisplay, 3));
     EXPECT_EQ(Focus(), hostFocus) << "after Return";
 
@@ -397,10 +383,9 @@ TEST_F(X11Editor, SaveDialogAndCopyMenuOpenOnTheScreenAndGiveTheKeyboardBack)
     const pid_t typist = StartUser(
         [host = hostWindow, hostFocus](Display* d)
         {
-            // Into the name field (under the slot list) once it is there, in
-            // a top-level window not the host's, and the dialog has the
-            // keyboard (at most 10 s); else the dialog, wherever it is, is
-            // closed unused.
+            // Into the name field (under the slot list) of a top-level window
+            // not the host's once the dialog has the keyboard (at most 10 s);
+            // else the dialog, wherever it is, is closed unused.
             const Window root = DefaultRootWindow(d);
             Window top = None;
             auto ready = [&]

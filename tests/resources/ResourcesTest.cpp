@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
+#include <memory>
 #include <string>
 
 namespace
@@ -24,26 +25,19 @@ public:
             std::to_string(id) + (scale == 1 ? "" : "@" + std::to_string(scale) + "x") + ".png";
         size_t size = 0;
         if (const unsigned char* data = GetEmbeddedResource(name.c_str(), &size))
-            m_Surface = AfxLoadPNG(data, size);
+            m_Surface.reset(AfxLoadPNG(data, size));
         if (m_Surface)
-            cairo_surface_flush(m_Surface);
+            cairo_surface_flush(m_Surface.get());
     }
-    ~Image()
-    {
-        if (m_Surface)
-            cairo_surface_destroy(m_Surface);
-    }
-    Image(const Image&) = delete;
-    Image& operator=(const Image&) = delete;
 
     bool ok() const { return m_Surface != nullptr; }
-    int w() const { return cairo_image_surface_get_width(m_Surface); }
-    int h() const { return cairo_image_surface_get_height(m_Surface); }
+    int w() const { return cairo_image_surface_get_width(m_Surface.get()); }
+    int h() const { return cairo_image_surface_get_height(m_Surface.get()); }
     // Pixel as 0xAARRGGBB (premultiplied, which for opaque pixels is plain RGB).
     uint32_t at(int x, int y) const
     {
-        const unsigned char* row = cairo_image_surface_get_data(m_Surface) +
-                                   (size_t)y * cairo_image_surface_get_stride(m_Surface);
+        const unsigned char* row = cairo_image_surface_get_data(m_Surface.get()) +
+                                   (size_t)y * cairo_image_surface_get_stride(m_Surface.get());
         return reinterpret_cast<const uint32_t*>(row)[x];
     }
     int red(int x, int y) const { return (at(x, y) >> 16) & 255; }
@@ -66,7 +60,8 @@ public:
     }
 
 private:
-    cairo_surface_t* m_Surface = nullptr;
+    std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)> m_Surface{nullptr,
+                                                                           cairo_surface_destroy};
 };
 } // namespace
 

@@ -10,6 +10,7 @@
 namespace
 {
 const std::thread::id g_MainThread = std::this_thread::get_id();
+const ClapEventList g_NoEvents;
 
 ClapTestHost* Self(const clap::Host* host)
 {
@@ -99,13 +100,12 @@ void ClapTestHost::Destroy()
 clap::ProcessStatus ClapTestHost::Process(const float* inL, const float* inR, float* outL,
                                           float* outR, uint32_t frames, const ClapEventList* events)
 {
-    static const ClapEventList none;
     float* in[2] = {const_cast<float*>(inL), const_cast<float*>(inR)};
     float* out[2] = {outL, outR};
     clap::AudioBuffer inBuf{in, nullptr, 2, 0, 0};
     clap::AudioBuffer outBuf{out, nullptr, 2, 0, 0};
     const clap::Process p{
-        -1, frames, nullptr, &inBuf, &outBuf, 1, 1, (events ? events : &none)->Get(), &m_Out};
+        -1, frames, nullptr, &inBuf, &outBuf, 1, 1, (events ? events : &g_NoEvents)->Get(), &m_Out};
     inAudioThread = true;
     const clap::ProcessStatus status = m_Plugin->process(m_Plugin, &p);
     inAudioThread = false;
@@ -114,9 +114,8 @@ clap::ProcessStatus ClapTestHost::Process(const float* inL, const float* inR, fl
 
 void ClapTestHost::Flush(const ClapEventList* events)
 {
-    static const ClapEventList none;
     Ext<clap::PluginParams>(clap::kExtParams)
-        ->flush(m_Plugin, (events ? events : &none)->Get(), &m_Out);
+        ->flush(m_Plugin, (events ? events : &g_NoEvents)->Get(), &m_Out);
 }
 
 double ClapTestHost::Value(clap::Id id) const

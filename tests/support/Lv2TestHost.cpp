@@ -26,9 +26,6 @@ CLv2TestHost::CLv2TestHost(const std::string& bundleDir, const char* pluginUri)
     m_Features[0] = {LV2_URID__map, &m_Map};
     m_Features[1] = {LV2_URID__unmap, &m_Unmap};
     m_Features[2] = {LV2_OPTIONS__options, m_Options};
-    for (int i = 0; i < 3; ++i)
-        m_FeatureList[i] = &m_Features[i];
-    m_FeatureList[3] = nullptr;
 }
 
 LV2_URID CLv2TestHost::Map(const char* uri)

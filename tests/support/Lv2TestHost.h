@@ -30,7 +30,6 @@ public:
         return urid >= 1 && urid <= m_Uris.size() ? m_Uris[urid - 1].c_str() : nullptr;
     }
     LV2_URID_Map* MapFeature() { return &m_Map; }
-    LV2_URID_Unmap* UnmapFeature() { return &m_Unmap; }
     // urid:map, urid:unmap and options with the largest block; null-ended.
     const LV2_Feature* const* Features() const { return m_FeatureList; }
 
@@ -43,7 +42,7 @@ private:
     int32_t m_MaxBlock = 4096;
     LV2_Options_Option m_Options[2];
     LV2_Feature m_Features[3];
-    const LV2_Feature* m_FeatureList[4];
+    const LV2_Feature* m_FeatureList[4] = {&m_Features[0], &m_Features[1], &m_Features[2], nullptr};
 };
 
 class CLv2TestInstance

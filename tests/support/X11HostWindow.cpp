@@ -67,7 +67,7 @@ void CX11HostWindow::Button(bool down)
     XSync(display, False);
 }
 
-std::vector<unsigned long> CX11HostWindow::Pixels(Window in, int x, int y, int w, int h) const
+std::vector<unsigned long> XWindowPixels(Display* display, Window in, int x, int y, int w, int h)
 {
     std::vector<unsigned long> out;
     XImage* image = XGetImage(display, in, x, y, (unsigned)w, (unsigned)h, AllPlanes, ZPixmap);

@@ -7,6 +7,9 @@
 
 #include <vector>
 
+// Pixel values of a rectangle of `in`; empty when it cannot be read.
+std::vector<unsigned long> XWindowPixels(Display* display, Window in, int x, int y, int w, int h);
+
 class CX11HostWindow
 {
 public:
@@ -19,8 +22,10 @@ public:
     bool HasXTest() const;
     void MovePointer(Window in, int x, int y); // x, y in the coordinates of `in`
     void Button(bool down);
-    // Pixel values of a rectangle of `in`; empty when it cannot be read.
-    std::vector<unsigned long> Pixels(Window in, int x, int y, int w, int h) const;
+    std::vector<unsigned long> Pixels(Window in, int x, int y, int w, int h) const
+    {
+        return XWindowPixels(display, in, x, y, w, h);
+    }
 
     Display* display = nullptr;
     Window window = 0;
