@@ -1,7 +1,5 @@
 // The panel's knobs and faders as a user works them, against formulas worked
-// out here: the knob turns clockwise from straight down with a dead zone and
-// end stops, the fader travels logarithmically, each drawn from its image;
-// then each bitmap control alone, with the options the panel does not use.
+// out here; then each bitmap control alone, with the options the panel leaves.
 #include "EditorTestSupport.h"
 
 #include <cmath>
@@ -51,9 +49,8 @@ TEST_F(ControlsTest, KnobTurnsClockwiseFromDownWithADeadZoneAndEndStops)
     EXPECT_FLOAT_EQ(0.f, Click(-2, 15, 0.4f));
     EXPECT_FLOAT_EQ(0.f, Click(0, 15, 0.4f));
     EXPECT_FLOAT_EQ(1.f, Click(2, 15, 0.4f));
-    // At the minimum, moving across the bottom into the right half keeps the
-    // minimum until the left half is reached; at the maximum, the left half
-    // keeps the maximum.
+    // At the minimum, crossing the bottom keeps the minimum until the left half
+    // is reached; at the maximum, the left half keeps the maximum.
     EXPECT_EQ((std::vector<float>{0.f, 0.f, 0.f, 0.2f}),
               Drag({{-2, 15}, {3, 15}, {10, -2}, {-10, 0}}));
     EXPECT_EQ((std::vector<float>{1.f, 1.f}), Drag({{2, 15}, {-3, 15}}));

@@ -1,16 +1,13 @@
-// The editor object as the host drives it through the dispatcher: open,
-// close, idle and draw in any order, ownership of the panel, other threads,
-// the message box, bad control ids and images, and the display scale.
+// The editor as the host drives it through the dispatcher: open, close, idle and
+// draw in any order, other threads, bad calls and images, the display scale.
 #include "EditorTestSupport.h"
-
-#include <thread>
 
 #include <cairo.h>
 
 #include <cmath>
+#include <thread>
 #include <tuple>
 
-#include "CInDeEsser.h"
 #include "EditorScale.h"
 #include "TestFiles.h"
 
@@ -143,12 +140,10 @@ TEST(EditorScale, SourcesInOrderEachClampedOrIgnored)
     }
 }
 
-// The VST host's scale ('PreS'/'AeCs', scale in opt) sizes the editor before
-// it opens; the panel then works in panel pixels while everything it shows,
-// the entry field, the copy menu, the save dialog and the message box
-// included, is drawn at the scale (text at device resolution). While open a
-// new scale resizes every window and back buffer and asks the host for the
-// new size; withdrawing it goes back to the desktop's.
+// The VST host's scale ('PreS'/'AeCs', scale in opt) sizes the editor before it
+// opens; the panel works in panel pixels while all it shows (entry field, copy
+// menu, save dialog, message box) is drawn at the scale. While open a new scale
+// resizes every window and asks the host for the new size; withdrawn, the desktop's.
 TEST(EditorBridge, HostScaleSizesTheEditorAndEveryWindowItShows)
 {
     const VstInt32 kPreS = ('P' << 24) | ('r' << 16) | ('e' << 8) | 'S';

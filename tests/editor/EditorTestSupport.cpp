@@ -1,6 +1,4 @@
-// Recording host, editor fixture, pixel comparison and the test program's main:
-// the toolkit runs headless and the effect's user folder is a fresh
-// temporary folder, so saving a program never touches the real one.
+// The headless editor tests' support and main; saving goes to a scratch user folder.
 #include "EditorTestSupport.h"
 #include "TestFiles.h"
 
@@ -50,9 +48,7 @@ void EditorFixture::TearDown()
 {
     CHeadless::SetModalHook({});
     SetKeyModifierState(0);
-    if (effect)
-        Dispatch(effect.get(), effEditClose);
-    effect.reset();
+    Dispatch(effect.get(), effEditClose);
 }
 
 ::testing::AssertionResult PanelBlockMatches(CWnd* panel, int x, int y, const CBitmap& image,

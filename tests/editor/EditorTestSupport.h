@@ -1,6 +1,5 @@
-// Shared pieces of the headless editor tests: a host callback that records
-// every call, an effect with its editor open on the headless backend, and a
-// pixel comparison of the panel with its images.
+// Shared pieces of the headless editor tests: a recording host callback, an
+// effect with its editor open, and a pixel comparison of the panel.
 #pragma once
 
 #include <gtest/gtest.h>

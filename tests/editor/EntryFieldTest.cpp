@@ -1,6 +1,5 @@
-// The typed-value entry field as the panel opens it over a value display: its
-// size from the font, the characters it takes, the integer image the panel
-// reads, Return and Escape.
+// The entry field as the panel opens it over a value display: its size, the
+// characters it takes, the integer image the panel reads, Return and Escape.
 #include "EditorTestSupport.h"
 
 #include <string>

@@ -1,7 +1,5 @@
-// The main panel against the real effect: presses on the value displays
-// open the entry field, typed values reach the parameters with the panel's
-// rounding, drags and clicks change parameters and tell the host, host
-// changes move the controls, and the copy menu and the lamp work.
+// The main panel against the real effect: value displays and typed values,
+// drags and clicks, host changes, the copy menu and the lamp.
 #include "EditorTestSupport.h"
 
 #include <cmath>
@@ -15,12 +13,6 @@ class PanelTest : public EditorFixture
 {
 protected:
     void Click(CPoint p, unsigned modifiers = 0) { CHeadless::Click(Panel(), p, modifiers); }
-    // Commits `integerImage` as if typed into the open entry field.
-    void Commit(const char* integerImage)
-    {
-        Panel()->EntryField().GetEdit().SetWindowText(integerImage);
-        Panel()->EntryField().SendMessage(WM_INPUTVAL_RETURN);
-    }
     // The value a control of the layout shows, 0..1.
     float Shown(const PanelControl& c)
     {
@@ -115,7 +107,8 @@ TEST_F(PanelTest, TypedValuesAreNudgedAndClampedBeforeReachingTheParameter)
         HostCalls().clear();
         OpenDisplay(c.param);
         ASSERT_NE(-1, Panel()->GetEditId());
-        Commit(c.image);
+        Panel()->EntryField().GetEdit().SetWindowText(c.image); // as if typed
+        Panel()->EntryField().SendMessage(WM_INPUTVAL_RETURN);
         EXPECT_FLOAT_EQ(c.expected, effect->GetInternalValue(c.param)) << c.param << " " << c.image;
         EXPECT_EQ(std::vector<float>{effect->getParameter(c.param)}, AutomatedValues(c.param))
             << c.param << " " << c.image;
@@ -296,9 +289,8 @@ TEST_F(PanelTest, LampShowsAChangedProgramAndAClickRevertsIt)
     EXPECT_TRUE(PanelBlockMatches(Panel(), 141, 10, lamp, 0, 0, 43, 16));
 }
 
-// The panel tests its press targets in one pass over the layout table; that
-// gives the intended order only because no two targets (controls, value
-// displays, lamp, save face) overlap.
+// The panel tests its press targets in one pass over the layout table: the
+// order is right only while no two targets (controls, displays, lamp, save) overlap.
 TEST(PanelLayout, NoTwoPressTargetsOverlap)
 {
     std::vector<PanelRect> targets{kPanelLampRect, kPanelSaveRect};

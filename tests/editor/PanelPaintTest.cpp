@@ -1,6 +1,5 @@
-// What the panel paints beyond its reference pictures: the
-// eight value displays centred and clipped in their boxes, the level and
-// reduction meters from their strips, and the meters' fall-back per idle.
+// What the panel paints beyond its reference pictures: the value displays, the
+// level and reduction meters from their strips and their fall-back per idle.
 #include "EditorTestSupport.h"
 
 #include <cmath>
@@ -141,10 +140,9 @@ TEST_F(PanelPaint, ReductionMeterFillsDownwardAndReturnsOneDecibelPerIdle)
     EXPECT_TRUE(ReductionShows(0));
 }
 
-// The whole panel painted off-screen while a vocal runs, at 1x and at 2x,
-// against checked-in pictures (the 2x one is the README's). At 2x the panel
-// is drawn from the artwork drawn for 2x: twice the pixels each way, nothing
-// enlarged. The 2x scale comes from the desktop here, as Xft.dpi gives it.
+// The whole panel painted off-screen while a vocal runs, at 1x and at 2x (the
+// README's; from the 2x artwork, nothing enlarged; the scale from the desktop,
+// as Xft.dpi gives it), against checked-in pictures.
 TEST(PanelPicture, RunningPanelMatchesItsReferenceAtOneAndTwoTimes)
 {
     ScopedEnv noEnvironment("DEESSER_UI_SCALE", nullptr);

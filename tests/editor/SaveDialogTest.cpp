@@ -1,6 +1,5 @@
-// The preset save dialog as SAVE opens it, driven as a user would through the
-// modal hook: the slot list and name it opens with, slot changes, OK and
-// Cancel, the 23-byte Shift-JIS name rule, a stored name filling its field.
+// The preset save dialog as SAVE opens it, driven through the modal hook: slot
+// list, name, OK and Cancel, the 23-byte Shift-JIS rule, a field-filling name.
 #include "EditorTestSupport.h"
 
 #include <cstring>
@@ -28,19 +27,12 @@ const char kTwelveKanji[] = "\xE6\xBC\xA2\xE5\xAD\x97\xE6\xBC\xA2\xE5\xAD\x97\xE
 class SaveDialogTest : public EditorFixture
 {
 protected:
-    // Clicks SAVE; `act` gets the dialog on the first turn of its modal loop
-    // and closes it.
+    // Clicks SAVE; `act` gets the dialog in its modal loop and closes it.
     void Save(const std::function<void(CPresetSaveDlg&)>& act)
     {
         OnModal<CPresetSaveDlg>(act);
         CHeadless::Click(Panel(), CPoint(216, 18));
         CHeadless::SetModalHook({});
-    }
-    void SetName(int slot, const char* sjis)
-    {
-        effect->setProgram(slot);
-        std::string name(sjis);
-        effect->setProgramName(name.data());
     }
     static std::string ItemText(CWnd& dlg, int id)
     {
@@ -62,8 +54,11 @@ protected:
 
 TEST_F(SaveDialogTest, OpensAtTheCurrentProgramAndOKStoresIntoTheChosenSlot)
 {
-    SetName(9, Sjis(kVocalUtf8).c_str());
-    SetName(5, "Vocal S");
+    std::string vocal = Sjis(kVocalUtf8), vocalS = "Vocal S";
+    effect->setProgram(9);
+    effect->setProgramName(vocal.data());
+    effect->setProgram(5);
+    effect->setProgramName(vocalS.data());
     effect->setParameter(kParamThreshold, 0.4375f);
     Save(
         [](CPresetSaveDlg& d)
@@ -119,8 +114,7 @@ TEST_F(SaveDialogTest, NamesStayWithinTheFieldAndNeverEndInHalfACharacter)
               Sjis(mixed.c_str()).substr(0, 23));
     EXPECT_STREQ(CPresetSaveDlg::MakeProgramName(""), "");
 
-    // A name with no terminator in its 24 bytes (e.g. from a foreign chunk)
-    // is read safely.
+    // A name without a terminator in its 24 bytes (a foreign chunk) is read safely.
     ADeEsserProgram bank[kNumPrograms];
     for (auto& p : bank)
         std::memset(p.name, 'N', sizeof(p.name));

@@ -1,8 +1,6 @@
-// The built DeEsser.so entered through VSTPluginMain, its editor embedded in a
-// host's window on a real X server, idled as a host idles it, photographed and
-// driven with XTest: only what needs a real server (embedding, input, popup
-// and dialog placement, focus, the screen, the editor's own connection).
-// Needs $DISPLAY (run under xvfb-run -a); skips without one.
+// The built DeEsser.so through VSTPluginMain, its editor embedded in a host's
+// window on a real X server, photographed and driven with XTest: only what
+// needs a server. Needs $DISPLAY (xvfb-run -a); skips without one.
 #include <gtest/gtest.h>
 
 #include <cairo.h>

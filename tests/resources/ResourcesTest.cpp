@@ -65,10 +65,9 @@ private:
 };
 } // namespace
 
-// Every image is there and opaque (the panel copies images over its background, so a transparent
-// pixel would show whatever the copy mode leaves there), and drawn again at 2x, 3x and 4x: exactly
-// that many times the pixels each way, so the panel's layout holds at every scale. Other names
-// find nothing.
+// Every image is there and opaque (a transparent pixel would show whatever the copy mode leaves
+// under it), and drawn again at 2x, 3x and 4x with exactly that many times the pixels each way,
+// so the layout holds at every scale. Other names find nothing.
 TEST(EmbeddedResources, EveryImageIsOpaqueAtEveryScaleAndOtherNamesFindNothing)
 {
     for (int id = 5000; id <= 5020; ++id)

@@ -48,8 +48,7 @@ private:
 class CLv2TestInstance
 {
 public:
-    // Null Raw() when the plug-in refuses. withFeatures false: the host
-    // offers no feature at all.
+    // Null Raw() when the plug-in refuses; withFeatures false offers no feature.
     CLv2TestInstance(CLv2TestHost& host, double sampleRate, bool withFeatures = true);
     ~CLv2TestInstance();
     CLv2TestInstance(const CLv2TestInstance&) = delete;
@@ -71,8 +70,7 @@ public:
     // Stereo block; in and out may be the same buffers.
     void Run(const float* inL, const float* inR, float* outL, float* outR, uint32_t frames);
 
-    // The instance's state as lilv saves it (ports and properties); the
-    // caller frees it with lilv_state_free.
+    // The state as lilv saves it (ports and properties); free with lilv_state_free.
     LilvState* SaveState(const std::string& dir);
     void RestoreState(const LilvState* state);
 

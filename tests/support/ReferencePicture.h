@@ -1,9 +1,7 @@
-// Comparing a picture of the panel with a checked-in reference picture.
-// Fonts may rasterise a little differently from machine to machine, so the
-// match allows channels within 32 levels on all but 0.5 % of the pixels and a
-// mean difference under 2 levels. DEESSER_UPDATE_REFERENCE=1 writes the
-// picture as the new reference instead (when the artwork or the painting
-// changes on purpose) and the check then passes.
+// A picture of the panel against a checked-in reference. Fonts rasterise a little
+// differently per machine: channels within 32 levels on all but 0.5 % of the
+// pixels, mean difference under 2 levels. DEESSER_UPDATE_REFERENCE=1 writes the
+// picture as the new reference instead (on purpose changes) and passes.
 #pragma once
 
 #include <gtest/gtest.h>
